@@ -1,0 +1,115 @@
+#include "bench/ledger_generator.h"
+
+#include <array>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+
+namespace copperwick::bench {
+
+namespace {
+
+constexpr std::array<const char*, 24> kMerchantStems{
+    "TRADER JOE'S", "SAFEWAY",         "WHOLE FOODS", "COSTCO WHSE",
+    "TARGET",       "AMAZON MKTPLACE", "SHELL OIL",   "CHEVRON",
+    "STARBUCKS",    "BLUE BOTTLE",     "CHIPOTLE",    "NETFLIX.COM",
+    "SPOTIFY USA",  "PG&E WEB ONLINE", "COMCAST",     "WALGREENS",
+    "CVS/PHARMACY", "HOME DEPOT",      "UBER TRIP",   "LYFT RIDE",
+    "DELTA AIR",    "MARRIOTT",        "PETCO",       "REI",
+};
+constexpr std::array<const char*, 8> kCities{"PORTLAND OR", "SEATTLE WA", "OAKLAND CA",
+                                             "AUSTIN TX",   "DENVER CO",  "BOISE ID",
+                                             "RENO NV",     "TUCSON AZ"};
+
+Uuid nextID(std::mt19937_64& random) {
+    std::array<uint8_t, 16> bytes{};
+    for (std::size_t i = 0; i < bytes.size(); i += 8) {
+        const uint64_t word = random();
+        for (std::size_t j = 0; j < 8; ++j)
+            bytes[i + j] = static_cast<uint8_t>(word >> (8 * j));
+    }
+    bytes[6] = static_cast<uint8_t>((bytes[6] & 0x0F) | 0x40);
+    bytes[8] = static_cast<uint8_t>((bytes[8] & 0x3F) | 0x80);
+    return Uuid(bytes);
+}
+
+}  // namespace
+
+Ledger generateLedger(const GeneratorOptions& options) {
+    std::mt19937_64 random(options.seed);
+    Ledger ledger;
+    auto categories = LedgerCategory::defaults();
+    for (auto& category : categories)
+        category.id = nextID(random);
+    ledger.categories = SharedVector<LedgerCategory>(categories);
+
+    std::vector<Uuid> people;
+    for (const char* name : {"Dana", "Sam", "Riley"}) {
+        const Person person{nextID(random), name, {fmt::format("{} SMITH", name)}};
+        people.push_back(person.id);
+        ledger.people.push_back(person);
+    }
+    std::vector<Uuid> accounts;
+    const std::array<std::pair<const char*, AccountType>, 6> accountShapes{
+        {{"Joint Checking", AccountType::checking},
+         {"Savings", AccountType::savings},
+         {"Dana's Card", AccountType::creditCard},
+         {"Sam's Card", AccountType::creditCard},
+         {"Store Card", AccountType::creditCard},
+         {"Wallet", AccountType::cash}}};
+    for (std::size_t i = 0; i < accountShapes.size(); ++i) {
+        Account account(nextID(random), accountShapes[i].first, accountShapes[i].second,
+                        people[i % people.size()]);
+        if (i == 0)
+            account.setUserIDs(people);
+        accounts.push_back(account.id);
+        ledger.accounts.push_back(account);
+    }
+
+    std::vector<Uuid> merchants;
+    for (const char* stem : kMerchantStems) {
+        Merchant merchant{
+            nextID(random), stem, categories[random() % 19].id, TransactionKind::expense, {stem}};
+        merchants.push_back(merchant.id);
+        ledger.merchants.set(merchant.id, merchant);
+    }
+
+    const LocalDate first = *LocalDate::make(2026 - options.years, 1, 1);
+    const int64_t days = options.years * 365;
+    const Uuid batch = nextID(random);
+    ledger.transactions.reserve(options.transactions);
+    for (std::size_t i = 0; i < options.transactions; ++i) {
+        const std::size_t stem = random() % kMerchantStems.size();
+        const auto date =
+            first.addingDays(static_cast<int64_t>(random() % static_cast<uint64_t>(days)));
+        const int64_t amount = -static_cast<int64_t>(100 + random() % 25'000);
+        const std::string description =
+            fmt::format("{} #{:04} {}", kMerchantStems[stem], random() % 9000 + 100,
+                        kCities[random() % kCities.size()]);
+        LedgerTransaction t{.id = nextID(random),
+                            .accountID = accounts[random() % accounts.size()],
+                            .batchID = batch,
+                            .sourceLine = static_cast<int64_t>(i + 2),
+                            .date = date,
+                            .amount = amount,
+                            .currency = "USD",
+                            .rawDescription = description,
+                            .status = TransactionStatus::posted,
+                            .fingerprint = fmt::format("{}|{}|{}", date.iso(), amount, description),
+                            .occurrence = 1};
+        if (random() % 4 != 0) {
+            t.kind = TransactionKind::expense;
+            t.merchantID = merchants[stem];
+            t.categoryID = ledger.merchant(merchants[stem])->categoryID;
+            t.method = MatchMethod::learned;
+            t.evidence = "You filed this merchant before.";
+            t.review = ReviewState::automatic;
+        }
+        ledger.transactions.set(t.id, t);
+    }
+    return ledger;
+}
+
+}  // namespace copperwick::bench

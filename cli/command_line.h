@@ -1,0 +1,26 @@
+#pragma once
+
+// The `copperwick` command: parses the arguments, runs one command, and
+// returns the process exit code (0 done, 1 failed, 2 bad usage). Output goes
+// to the given streams so that tests can run commands in-process.
+
+#include <filesystem>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace copperwick::cli {
+
+// What every command receives: the global options and where to write.
+struct CommandContext {
+    std::optional<std::filesystem::path> dataDir;  // --data-dir, else the standard place
+    bool json = false;                             // --json: machine-readable output
+    std::ostream& out;
+    std::ostream& err;
+};
+
+[[nodiscard]] int run(const std::vector<std::string>& arguments, std::ostream& out,
+                      std::ostream& err);
+
+}  // namespace copperwick::cli

@@ -1,0 +1,26 @@
+#pragma once
+
+// Text helpers shared by the whole logic: trimming by Unicode's idea of white
+// space, and locale-free case mapping. Bank text is compared upper-cased;
+// names and categories are looked up lower-cased.
+
+#include <string>
+#include <string_view>
+
+namespace copperwick::text {
+
+// Without white space and line breaks (Unicode separators, tab, CR, LF, VT,
+// FF, NEL) at either end. Invalid UTF-8 at an end is kept as it is.
+[[nodiscard]] std::string_view trimmed(std::string_view text);
+
+// Without spaces and tabs at either end; line breaks stay.
+[[nodiscard]] std::string_view trimmedSpaces(std::string_view text);
+
+// Full Unicode case mapping with no locale's special rules.
+[[nodiscard]] std::string uppercased(std::string_view text);
+[[nodiscard]] std::string lowercased(std::string_view text);
+
+// Equal after lower-casing both sides.
+[[nodiscard]] bool equalsIgnoringCase(std::string_view a, std::string_view b);
+
+}  // namespace copperwick::text

@@ -1,0 +1,77 @@
+#include "core/model/shared_containers.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace copperwick {
+namespace {
+
+TEST(SharedMap, IterationVisitsEveryRecordOnce) {
+    SharedMap<std::string, int> map;
+    for (int i = 0; i < 1000; ++i)
+        map.set("k" + std::to_string(i), i);
+    map.set("k7", 70);  // replacing doesn't add
+    EXPECT_TRUE(map.erase("k8"));
+    EXPECT_FALSE(map.erase("k8"));
+    EXPECT_EQ(map.size(), 999u);
+
+    std::set<std::string> seen;
+    long sum = 0;
+    for (auto it = map.begin(); it != map.end(); ++it) {
+        EXPECT_TRUE(seen.insert(it.key()).second);
+        sum += *it;
+    }
+    EXPECT_EQ(seen.size(), 999u);
+    EXPECT_EQ(sum, 999 * 1000 / 2 - 8 + 63);
+    EXPECT_EQ(
+        std::distance(SharedMap<std::string, int>().begin(), SharedMap<std::string, int>().end()),
+        0);
+}
+
+TEST(SharedMap, WritesToACopyStayInTheCopy) {
+    SharedMap<std::string, std::string> a;
+    for (int i = 0; i < 600; ++i)
+        a.set(std::to_string(i), "v");
+    const auto b = a;
+    auto c = a;
+    c.set("new", "x");
+    c.update("3", [](std::string& v) { v = "changed"; });
+    c.erase("4");
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(*a.find("3"), "v");
+    EXPECT_TRUE(a.contains("4"));
+    EXPECT_FALSE(a.contains("new"));
+    EXPECT_EQ(c.size(), 600u);
+    EXPECT_FALSE(c.update("missing", [](std::string&) {}));
+
+    // Only the written records are new; the rest are shared.
+    std::size_t shared = 0;
+    for (int i = 0; i < 600; ++i) {
+        const auto key = std::to_string(i);
+        if (c.find(key) == a.find(key))
+            ++shared;
+    }
+    EXPECT_EQ(shared, 598u);
+}
+
+TEST(SharedVector, WritesToACopyStayInTheCopy) {
+    SharedVector<std::string> a{"one", "two", "three"};
+    auto b = a;
+    b.push_back("four");
+    b.set(0, "uno");
+    b.insert(1, "half");
+    EXPECT_EQ(b.eraseIf([](const std::string& s) { return s == "three"; }), 1u);
+    EXPECT_EQ(a.toVector(), (std::vector<std::string>{"one", "two", "three"}));
+    EXPECT_EQ(b.toVector(), (std::vector<std::string>{"uno", "half", "two", "four"}));
+    EXPECT_EQ(a.address(1), b.address(2));
+    EXPECT_EQ(std::find(a.begin(), a.end(), "three") - a.begin(), 2);
+    b.clear();
+    EXPECT_TRUE(b.empty());
+    EXPECT_EQ(a.size(), 3u);
+}
+
+}  // namespace
+}  // namespace copperwick

@@ -1,0 +1,65 @@
+#include "core/model/uuid.h"
+
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "core/model/text.h"
+
+namespace copperwick {
+namespace {
+
+TEST(Uuid, ParsesAnyCaseAndWritesUpperCase) {
+    const auto lower = Uuid::parse("0b3c9e2a-7d41-4f6e-8c5b-2a1d0e9f8c7b");
+    ASSERT_TRUE(lower);
+    EXPECT_EQ(lower->text(), "0B3C9E2A-7D41-4F6E-8C5B-2A1D0E9F8C7B");
+    EXPECT_EQ(Uuid::parse(lower->text()), lower);
+    for (const char* bad :
+         {"", "0B3C9E2A7D414F6E8C5B2A1D0E9F8C7B", "0B3C9E2A-7D41-4F6E-8C5B-2A1D0E9F8C7",
+          "0B3C9E2A-7D41-4F6E-8C5B-2A1D0E9F8C7BA", "0B3C9E2A_7D41-4F6E-8C5B-2A1D0E9F8C7B",
+          "GB3C9E2A-7D41-4F6E-8C5B-2A1D0E9F8C7B", "{B3C9E2A-7D41-4F6E-8C5B-2A1D0E9F8C7}"}) {
+        EXPECT_FALSE(Uuid::parse(bad)) << bad;
+    }
+}
+
+TEST(Uuid, RandomIdsAreVersionFourAndDistinct) {
+    std::set<Uuid> seen;
+    for (int i = 0; i < 1000; ++i) {
+        const auto id = Uuid::random();
+        EXPECT_EQ(id.text()[14], '4');
+        EXPECT_TRUE(std::string("89AB").find(id.text()[19]) != std::string::npos);
+        seen.insert(id);
+    }
+    EXPECT_EQ(seen.size(), 1000u);
+}
+
+TEST(Uuid, OrderOfValuesIsOrderOfText) {
+    std::vector<Uuid> ids;
+    for (int i = 0; i < 200; ++i)
+        ids.push_back(Uuid::random());
+    std::sort(ids.begin(), ids.end());
+    for (std::size_t i = 1; i < ids.size(); ++i)
+        EXPECT_LT(ids[i - 1].text(), ids[i].text());
+}
+
+TEST(Text, TrimsUnicodeSpaceButKeepsInnerText) {
+    EXPECT_EQ(text::trimmed(" \t\n Acme \r\n"), "Acme");
+    EXPECT_EQ(text::trimmed("\xC2\xA0"
+                            "Acme Co"
+                            "\xE2\x80\x83"),
+              "Acme Co");  // no-break and em space
+    EXPECT_EQ(text::trimmed("   "), "");
+    EXPECT_EQ(text::trimmed("\xFF x \xFF"), "\xFF x \xFF");  // invalid bytes are not space
+    EXPECT_EQ(text::trimmedSpaces(" \t3/14/26\n "), "3/14/26\n");
+}
+
+TEST(Text, CaseMappingUsesNoLocale) {
+    EXPECT_EQ(text::uppercased("café straße"), "CAFÉ STRASSE");
+    EXPECT_EQ(text::lowercased("İSTANBUL"), "i̇stanbul");  // root locale: dotted I keeps its dot
+    EXPECT_EQ(text::uppercased("istanbul"), "ISTANBUL");  // never the Turkish dotted capital
+    EXPECT_TRUE(text::equalsIgnoringCase("Crème Brûlée", "CRÈME BRÛLÉE"));
+    EXPECT_FALSE(text::equalsIgnoringCase("Acme", "Acme "));
+}
+
+}  // namespace
+}  // namespace copperwick
