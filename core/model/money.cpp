@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/model/checked.h"
+#include "core/model/text.h"
 
 namespace copperwick::Money {
 
@@ -18,24 +19,26 @@ constexpr int64_t kLargestWholeUnits = kLargestAmount / 100;  // 900,000,000,000
 // longer text is refused as it stands rather than read.
 constexpr std::size_t kMaxUngroupedDigits = 13;
 
-bool isTrimmed(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
-}
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isTrimmed(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isTrimmed(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
-void replaceAll(std::string& text, std::string_view from, std::string_view to) {
-    std::size_t position = 0;
-    while ((position = text.find(from, position)) != std::string::npos) {
-        text.replace(position, from.size(), to);
-        position += to.size();
+// The minus sign becomes "-"; currency marks and spaces go. One pass, since
+// nothing that is dropped can join its neighbours into something readable.
+std::string withoutNoise(std::string_view text) {
+    std::string cleaned;
+    cleaned.reserve(text.size());
+    while (!text.empty()) {
+        if (text.starts_with(kMinusSign)) {
+            cleaned += '-';
+            text.remove_prefix(kMinusSign.size());
+        } else if (text.starts_with("USD")) {
+            text.remove_prefix(3);
+        } else if (text.starts_with(kNoBreakSpace)) {
+            text.remove_prefix(kNoBreakSpace.size());
+        } else {
+            if (text.front() != '$' && text.front() != ' ')
+                cleaned += text.front();
+            text.remove_prefix(1);
+        }
     }
+    return cleaned;
 }
 
 // Splits at every separator and keeps the empty pieces: "1,,2" is three pieces.
@@ -125,16 +128,11 @@ std::string twoDigits(int64_t value) {
 }  // namespace
 
 std::optional<int64_t> parseCents(std::string_view text) {
-    const std::string_view bare = trimmed(text);
+    const std::string_view bare = text::trimmed(text);
     if (bare.empty())
         return std::nullopt;
 
-    std::string cleaned(bare);
-    replaceAll(cleaned, kMinusSign, "-");
-    for (const std::string_view noise :
-         {std::string_view("USD"), std::string_view("$"), std::string_view(" "), kNoBreakSpace}) {
-        replaceAll(cleaned, noise, "");
-    }
+    const std::string cleaned = withoutNoise(bare);
     if (cleaned.empty())
         return std::nullopt;
 
