@@ -76,9 +76,30 @@ Ledger generateLedger(const GeneratorOptions& options) {
         ledger.merchants.set(merchant.id, merchant);
     }
 
+    for (std::size_t i = 0; i < 4; ++i) {
+        Rule rule{.id = nextID(random),
+                  .name = fmt::format("Rule {}", i + 1),
+                  .pattern = kMerchantStems[i * 5]};
+        rule.categoryID = categories[i].id;
+        rule.createdAt = Instant{700'000'000.0 + static_cast<double>(i)};
+        ledger.rules.push_back(rule);
+    }
+
     const LocalDate first = *LocalDate::make(2026 - options.years, 1, 1);
     const int64_t days = options.years * 365;
-    const Uuid batch = nextID(random);
+    // One import file a month per account, roughly.
+    std::vector<Uuid> batches;
+    for (int month = 0; month < options.years * 12; ++month) {
+        const ImportBatch batch{
+            .id = nextID(random),
+            .fileName = fmt::format("export-{:03}.csv", month),
+            .fileHash = fmt::format("{:016x}", random()),
+            .accountID = accounts[static_cast<std::size_t>(month) % accounts.size()],
+            .profileID = "chase-card",
+            .importedAt = Instant{600'000'000.0 + month * 2'592'000.0}};
+        batches.push_back(batch.id);
+        ledger.batches.push_back(batch);
+    }
     ledger.transactions.reserve(options.transactions);
     for (std::size_t i = 0; i < options.transactions; ++i) {
         const std::size_t stem = random() % kMerchantStems.size();
@@ -90,7 +111,7 @@ Ledger generateLedger(const GeneratorOptions& options) {
                         kCities[random() % kCities.size()]);
         LedgerTransaction t{.id = nextID(random),
                             .accountID = accounts[random() % accounts.size()],
-                            .batchID = batch,
+                            .batchID = batches[random() % batches.size()],
                             .sourceLine = static_cast<int64_t>(i + 2),
                             .date = date,
                             .amount = amount,
@@ -108,6 +129,22 @@ Ledger generateLedger(const GeneratorOptions& options) {
             t.review = ReviewState::automatic;
         }
         ledger.transactions.set(t.id, t);
+    }
+
+    // A short undo history, each step holding snapshots as real ones do.
+    std::vector<const LedgerTransaction*> some;
+    for (const auto& t : ledger.transactions) {
+        if (some.size() == 200)
+            break;
+        some.push_back(&t);
+    }
+    for (std::size_t step = 0; step < 10 && !some.empty(); ++step) {
+        ChangeSet change{.id = nextID(random),
+                         .date = Instant{800'000'000.0 + static_cast<double>(step)},
+                         .label = "Undo Filing"};
+        for (std::size_t j = step * 20; j < std::min(some.size(), step * 20 + 20); ++j)
+            change.before.push_back(*some[j]);
+        ledger.changes.push_back(change);
     }
     return ledger;
 }

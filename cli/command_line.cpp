@@ -4,14 +4,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/commands.h"
 #include "copperwick_version.h"
 
 namespace copperwick::cli {
 
 namespace {
-
-constexpr int kExitFailure = 1;
-constexpr int kExitUsage = 2;
 
 class CommandLine {
   public:
@@ -31,6 +29,9 @@ class CommandLine {
                 "Use this data folder instead of the standard one")
             ->type_name("DIR");
         m_app.add_flag("--json", m_context.json, "Write machine-readable JSON instead of text");
+        m_app.require_subcommand(0, 1);
+        addInfoCommand(m_app, m_context);
+        addBackupCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 
@@ -57,13 +58,12 @@ class CommandLine {
             m_context.out << m_app.help();
             return 0;
         }
-        return m_result;
+        return m_context.exitCode;
     }
 
   private:
     CLI::App m_app;
     CommandContext m_context;
-    int m_result = 0;
 };
 
 }  // namespace

@@ -18,6 +18,7 @@ struct CommandContext {
     bool json = false;                             // --json: machine-readable output
     std::ostream& out;
     std::ostream& err;
+    int exitCode = 0;  // what the command that ran decided
 };
 
 [[nodiscard]] int run(const std::vector<std::string>& arguments, std::ostream& out,

@@ -1,0 +1,18 @@
+#pragma once
+
+// The subcommands of `copperwick`. Each adds itself to the application; its
+// callback runs the command against the runtime and sets context.exitCode.
+
+#include <CLI/CLI.hpp>
+
+#include "cli/command_line.h"
+
+namespace copperwick::cli {
+
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+
+void addInfoCommand(CLI::App& app, CommandContext& context);
+void addBackupCommands(CLI::App& app, CommandContext& context);
+
+}  // namespace copperwick::cli

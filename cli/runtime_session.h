@@ -1,0 +1,30 @@
+#pragma once
+
+// Opening the ledger for one command: the runtime on the chosen data folder,
+// and the common ways a command reports what the runtime said.
+
+#include <memory>
+
+#include <boost/json/value.hpp>
+
+#include "cli/command_line.h"
+#include "runtime/ledger_runtime.h"
+
+namespace copperwick::cli {
+
+// The runtime for the command's data folder. Preferences stay where they are;
+// no command here reads or writes them.
+[[nodiscard]] std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context);
+
+// When the data file couldn't be opened: prints why on stderr and returns
+// true, and the command stops with a failure.
+[[nodiscard]] bool reportUnavailable(const LedgerRuntime& runtime, CommandContext& context);
+
+// Prints a message the runtime left in its message bar (such as unreadable
+// records) on stderr, as a note beside the command's own output.
+void reportNotes(const LedgerRuntime& runtime, CommandContext& context);
+
+// One JSON value on its own line.
+void printJSON(CommandContext& context, const boost::json::value& value);
+
+}  // namespace copperwick::cli

@@ -1,0 +1,214 @@
+#include "runtime/ledger_runtime.h"
+
+#include "core/operations/entry_error.h"
+#include "core/operations/update_settings.h"
+#include "runtime/data_folders.h"
+#include "runtime/instant_text.h"
+
+namespace copperwick {
+
+namespace {
+
+std::filesystem::path chooseDataFolder(const RuntimeOptions& options) {
+    if (options.demo)
+        return data_folders::newDemoFolder();
+    return options.dataFolder.value_or(data_folders::standardDataFolder());
+}
+
+std::filesystem::path preferencesFile(const RuntimeOptions& options) {
+    const auto folder = options.preferencesFolder.value_or(Preferences::standardFolder());
+    return options.demo ? Preferences::demoFile(folder) : Preferences::liveFile(folder);
+}
+
+}  // namespace
+
+LedgerRuntime::LedgerRuntime(RuntimeOptions options)
+    : m_ledger(Ledger::starter()),
+      m_isDemo(options.demo),
+      m_dataFolder(chooseDataFolder(options)),
+      m_backups(data_folders::backupsFolder(m_dataFolder)),
+      m_defaults(preferencesFile(options)),
+      m_clock(std::move(options.clock)) {
+    openStore();
+}
+
+LedgerRuntime::~LedgerRuntime() {
+    if (!m_isDemo)
+        return;
+    if (m_store)
+        m_store->close();
+    std::error_code ignored;
+    std::filesystem::remove_all(m_dataFolder, ignored);
+}
+
+std::filesystem::path LedgerRuntime::dataFile() const {
+    return data_folders::dataFile(m_dataFolder);
+}
+
+void LedgerRuntime::openStore() {
+    try {
+        auto store = std::make_unique<LedgerStore>(dataFile());
+        const bool wasEmpty = store->isEmpty();
+        Ledger loaded = store->load();
+        // A new file keeps its starter categories' ids for good from here on.
+        if (wasEmpty)
+            store->saveAll(loaded);
+        m_store = std::move(store);
+        m_ledger = std::move(loaded);
+        bumpRevision();
+        if (const int unreadable = m_store->unreadableRecords(); unreadable > 0) {
+            setErrorMessage(std::to_string(unreadable) +
+                            " saved records couldn't be read and were skipped. They're still in "
+                            "the data file.");
+        }
+        if (!wasEmpty && m_backups.needsDailyBackup(m_clock())) {
+            try {
+                m_backups.makeBackup(*m_store, "daily", m_clock());
+            } catch (const std::exception&) {
+                // A missed daily copy is tried again at the next start.
+            }
+        }
+    } catch (const std::exception& error) {
+        setErrorMessage(error.what());
+    }
+}
+
+void LedgerRuntime::bumpRevision() {
+    m_revision.set(m_revision.get() + 1);
+}
+
+void LedgerRuntime::save(const LedgerDelta& delta, Ledger updated) {
+    if (!m_store) {
+        setErrorMessage(std::string(kNoStoreMessage));
+        return;
+    }
+    try {
+        m_store->save(delta, updated);
+    } catch (const std::exception& error) {
+        setErrorMessage(error.what());
+        return;
+    }
+    m_ledger = std::move(updated);
+    bumpRevision();
+}
+
+void LedgerRuntime::apply(const Change& change) {
+    Ledger copy = m_ledger;
+    const LedgerDelta delta = change(copy);
+    save(delta, std::move(copy));
+}
+
+bool LedgerRuntime::commitEntry(const Change& change) {
+    const int64_t before = revision();
+    try {
+        Ledger copy = m_ledger;
+        const LedgerDelta delta = change(copy);
+        if (!m_store)
+            throw EntryError(EntryError::Case::unavailable);
+        // No entry is saved without its safety copy.
+        backUp("manual-entry");
+        save(delta, std::move(copy));
+    } catch (const std::exception& error) {
+        setErrorMessage(error.what());
+        return false;
+    }
+    return revision() != before;
+}
+
+std::filesystem::path LedgerRuntime::backUp(std::string_view reason) {
+    return m_backups.makeBackup(*m_store, reason, m_clock());
+}
+
+bool LedgerRuntime::backUpBeforeImport() {
+    if (!m_store)
+        return false;
+    try {
+        backUp("before-import");
+    } catch (const std::exception& error) {
+        setErrorMessage(
+            std::string("Copperwick couldn't make its safety backup, so nothing was imported: ") +
+            error.what());
+        return false;
+    }
+    return true;
+}
+
+void LedgerRuntime::backUpNow() {
+    if (!m_store)
+        return;
+    try {
+        const auto file = backUp("manual");
+        setStatusMessage("Backed up to " + file.filename().string() + ".");
+    } catch (const std::exception& error) {
+        setErrorMessage(error.what());
+    }
+}
+
+void LedgerRuntime::restore(const BackupManager::Info& backup) {
+    if (m_store) {
+        try {
+            backUp("before-restore");
+        } catch (const std::exception& error) {
+            setErrorMessage(error.what());
+            return;
+        }
+        m_store->close();
+        m_store.reset();
+    }
+    try {
+        BackupManager::restore(backup.url, dataFile());
+    } catch (const std::exception& error) {
+        setErrorMessage(error.what());
+        // Back on whatever file now stands there.
+        openStore();
+        return;
+    }
+    openStore();
+    if (m_store)
+        setStatusMessage("Restored the backup from " + abbreviatedDateTime(backup.date) + ".");
+}
+
+void LedgerRuntime::setKeepSourceText(bool keep) {
+    apply([keep](Ledger& ledger) {
+        return updateSettings(ledger,
+                              [keep](LedgerSettings& settings) { settings.keepSourceText = keep; });
+    });
+    if (keep || !m_store)
+        return;
+    try {
+        m_store->deleteAllSourceLines();
+    } catch (const std::exception& error) {
+        setErrorMessage(error.what());
+    }
+}
+
+std::optional<std::string> LedgerRuntime::sourceLine(const LedgerTransaction& transaction) {
+    if (!transaction.batchID || !m_store)
+        return std::nullopt;
+    return m_store->sourceLine(*transaction.batchID, transaction.sourceLine);
+}
+
+ObserverID LedgerRuntime::observeRevision(std::function<void(const int64_t&)> callback) {
+    return m_revision.observe(m_nextObserver++, std::move(callback));
+}
+
+ObserverID LedgerRuntime::observeSection(std::function<void(const AppSection&)> callback) {
+    return m_section.observe(m_nextObserver++, std::move(callback));
+}
+
+ObserverID LedgerRuntime::observeErrorMessage(
+    std::function<void(const std::optional<std::string>&)> callback) {
+    return m_errorMessage.observe(m_nextObserver++, std::move(callback));
+}
+
+ObserverID LedgerRuntime::observeStatusMessage(
+    std::function<void(const std::optional<std::string>&)> callback) {
+    return m_statusMessage.observe(m_nextObserver++, std::move(callback));
+}
+
+void LedgerRuntime::removeObserver(ObserverID id) {
+    m_revision.remove(id) || m_section.remove(id) || m_errorMessage.remove(id) ||
+        m_statusMessage.remove(id);
+}
+
+}  // namespace copperwick

@@ -1,0 +1,144 @@
+#pragma once
+
+// The single live model object: owns the one current Ledger, the data file's
+// store and the backups, and carries the little shared state that screens
+// watch (the section, the message bar, how often the ledger has changed).
+//
+// The central rule: the live Ledger changes only after the disk has the
+// change. Every change runs on a copy, produces a LedgerDelta, and the copy
+// becomes live only once LedgerStore::save has committed. A failed save leaves
+// the live value, and so the screen, showing exactly what the file holds.
+//
+// Main thread only, and without locks of its own: background work receives a
+// copy of the ledger and brings its result back here through apply(). Not
+// copyable. The status message is cleared after 5 seconds by whoever shows it;
+// the error message stays until the person dismisses it.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/model/instant.h"
+#include "core/model/ledger.h"
+#include "core/model/ledger_delta.h"
+#include "core/store/backup_manager.h"
+#include "core/store/ledger_store.h"
+#include "runtime/app_section.h"
+#include "runtime/observable.h"
+#include "runtime/preferences.h"
+
+namespace copperwick {
+
+struct RuntimeOptions {
+    bool demo = false;
+    // The data folder; absent means the standard one, or a fresh temporary
+    // folder for a demo.
+    std::optional<std::filesystem::path> dataFolder;
+    // Where preferences live; absent means the standard configuration folder.
+    std::optional<std::filesystem::path> preferencesFolder;
+    // The present instant; tests replace it to step through days.
+    std::function<Instant()> clock = [] { return Instant::now(); };
+};
+
+class LedgerRuntime {
+  public:
+    // A change to a copy of the ledger, returning what it changed.
+    using Change = std::function<LedgerDelta(Ledger&)>;
+
+    // Builds everything and opens the data file. Never throws: a file that
+    // can't be opened leaves the runtime without a store, showing why.
+    explicit LedgerRuntime(RuntimeOptions options = {});
+    // A demo's temporary folder goes with it; a live data folder stays, of course.
+    ~LedgerRuntime();
+    LedgerRuntime(const LedgerRuntime&) = delete;
+    LedgerRuntime& operator=(const LedgerRuntime&) = delete;
+
+    [[nodiscard]] const Ledger& ledger() const { return m_ledger; }
+    [[nodiscard]] int64_t revision() const { return m_revision.get(); }
+    [[nodiscard]] AppSection section() const { return m_section.get(); }
+    [[nodiscard]] const std::optional<std::string>& errorMessage() const {
+        return m_errorMessage.get();
+    }
+    [[nodiscard]] const std::optional<std::string>& statusMessage() const {
+        return m_statusMessage.get();
+    }
+    [[nodiscard]] const std::optional<TransactionsFocus>& transactionsFocus() const {
+        return m_transactionsFocus.get();
+    }
+    [[nodiscard]] int entryEditorCount() const { return m_entryEditorCount; }
+    [[nodiscard]] int activeReportBuilds() const { return m_activeReportBuilds; }
+    [[nodiscard]] int activePDFBuilds() const { return m_activePDFBuilds; }
+    [[nodiscard]] bool isDemo() const { return m_isDemo; }
+    [[nodiscard]] const std::filesystem::path& dataFolder() const { return m_dataFolder; }
+    [[nodiscard]] std::filesystem::path dataFile() const;
+    // Null while the data file can't be opened.
+    [[nodiscard]] LedgerStore* store() { return m_store.get(); }
+    [[nodiscard]] bool hasStore() const { return m_store != nullptr; }
+    [[nodiscard]] const BackupManager& backups() const { return m_backups; }
+    [[nodiscard]] Preferences& defaults() { return m_defaults; }
+
+    void setSection(AppSection section) { m_section.set(section); }
+    void setErrorMessage(std::optional<std::string> message) {
+        m_errorMessage.set(std::move(message));
+    }
+    void setStatusMessage(std::optional<std::string> message) {
+        m_statusMessage.set(std::move(message));
+    }
+    void setTransactionsFocus(std::optional<TransactionsFocus> focus) {
+        m_transactionsFocus.set(std::move(focus));
+    }
+    void setEntryEditorCount(int count) { m_entryEditorCount = count; }
+
+    // Every ordinary change: run on a copy, save, then make the copy live.
+    void apply(const Change& change);
+    // Entries typed by hand: refused entries and failed safety backups show
+    // their message and save nothing. True when the entry was saved.
+    bool commitEntry(const Change& change);
+    // The safety copy before an import; false (with the message shown) means
+    // the caller must not commit.
+    [[nodiscard]] bool backUpBeforeImport();
+    void backUpNow();
+    void restore(const BackupManager::Info& backup);
+    // Turning it off erases every raw line already kept, at once and for good.
+    void setKeepSourceText(bool keep);
+    // The raw bank line a transaction came from, when it was kept.
+    [[nodiscard]] std::optional<std::string> sourceLine(const LedgerTransaction& transaction);
+
+    ObserverID observeRevision(std::function<void(const int64_t&)> callback);
+    ObserverID observeSection(std::function<void(const AppSection&)> callback);
+    ObserverID observeErrorMessage(std::function<void(const std::optional<std::string>&)> callback);
+    ObserverID observeStatusMessage(
+        std::function<void(const std::optional<std::string>&)> callback);
+    void removeObserver(ObserverID id);
+
+    static constexpr std::string_view kNoStoreMessage =
+        "Copperwick can't save changes because its data file couldn't be opened.";
+
+  private:
+    void openStore();
+    void save(const LedgerDelta& delta, Ledger updated);
+    void bumpRevision();
+    std::filesystem::path backUp(std::string_view reason);
+
+    Ledger m_ledger;
+    Observable<int64_t> m_revision{0};
+    int m_activeReportBuilds = 0;
+    int m_activePDFBuilds = 0;
+    Observable<AppSection> m_section{AppSection::importFiles};
+    Observable<std::optional<std::string>> m_errorMessage;
+    Observable<std::optional<std::string>> m_statusMessage;
+    int m_entryEditorCount = 0;
+    Observable<std::optional<TransactionsFocus>> m_transactionsFocus;
+    bool m_isDemo;
+    std::filesystem::path m_dataFolder;
+    std::unique_ptr<LedgerStore> m_store;
+    BackupManager m_backups;
+    Preferences m_defaults;
+    std::function<Instant()> m_clock;
+    ObserverID m_nextObserver = 1;
+};
+
+}  // namespace copperwick

@@ -1,0 +1,367 @@
+#include "core/store/ledger_store.h"
+
+#include <sys/stat.h>
+
+#include <sqlite3.h>
+
+#include <gtest/gtest.h>
+
+#include "core/model/record_json.h"
+#include "tests/support/temp_folder.h"
+
+namespace copperwick {
+namespace {
+
+using testing::TempFolder;
+
+// Direct access to the file, beside the store, to see what it really holds.
+class Peek {
+  public:
+    explicit Peek(const std::filesystem::path& file) { sqlite3_open(file.c_str(), &m_db); }
+    ~Peek() { sqlite3_close(m_db); }
+    int64_t integer(const std::string& sql) {
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(m_db, sql.c_str(), -1, &statement, nullptr);
+        int64_t value = -1;
+        if (statement && sqlite3_step(statement) == SQLITE_ROW)
+            value = sqlite3_column_int64(statement, 0);
+        sqlite3_finalize(statement);
+        return value;
+    }
+    void exec(const std::string& sql) {
+        ASSERT_EQ(sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+    }
+    int64_t rows(const std::string& kind) {
+        return integer("SELECT COUNT(*) FROM records WHERE kind = '" + kind + "'");
+    }
+
+  private:
+    sqlite3* m_db = nullptr;
+};
+
+LedgerTransaction transaction(const std::string& note = "") {
+    LedgerTransaction t{.id = Uuid::random(),
+                        .accountID = Uuid::random(),
+                        .date = *LocalDate::make(2026, 3, 9),
+                        .amount = -1250,
+                        .rawDescription = "BLUE BOTTLE COFFEE",
+                        .fingerprint = "2026-03-09|-1250|BLUE BOTTLE COFFEE"};
+    t.note = note;
+    return t;
+}
+
+LedgerDelta changing(RecordKind kind, const std::string& id) {
+    LedgerDelta delta;
+    delta.change(kind, id);
+    return delta;
+}
+
+TEST(LedgerStore, NewFileIsFormatTwoWithTwoTablesAndNoBackup) {
+    TempFolder temp;
+    const auto folder = temp / "Copperwick";
+    {
+        LedgerStore store(folder / "Copperwick.sqlite");
+        EXPECT_TRUE(store.isEmpty());
+        EXPECT_EQ(store.openedAtVersion(), 0);
+    }
+    struct stat info {};
+    ASSERT_EQ(::stat(folder.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+    EXPECT_FALSE(std::filesystem::exists(folder / "Backups"));
+    Peek peek(folder / "Copperwick.sqlite");
+    EXPECT_EQ(peek.integer("PRAGMA user_version"), 2);
+    EXPECT_EQ(peek.integer("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table'"), 2);
+    EXPECT_EQ(peek.integer("SELECT COUNT(*) FROM sqlite_master WHERE type = 'index'"), 0);
+}
+
+TEST(LedgerStore, ExistingSharedFolderKeepsItsPermissions) {
+    TempFolder temp;
+    std::filesystem::permissions(temp.path(), std::filesystem::perms(0755));
+    LedgerStore store(temp / "Copperwick.sqlite");
+    EXPECT_EQ(std::filesystem::status(temp.path()).permissions(), std::filesystem::perms(0755));
+}
+
+TEST(LedgerStore, FormatOneIsBackedUpThenMigrated) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    {
+        LedgerStore store(file);
+        store.saveAll(Ledger::starter());
+    }
+    Peek(file).exec("PRAGMA user_version = 1");
+    {
+        LedgerStore store(file);
+        EXPECT_EQ(store.openedAtVersion(), 1);
+    }
+    EXPECT_EQ(Peek(file).integer("PRAGMA user_version"), 2);
+    std::vector<std::string> backups;
+    for (const auto& entry : std::filesystem::directory_iterator(temp / "Backups")) {
+        backups.push_back(entry.path().filename().string());
+    }
+    ASSERT_EQ(backups.size(), 1u);
+    EXPECT_TRUE(backups[0].ends_with("-before-format-2.sqlite")) << backups[0];
+    // The copy is a data file of its own, at the old format.
+    LedgerStore copy(temp / "Backups" / backups[0]);
+    EXPECT_EQ(copy.load().categories.size(), 23u);
+}
+
+TEST(LedgerStore, NewerFormatIsRefusedAndLeftUntouched) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    { LedgerStore store(file); }
+    Peek(file).exec("PRAGMA user_version = 3");
+    const auto before = testing::readFile(file);
+    try {
+        LedgerStore store(file);
+        FAIL() << "a format 3 file opened";
+    } catch (const StoreError& error) {
+        EXPECT_EQ(error.kind(), StoreError::Case::newerVersion);
+        EXPECT_STREQ(error.what(),
+                     "This data was saved by a newer Copperwick (format 3). Install the newer app "
+                     "to open it.");
+    }
+    EXPECT_EQ(Peek(file).integer("PRAGMA user_version"), 3);
+    EXPECT_EQ(testing::readFile(file), before);
+}
+
+TEST(LedgerStore, DamagedFileCannotBeOpened) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    testing::writeFile(file, std::string(4096, 'x'));
+    try {
+        LedgerStore store(file);
+        FAIL() << "a damaged file opened";
+    } catch (const StoreError& error) {
+        EXPECT_EQ(std::string(error.what()).rfind("Copperwick couldn't", 0), 0u) << error.what();
+    }
+    EXPECT_EQ(testing::readFile(file), std::string(4096, 'x'));
+}
+
+TEST(LedgerStore, LedgerSurvivesSaveAndReopen) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    Ledger ledger = Ledger::starter();
+    // In the order a load gives back, so the two values compare equal.
+    ledger.people = SharedVector<Person>{{Uuid::random(), "Avery", {"AVERY K"}, 5000},
+                                         {Uuid::random(), "Blake", {}}};
+    ledger.accounts =
+        SharedVector<Account>{Account(Uuid::random(), "Card", AccountType::creditCard),
+                              Account(Uuid::random(), "Checking", AccountType::checking)};
+    for (int i = 0; i < 50; ++i) {
+        const auto t = transaction("n" + std::to_string(i));
+        ledger.transactions.set(t.id, t);
+    }
+    const Merchant merchant{
+        Uuid::random(), "Blue Bottle", std::nullopt, TransactionKind::expense, {"BLUE BOTTLE"}};
+    ledger.merchants.set(merchant.id, merchant);
+    ledger.aiFilings.set("BLUE BOTTLE",
+                         AIFiling{.key = "BLUE BOTTLE", .reason = "coffee", .date = Instant{9.0}});
+    ledger.batches =
+        SharedVector<ImportBatch>{ImportBatch{.id = Uuid::random(), .importedAt = Instant{1.0}},
+                                  ImportBatch{.id = Uuid::random(), .importedAt = Instant{2.0}}};
+    ledger.changes = SharedVector<ChangeSet>{
+        ChangeSet{.id = Uuid::random(), .date = Instant{1.0}, .label = "a"},
+        ChangeSet{.id = Uuid::random(), .date = Instant{5.0}, .label = "b"}};
+    ledger.profiles = SharedVector<ImportProfile>{ImportProfile{.id = "custom-1", .name = "Mine"}};
+    ledger.settings.update([](LedgerSettings& s) { s.timeZoneID = "Europe/Berlin"; });
+    {
+        LedgerStore store(file);
+        store.saveAll(ledger);
+    }
+    LedgerStore store(file);
+    const Ledger loaded = store.load();
+    EXPECT_EQ(store.unreadableRecords(), 0);
+    // Filings are keyed by text, the one key a careless move could empty.
+    ASSERT_NE(loaded.aiFilings.find("BLUE BOTTLE"), nullptr);
+    EXPECT_EQ(loaded, ledger);
+}
+
+TEST(LedgerStore, ArraysLoadInTheirStatedOrder) {
+    TempFolder temp;
+    Ledger ledger;
+    // Ids sort the other way from the wanted order, so only the sort can fix it.
+    const auto low = *Uuid::parse("00000000-0000-4000-8000-000000000000");
+    const auto high = *Uuid::parse("FFFFFFFF-0000-4000-8000-000000000000");
+    ledger.categories = SharedVector<LedgerCategory>{{low, "Salary", CategoryGroup::income, 0},
+                                                     {high, "Housing", CategoryGroup::expense, 0}};
+    ledger.people = SharedVector<Person>{{low, "zed"}, {high, "Amy"}};
+    ledger.changes =
+        SharedVector<ChangeSet>{ChangeSet{.id = low, .date = Instant{9.0}, .label = "newer"},
+                                ChangeSet{.id = high, .date = Instant{1.0}, .label = "older"}};
+    LedgerStore store(temp / "Copperwick.sqlite");
+    store.saveAll(ledger);
+    const Ledger loaded = store.load();
+    EXPECT_EQ(loaded.categories[0].name, "Housing");
+    EXPECT_EQ(loaded.people[0].name, "Amy");  // plain text order: upper case first
+    EXPECT_EQ(loaded.undoLabel(), "newer");
+}
+
+TEST(LedgerStore, EmptyFileGivesFreshStarterCategoriesUntilSaved) {
+    TempFolder temp;
+    LedgerStore store(temp / "Copperwick.sqlite");
+    const auto first = store.load();
+    const auto second = store.load();
+    ASSERT_EQ(first.categories.size(), 23u);
+    ASSERT_EQ(second.categories.size(), 23u);
+    EXPECT_NE(first.categories[0].id, second.categories[0].id);
+
+    // A file that has an account but lost its categories is not refilled.
+    Ledger oneAccount;
+    oneAccount.accounts.push_back(Account(Uuid::random(), "Checking", AccountType::checking));
+    store.saveAll(oneAccount);
+    EXPECT_TRUE(store.load().categories.empty());
+}
+
+TEST(LedgerStore, DeltaWritesOnlyWhatItNames) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    LedgerStore store(file);
+    Ledger ledger;
+    const auto kept = transaction("kept");
+    const auto gone = transaction("gone");
+    ledger.transactions.set(kept.id, kept);
+    ledger.transactions.set(gone.id, gone);
+    store.saveAll(ledger);
+
+    // A change the delta doesn't name never reaches the file.
+    ledger.transactions.update(kept.id, [](LedgerTransaction& t) { t.note = "unsaved"; });
+    // A transaction named as changed but no longer in the ledger loses its row.
+    ledger.transactions.erase(gone.id);
+    store.save(changing(RecordKind::transaction, gone.id.text()), ledger);
+
+    const Ledger loaded = store.load();
+    EXPECT_EQ(loaded.transactions.size(), 1u);
+    EXPECT_EQ(loaded.transaction(kept.id)->note, "kept");
+
+    // An id that isn't a UUID counts as a record that doesn't exist.
+    store.save(changing(RecordKind::transaction, "not-a-uuid"), ledger);
+    EXPECT_EQ(Peek(file).rows("transaction"), 1);
+}
+
+TEST(LedgerStore, UnreadableRecordIsCountedSkippedAndKept) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    LedgerStore store(file);
+    Ledger ledger = Ledger::starter();
+    const auto t = transaction();
+    ledger.transactions.set(t.id, t);
+    store.saveAll(ledger);
+    Peek(file).exec(
+        "INSERT INTO records (kind, id, data) VALUES ('transaction', 'BROKEN', '{not json')");
+    Peek(file).exec(
+        "INSERT OR REPLACE INTO records (kind, id, data) VALUES ('settings', 'settings', "
+        "'{\"timeZoneID\": 5}')");
+
+    Ledger loaded = store.load();
+    EXPECT_EQ(store.unreadableRecords(), 2);
+    EXPECT_EQ(loaded.transactions.size(), 1u);
+    EXPECT_EQ(loaded.settings->timeZoneID,
+              "America/Los_Angeles");  // defaults stay for unreadable settings
+
+    loaded.transactions.update(t.id, [](LedgerTransaction& x) { x.note = "edited"; });
+    store.save(changing(RecordKind::transaction, t.id.text()), loaded);
+    EXPECT_EQ(Peek(file).integer("SELECT COUNT(*) FROM records WHERE id = 'BROKEN'"), 1);
+}
+
+TEST(LedgerStore, FailedSaveLeavesTheFileAsItWas) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    LedgerStore store(file);
+    Ledger ledger;
+    std::vector<Uuid> ids;
+    for (int i = 0; i < 20; ++i) {
+        const auto t = transaction("v1");
+        ids.push_back(t.id);
+        ledger.transactions.set(t.id, t);
+    }
+    store.saveAll(ledger);
+
+    // Fault injection at the seam: SQLite itself refuses one row halfway through.
+    std::sort(ids.begin(), ids.end());
+    Peek(file).exec("CREATE TRIGGER poison BEFORE INSERT ON records WHEN NEW.id = '" +
+                    ids[10].text() + "' BEGIN SELECT RAISE(ABORT, 'refused by test'); END");
+    LedgerDelta delta;
+    for (const auto& id : ids) {
+        ledger.transactions.update(id, [](LedgerTransaction& t) { t.note = "v2"; });
+        delta.change(RecordKind::transaction, id);
+    }
+    delta.sourceLines.push_back({ids[0], 1, "raw"});
+    try {
+        store.save(delta, ledger);
+        FAIL() << "the poisoned save went through";
+    } catch (const StoreError& error) {
+        EXPECT_EQ(error.kind(), StoreError::Case::sql);
+        EXPECT_STREQ(error.what(), "Copperwick couldn't save: refused by test");
+    }
+    for (const auto& t : store.load().transactions)
+        EXPECT_EQ(t.note, "v1");
+    EXPECT_FALSE(store.sourceLine(ids[0], 1));
+
+    // The store is still usable afterwards.
+    Peek(file).exec("DROP TRIGGER poison");
+    store.save(delta, ledger);
+    for (const auto& t : store.load().transactions)
+        EXPECT_EQ(t.note, "v2");
+}
+
+TEST(LedgerStore, ClosedStoreRefusesEverythingButEmptyDeltasAndLookups) {
+    TempFolder temp;
+    LedgerStore store(temp / "Copperwick.sqlite");
+    store.close();
+    store.save(LedgerDelta{}, Ledger());  // nothing to do, so nothing to fail
+    try {
+        store.save(changing(RecordKind::settings, "settings"), Ledger());
+        FAIL();
+    } catch (const StoreError& error) {
+        EXPECT_STREQ(error.what(), "Copperwick couldn't save: database is closed");
+    }
+    EXPECT_THROW((void)store.load(), StoreError);
+    EXPECT_THROW((void)store.isEmpty(), StoreError);
+    EXPECT_THROW(store.backup(temp / "copy.sqlite"), StoreError);
+    EXPECT_FALSE(store.sourceLine(Uuid::random(), 1));
+}
+
+TEST(LedgerStore, SourceLinesAreReplacedPerBatchAndErasable) {
+    TempFolder temp;
+    LedgerStore store(temp / "Copperwick.sqlite");
+    const auto batch = Uuid::random();
+    LedgerDelta first;
+    first.sourceLines = {{batch, 2, "old line two"}, {batch, 3, "old line three"}};
+    store.save(first, Ledger());
+    EXPECT_EQ(store.sourceLine(batch, 3), "old line three");
+
+    // A re-import under the same batch: the batch's old lines go before the new ones land.
+    LedgerDelta again;
+    again.deletedSourceBatches = {batch};
+    again.sourceLines = {{batch, 2, "new line two"}};
+    store.save(again, Ledger());
+    EXPECT_EQ(store.sourceLine(batch, 2), "new line two");
+    EXPECT_FALSE(store.sourceLine(batch, 3));
+
+    store.deleteAllSourceLines();
+    EXPECT_FALSE(store.sourceLine(batch, 2));
+}
+
+TEST(LedgerStore, VerifyAcceptsOnlyDataFiles) {
+    TempFolder temp;
+    const auto text = temp / "notes.sqlite";
+    testing::writeFile(text, "just some words");
+    EXPECT_FALSE(LedgerStore::verify(text));
+    EXPECT_FALSE(LedgerStore::verify(temp / "missing.sqlite"));
+    EXPECT_FALSE(std::filesystem::exists(temp / "missing.sqlite"));  // verify never creates
+
+    const auto other = temp / "other.sqlite";
+    Peek(other).exec("CREATE TABLE t (x)");
+    EXPECT_FALSE(LedgerStore::verify(other));
+
+    LedgerStore store(temp / "Copperwick.sqlite");
+    store.saveAll(Ledger::starter());
+    store.backup(temp / "copy.sqlite");
+    EXPECT_TRUE(LedgerStore::verify(temp / "Copperwick.sqlite"));
+    EXPECT_TRUE(LedgerStore::verify(temp / "copy.sqlite"));
+    LedgerStore copy(temp / "copy.sqlite");
+    EXPECT_EQ(copy.load(), store.load());
+}
+
+}  // namespace
+}  // namespace copperwick

@@ -1,0 +1,286 @@
+#include "runtime/ledger_runtime.h"
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include <sqlite3.h>
+
+#include <gtest/gtest.h>
+
+#include "core/operations/entry_error.h"
+#include "tests/support/temp_folder.h"
+
+namespace copperwick {
+namespace {
+
+using testing::TempFolder;
+
+// A runtime on a temporary data folder, with preferences kept there too.
+struct Fixture {
+    TempFolder temp;
+    double offsetSeconds = 0;  // how far the runtime's clock runs ahead of the real one
+
+    RuntimeOptions options(bool demo = false) {
+        RuntimeOptions o;
+        o.demo = demo;
+        o.dataFolder = temp / "Copperwick";
+        o.preferencesFolder = temp / "config";
+        o.clock = [this] { return Instant{Instant::now().secondsSinceReference + offsetSeconds}; };
+        return o;
+    }
+    std::unique_ptr<LedgerRuntime> launch() { return std::make_unique<LedgerRuntime>(options()); }
+    std::vector<BackupManager::Info> backups() {
+        return BackupManager(temp / "Copperwick" / "Backups").list();
+    }
+};
+
+LedgerDelta addPerson(Ledger& ledger, const std::string& name) {
+    const Person person{Uuid::random(), name};
+    ledger.people.push_back(person);
+    LedgerDelta delta;
+    delta.change(RecordKind::person, person.id);
+    return delta;
+}
+
+void setUserVersion(const std::filesystem::path& file, int version) {
+    sqlite3* db = nullptr;
+    sqlite3_open(file.c_str(), &db);
+    sqlite3_exec(db, ("PRAGMA user_version = " + std::to_string(version)).c_str(), nullptr, nullptr,
+                 nullptr);
+    sqlite3_close(db);
+}
+
+TEST(LedgerRuntime, FirstLaunchMakesAPrivateStarterFile) {
+    Fixture f;
+    auto runtime = f.launch();
+    ASSERT_TRUE(runtime->hasStore()) << runtime->errorMessage().value_or("");
+    EXPECT_EQ(runtime->revision(), 1);
+    EXPECT_EQ(runtime->section(), AppSection::importFiles);
+    EXPECT_FALSE(runtime->errorMessage());
+    EXPECT_EQ(runtime->ledger().categories.size(), 23u);
+    EXPECT_TRUE(f.backups().empty());
+    struct stat info {};
+    ASSERT_EQ(::stat((f.temp / "Copperwick").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+
+    // The starter categories were saved, so the next launch sees the same ids.
+    const auto firstID = runtime->ledger().categories[0].id;
+    runtime.reset();
+    EXPECT_EQ(f.launch()->ledger().categories[0].id, firstID);
+}
+
+TEST(LedgerRuntime, DailyBackupComesAfterTwentyHours) {
+    Fixture f;
+    f.launch();
+    EXPECT_TRUE(f.backups().empty()) << "a new file needs no copy";
+    f.launch();
+    ASSERT_EQ(f.backups().size(), 1u) << "a file with data and no copy gets one";
+    EXPECT_EQ(f.backups()[0].reason, "daily");
+
+    f.offsetSeconds = 19 * 3600;
+    f.launch();
+    EXPECT_EQ(f.backups().size(), 1u);
+    f.offsetSeconds = 20 * 3600 + 60;
+    f.launch();
+    EXPECT_EQ(f.backups().size(), 2u);
+}
+
+TEST(LedgerRuntime, ChangesBecomeLiveOnlyOnceSaved) {
+    Fixture f;
+    auto runtime = f.launch();
+    std::vector<int64_t> revisions;
+    runtime->observeRevision([&](const int64_t& r) { revisions.push_back(r); });
+
+    runtime->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+    ASSERT_EQ(runtime->ledger().people.size(), 1u);
+    EXPECT_EQ(runtime->revision(), 2);
+    runtime->apply([](Ledger&) { return LedgerDelta{}; });  // an empty change still counts
+    EXPECT_EQ(revisions, (std::vector<int64_t>{2, 3}));
+    EXPECT_EQ(f.launch()->ledger().people[0].name, "Dana");
+
+    // The disk refuses: the live value and the revision stay.
+    runtime->store()->close();
+    runtime->apply([](Ledger& l) { return addPerson(l, "Sam"); });
+    EXPECT_EQ(runtime->ledger().people.size(), 1u);
+    EXPECT_EQ(runtime->revision(), 3);
+    EXPECT_EQ(runtime->errorMessage(), "Copperwick couldn't save: database is closed");
+}
+
+TEST(LedgerRuntime, UnopenableFileLeavesTheStarterLedgerAndRefusesChanges) {
+    Fixture f;
+    f.launch();
+    setUserVersion(f.temp / "Copperwick" / "Copperwick.sqlite", 7);
+    auto runtime = f.launch();
+    EXPECT_FALSE(runtime->hasStore());
+    EXPECT_EQ(
+        runtime->errorMessage(),
+        "This data was saved by a newer Copperwick (format 7). Install the newer app to open it.");
+    EXPECT_EQ(runtime->ledger().categories.size(), 23u);
+    EXPECT_EQ(runtime->revision(), 0);
+
+    runtime->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+    EXPECT_EQ(runtime->errorMessage(),
+              "Copperwick can't save changes because its data file couldn't be opened.");
+    EXPECT_TRUE(runtime->ledger().people.empty());
+
+    EXPECT_FALSE(runtime->commitEntry([](Ledger& l) { return addPerson(l, "Dana"); }));
+    EXPECT_EQ(runtime->errorMessage(), "This transaction can no longer be changed.");
+    EXPECT_FALSE(runtime->backUpBeforeImport());
+}
+
+TEST(LedgerRuntime, EntriesAreSavedOnlyWithTheirSafetyCopy) {
+    Fixture f;
+    auto runtime = f.launch();
+    EXPECT_FALSE(runtime->commitEntry(
+        [](Ledger&) -> LedgerDelta { throw EntryError(EntryError::Case::amount); }));
+    EXPECT_EQ(runtime->errorMessage(),
+              "Enter a nonzero amount with no more than two decimal places.");
+    EXPECT_TRUE(f.backups().empty()) << "a refused entry needs no copy";
+
+    runtime->setErrorMessage(std::nullopt);
+    EXPECT_TRUE(runtime->commitEntry([](Ledger& l) { return addPerson(l, "Dana"); }));
+    ASSERT_EQ(f.backups().size(), 1u);
+    EXPECT_EQ(f.backups()[0].reason, "manual entry");
+    EXPECT_FALSE(runtime->errorMessage());
+
+    // Without a place for the copy, nothing is saved.
+    std::filesystem::remove_all(f.temp / "Copperwick" / "Backups");
+    testing::writeFile(f.temp / "Copperwick" / "Backups", "in the way");
+    EXPECT_FALSE(runtime->commitEntry([](Ledger& l) { return addPerson(l, "Sam"); }));
+    EXPECT_EQ(runtime->ledger().people.size(), 1u);
+    EXPECT_TRUE(runtime->errorMessage());
+    EXPECT_FALSE(runtime->backUpBeforeImport());
+    EXPECT_EQ(runtime->errorMessage()->rfind(
+                  "Copperwick couldn't make its safety backup, so nothing was imported: ", 0),
+              0u);
+}
+
+TEST(LedgerRuntime, MessagesAndSectionNotifyOnlyOnChange) {
+    Fixture f;
+    auto runtime = f.launch();
+    int sections = 0, errors = 0;
+    runtime->observeSection([&](const AppSection&) { ++sections; });
+    const auto errorObserver =
+        runtime->observeErrorMessage([&](const std::optional<std::string>&) { ++errors; });
+    runtime->setSection(AppSection::reports);
+    runtime->setSection(AppSection::reports);
+    runtime->setErrorMessage("x");
+    runtime->setErrorMessage("x");
+    runtime->removeObserver(errorObserver);
+    runtime->setErrorMessage("y");
+    EXPECT_EQ(sections, 1);
+    EXPECT_EQ(errors, 1);
+}
+
+TEST(LedgerRuntime, BackUpNowSaysWhereTheCopyWent) {
+    Fixture f;
+    auto runtime = f.launch();
+    runtime->backUpNow();
+    ASSERT_EQ(f.backups().size(), 1u);
+    EXPECT_EQ(runtime->statusMessage(),
+              "Backed up to " + f.backups()[0].url.filename().string() + ".");
+    EXPECT_EQ(f.backups()[0].reason, "manual");
+}
+
+TEST(LedgerRuntime, RestoreReplacesTheFileAndKeepsTheOldOneBeside) {
+    Fixture f;
+    auto runtime = f.launch();
+    runtime->apply([](Ledger& l) { return addPerson(l, "Before"); });
+    runtime->backUpNow();
+    const auto copy = f.backups()[0];
+    runtime->apply([](Ledger& l) { return addPerson(l, "After"); });
+
+    runtime->restore(copy);
+    ASSERT_TRUE(runtime->hasStore());
+    EXPECT_FALSE(runtime->errorMessage());
+    ASSERT_EQ(runtime->ledger().people.size(), 1u);
+    EXPECT_EQ(runtime->ledger().people[0].name, "Before");
+    EXPECT_EQ(runtime->statusMessage()->rfind("Restored the backup from ", 0), 0u);
+    EXPECT_TRUE(std::filesystem::exists(f.temp / "Copperwick" / "Copperwick.replaced.sqlite"));
+    bool madeBeforeRestore = false;
+    for (const auto& b : f.backups())
+        madeBeforeRestore = madeBeforeRestore || b.reason == "before restore";
+    EXPECT_TRUE(madeBeforeRestore);
+}
+
+TEST(LedgerRuntime, RestoreOfADamagedCopyKeepsTheCurrentFile) {
+    Fixture f;
+    auto runtime = f.launch();
+    runtime->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+    const auto text = f.temp / "Copperwick-2026-03-09-141502-manual.sqlite";
+    testing::writeFile(text, "not a database");
+
+    runtime->restore(BackupManager::info(text));
+    EXPECT_EQ(runtime->errorMessage(),
+              "Copperwick couldn't open its data file: The backup file is damaged or isn't an "
+              "Copperwick backup.");
+    ASSERT_TRUE(runtime->hasStore());
+    ASSERT_EQ(runtime->ledger().people.size(), 1u);
+    EXPECT_EQ(runtime->ledger().people[0].name, "Dana");
+}
+
+TEST(LedgerRuntime, TurningOffSourceTextErasesKeptLines) {
+    Fixture f;
+    auto runtime = f.launch();
+    const auto batch = Uuid::random();
+    LedgerTransaction t{.id = Uuid::random(),
+                        .batchID = batch,
+                        .sourceLine = 4,
+                        .rawDescription = "X",
+                        .fingerprint = "f"};
+    runtime->apply([&](Ledger& l) {
+        l.transactions.set(t.id, t);
+        LedgerDelta delta;
+        delta.change(RecordKind::transaction, t.id);
+        delta.sourceLines.push_back({batch, 4, "03/09/2026,X,-1.00"});
+        return delta;
+    });
+    EXPECT_EQ(runtime->sourceLine(t), "03/09/2026,X,-1.00");
+
+    runtime->setKeepSourceText(false);
+    EXPECT_FALSE(runtime->ledger().settings->keepSourceText);
+    EXPECT_FALSE(runtime->sourceLine(t));
+    runtime->setKeepSourceText(true);
+    EXPECT_TRUE(runtime->ledger().settings->keepSourceText);
+    EXPECT_FALSE(runtime->sourceLine(t));
+}
+
+TEST(LedgerRuntime, UnreadableRecordsAreReportedNotFatal) {
+    Fixture f;
+    f.launch();
+    sqlite3* db = nullptr;
+    sqlite3_open((f.temp / "Copperwick" / "Copperwick.sqlite").c_str(), &db);
+    sqlite3_exec(db, "INSERT INTO records VALUES ('person', 'X', '{}')", nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+    auto runtime = f.launch();
+    EXPECT_TRUE(runtime->hasStore());
+    EXPECT_EQ(runtime->errorMessage(),
+              "1 saved records couldn't be read and were skipped. They're still in the data file.");
+}
+
+TEST(LedgerRuntime, DemoStaysOutOfTheRealFolders) {
+    Fixture f;
+    const auto temporary = f.temp / "tmp";
+    std::filesystem::create_directories(temporary);
+    const char* old = std::getenv("TMPDIR");
+    const std::string saved = old ? old : "";
+    ::setenv("TMPDIR", temporary.c_str(), 1);
+    std::filesystem::path demoFolder;
+    {
+        LedgerRuntime demo(f.options(/*demo=*/true));
+        demoFolder = demo.dataFolder();
+        EXPECT_TRUE(demo.isDemo());
+        EXPECT_TRUE(demo.hasStore());
+        EXPECT_EQ(demo.dataFolder().parent_path(), temporary);
+        EXPECT_EQ(demo.dataFolder().filename().string().rfind("Copperwick-Demo-", 0), 0u);
+        EXPECT_EQ(demo.defaults().file().filename(), "Copperwick.Demo.json");
+    }
+    old ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
+    EXPECT_FALSE(std::filesystem::exists(f.temp / "Copperwick"));
+    EXPECT_FALSE(std::filesystem::exists(f.temp / "config"));
+    EXPECT_FALSE(std::filesystem::exists(demoFolder)) << "a demo leaves nothing behind";
+}
+
+}  // namespace
+}  // namespace copperwick
