@@ -147,8 +147,19 @@ class Fields {
 
   private:
     // Null counts as absent, like a missing key.
+    // Records are read in the order they are written, so the next key in the
+    // object is almost always the one asked for; only a miss pays for a search.
     const json::value* present(std::string_view key) const {
-        const json::value* v = m_object->if_contains(key);
+        const json::value* v = nullptr;
+        if (m_next < m_object->size()) {
+            const auto& entry = m_object->begin()[m_next];
+            if (entry.key() == key) {
+                v = &entry.value();
+                ++m_next;
+            }
+        }
+        if (!v)
+            v = m_object->if_contains(key);
         return v && !v->is_null() ? v : nullptr;
     }
 
@@ -165,6 +176,7 @@ class Fields {
     }
 
     const json::object* m_object = nullptr;
+    mutable std::size_t m_next = 0;
 };
 
 template <typename T>

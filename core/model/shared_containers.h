@@ -289,6 +289,14 @@ class SharedMap {
         if (inserted)
             ++m_table->size;
     }
+    // Inserts or replaces with a record already made shared, such as one
+    // decoded on another thread.
+    void setShared(const K& key, std::shared_ptr<const V> value) {
+        auto& chunk = writableChunk(key);
+        auto [it, inserted] = chunk.insert_or_assign(key, std::move(value));
+        if (inserted)
+            ++m_table->size;
+    }
     // Changes the record under `key` through `change(V&)`; false when there is none.
     template <typename F>
     bool update(const K& key, F&& change) {

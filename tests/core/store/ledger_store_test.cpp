@@ -1,6 +1,10 @@
 #include "core/store/ledger_store.h"
 
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <sqlite3.h>
 
@@ -302,6 +306,63 @@ TEST(LedgerStore, FailedSaveLeavesTheFileAsItWas) {
     store.save(delta, ledger);
     for (const auto& t : store.load().transactions)
         EXPECT_EQ(t.note, "v2");
+}
+
+TEST(LedgerStore, FullDiskRollsTheSaveBack) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    {
+        LedgerStore store(file);
+        Ledger ledger;
+        for (int i = 0; i < 10; ++i) {
+            const auto t = transaction("v1");
+            ledger.transactions.set(t.id, t);
+        }
+        store.saveAll(ledger);
+    }
+    int pipeFDs[2];
+    ASSERT_EQ(::pipe(pipeFDs), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // A disk that fills up: no file of this process may grow past 256 KB.
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{256 * 1024, 256 * 1024};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::string said = "saved";
+        try {
+            LedgerStore store(file);
+            Ledger ledger = store.load();
+            LedgerDelta delta;
+            for (int i = 0; i < 5000; ++i) {
+                const auto t = transaction(std::string(200, 'x'));
+                ledger.transactions.set(t.id, t);
+                delta.change(RecordKind::transaction, t.id);
+            }
+            store.save(delta, ledger);
+        } catch (const StoreError& error) {
+            said = error.what();
+        }
+        [[maybe_unused]] auto written = ::write(pipeFDs[1], said.data(), said.size());
+        ::_exit(0);
+    }
+    ::close(pipeFDs[1]);
+    std::string said;
+    char buffer[512];
+    ssize_t n = 0;
+    while ((n = ::read(pipeFDs[0], buffer, sizeof(buffer))) > 0)
+        said.append(buffer, static_cast<std::size_t>(n));
+    ::close(pipeFDs[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+
+    EXPECT_EQ(said.rfind("Copperwick couldn't save: ", 0), 0u) << said;
+    ASSERT_TRUE(LedgerStore::verify(file));
+    LedgerStore store(file);
+    const Ledger ledger = store.load();
+    EXPECT_EQ(ledger.transactions.size(), 10u);
+    for (const auto& t : ledger.transactions)
+        EXPECT_EQ(t.note, "v1");
 }
 
 TEST(LedgerStore, ClosedStoreRefusesEverythingButEmptyDeltasAndLookups) {
