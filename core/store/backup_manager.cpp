@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "core/model/local_date.h"
 #include "core/store/ledger_store.h"
 #include "core/store/private_folder.h"
 #include "core/store/store_error.h"
@@ -23,27 +24,6 @@ constexpr std::string_view kExtension = ".sqlite";
 // Stamps keep four-digit years: 0001-01-01 to 9999-12-31 23:59:59, in Unix seconds.
 constexpr int64_t kEarliestStampSeconds = -62135596800;
 constexpr int64_t kLatestStampSeconds = 253402300799;
-
-struct CivilDate {
-    int64_t year;
-    int month;
-    int day;
-};
-
-// Days since 1970-01-01 to a proleptic Gregorian date, in whole numbers so that
-// no locale, time zone or calendar setting can creep into a file name.
-CivilDate civilFromDays(int64_t days) {
-    days += 719468;
-    const int64_t era = (days >= 0 ? days : days - 146096) / 146097;
-    const int64_t dayOfEra = days - era * 146097;
-    const int64_t yearOfEra =
-        (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const int64_t shiftedMonth = (5 * dayOfYear + 2) / 153;
-    const int day = static_cast<int>(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1);
-    const int month = static_cast<int>(shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9);
-    return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month, day};
-}
 
 bool isBackupName(const std::string& name) {
     return name.starts_with(kPrefix) && name.ends_with(kExtension);
@@ -203,7 +183,7 @@ std::string BackupManager::stamp(Instant instant) {
         secondOfDay += secondsPerDay;
         --days;
     }
-    const CivilDate date = civilFromDays(days);
+    const LocalDate date = LocalDate::fromDayNumber(days);
     return fmt::format("{:04}-{:02}-{:02}-{:02}{:02}{:02}", date.year, date.month, date.day,
                        secondOfDay / 3600, secondOfDay / 60 % 60, secondOfDay % 60);
 }
