@@ -3,40 +3,11 @@
 #include <cstdint>
 #include <limits>
 
+#include "core/model/text.h"
+
 namespace copperwick {
 
 namespace {
-
-// Whitespace here is space and tab only: a line break inside a cell is damage,
-// not padding, and leaves the date unreadable.
-bool isBlank(char c) {
-    return c == ' ' || c == '\t';
-}
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
-bool isSeparator(char c) {
-    return c == '/' || c == '-' || c == '.';
-}
-
-std::vector<std::string_view> nonEmptyPieces(std::string_view text) {
-    std::vector<std::string_view> pieces;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        if (i == text.size() || isSeparator(text[i])) {
-            if (i > start)
-                pieces.push_back(text.substr(start, i - start));
-            start = i + 1;
-        }
-    }
-    return pieces;
-}
 
 struct Piece {
     std::string_view text;
@@ -76,11 +47,12 @@ std::string_view label(DateLayout layout) {
 }
 
 std::optional<LocalDate> parseDate(DateLayout layout, std::string_view text) {
-    std::string_view date = trimmed(text);
+    // Space and tab only: a line break inside a cell is damage, not padding.
+    std::string_view date = text::trimmedSpaces(text);
     // A time after the date ("2026-03-14T08:00:00Z", "3/14/26 12:00") is dropped.
     date = date.substr(0, date.find_first_of("T "));
 
-    const auto texts = nonEmptyPieces(date);
+    const auto texts = text::splitDroppingEmpty(date, "/-.");
     if (texts.size() != 3)
         return std::nullopt;
     std::optional<Piece> pieces[3];
@@ -121,8 +93,8 @@ std::optional<DateLayout> detectDateLayout(const std::vector<std::string>& sampl
     for (const DateLayout layout : allCases<DateLayout>()) {
         std::size_t count = 0;
         for (const std::string& sample : samples) {
-            const std::string_view text = trimmed(sample);
-            if (!text.empty() && parseDate(layout, text))
+            const std::string_view trimmed = text::trimmedSpaces(sample);
+            if (!trimmed.empty() && parseDate(layout, trimmed))
                 ++count;
         }
         // Strictly greater: on a tie the earlier layout keeps its place.

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/model/text.h"
+
 namespace copperwick {
 
 namespace {
@@ -14,19 +16,6 @@ constexpr std::array<std::string_view, 12> kMonthNames{
 };
 
 constexpr std::string_view kUnknownMonth = "?";
-
-std::vector<std::string_view> nonEmptyPieces(std::string_view text, char separator) {
-    std::vector<std::string_view> pieces;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        if (i == text.size() || text[i] == separator) {
-            if (i > start)
-                pieces.push_back(text.substr(start, i - start));
-            start = i + 1;
-        }
-    }
-    return pieces;
-}
 
 }  // namespace
 
@@ -57,7 +46,7 @@ std::string shortText(LocalDate date) {
 }
 
 std::string monthLabel(std::string_view monthKey) {
-    const auto pieces = nonEmptyPieces(monthKey, '-');
+    const auto pieces = text::splitDroppingEmpty(monthKey, "-");
     if (pieces.size() != 2)
         return std::string(monthKey);
     const auto year = detail::readInteger(pieces[0]);

@@ -10,6 +10,7 @@
 #include <unicode/timezone.h>
 
 #include "core/model/checked.h"
+#include "core/model/text.h"
 
 namespace copperwick {
 
@@ -37,20 +38,6 @@ std::string zeroPadded(int value, std::size_t width) {
     if (digits.size() < room)
         digits.insert(0, room - digits.size(), '0');
     return negative ? "-" + digits : digits;
-}
-
-std::vector<std::string_view> splitKeepingEmpty(std::string_view text, char separator) {
-    std::vector<std::string_view> pieces;
-    std::size_t start = 0;
-    while (true) {
-        const std::size_t at = text.find(separator, start);
-        if (at == std::string_view::npos) {
-            pieces.push_back(text.substr(start));
-            return pieces;
-        }
-        pieces.push_back(text.substr(start, at - start));
-        start = at + 1;
-    }
 }
 
 std::optional<int> readIntField(std::string_view text) {
@@ -99,7 +86,7 @@ std::optional<LocalDate> LocalDate::make(int year, int month, int day) {
 }
 
 std::optional<LocalDate> LocalDate::fromISO(std::string_view text) {
-    const auto pieces = splitKeepingEmpty(text, '-');
+    const auto pieces = text::splitKeepingEmpty(text, '-');
     if (pieces.size() != 3 || pieces[0].size() != 4)
         return std::nullopt;
     const auto year = readIntField(pieces[0]);

@@ -41,21 +41,6 @@ std::string withoutNoise(std::string_view text) {
     return cleaned;
 }
 
-// Splits at every separator and keeps the empty pieces: "1,,2" is three pieces.
-std::vector<std::string_view> splitKeepingEmpty(std::string_view text, char separator) {
-    std::vector<std::string_view> pieces;
-    std::size_t start = 0;
-    while (true) {
-        const std::size_t at = text.find(separator, start);
-        if (at == std::string_view::npos) {
-            pieces.push_back(text.substr(start));
-            return pieces;
-        }
-        pieces.push_back(text.substr(start, at - start));
-        start = at + 1;
-    }
-}
-
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -83,7 +68,7 @@ std::optional<int64_t> readWholeUnits(std::string_view text) {
     if (text.empty())
         return 0;
     if (text.find(',') != std::string_view::npos) {
-        const auto groups = splitKeepingEmpty(text, ',');
+        const auto groups = text::splitKeepingEmpty(text, ',');
         std::string joined;
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const std::size_t size = groups[i].size();
@@ -156,7 +141,7 @@ std::optional<int64_t> parseCents(std::string_view text) {
     if (rest.empty())
         return std::nullopt;
 
-    const auto pieces = splitKeepingEmpty(rest, '.');
+    const auto pieces = text::splitKeepingEmpty(rest, '.');
     if (pieces.size() > 2)
         return std::nullopt;
     const std::string_view whole = pieces[0];

@@ -69,6 +69,34 @@ std::string_view trimmedSpaces(std::string_view text) {
     return text.substr(first, last - first + 1);
 }
 
+std::vector<std::string_view> splitKeepingEmpty(std::string_view text, char separator) {
+    std::vector<std::string_view> pieces;
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t at = text.find(separator, start);
+        if (at == std::string_view::npos) {
+            pieces.push_back(text.substr(start));
+            return pieces;
+        }
+        pieces.push_back(text.substr(start, at - start));
+        start = at + 1;
+    }
+}
+
+std::vector<std::string_view> splitDroppingEmpty(std::string_view text,
+                                                 std::string_view separators) {
+    std::vector<std::string_view> pieces;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i <= text.size(); ++i) {
+        if (i == text.size() || separators.find(text[i]) != std::string_view::npos) {
+            if (i > start)
+                pieces.push_back(text.substr(start, i - start));
+            start = i + 1;
+        }
+    }
+    return pieces;
+}
+
 std::string uppercased(std::string_view text) {
     if (isAscii(text)) {
         std::string out(text);

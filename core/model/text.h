@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace copperwick::text {
 
@@ -15,6 +16,14 @@ namespace copperwick::text {
 
 // Without spaces and tabs at either end; line breaks stay.
 [[nodiscard]] std::string_view trimmedSpaces(std::string_view text);
+
+// The pieces between separators, empty ones included: "1,,2" is three pieces.
+[[nodiscard]] std::vector<std::string_view> splitKeepingEmpty(std::string_view text,
+                                                              char separator);
+
+// The non-empty pieces between any of the `separators`: "3//14" is two pieces.
+[[nodiscard]] std::vector<std::string_view> splitDroppingEmpty(std::string_view text,
+                                                               std::string_view separators);
 
 // Full Unicode case mapping with no locale's special rules.
 [[nodiscard]] std::string uppercased(std::string_view text);

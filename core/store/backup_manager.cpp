@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "core/model/local_date.h"
+#include "core/model/text.h"
 #include "core/store/ledger_store.h"
 #include "core/store/private_folder.h"
 #include "core/store/store_error.h"
@@ -33,14 +34,7 @@ bool isBackupName(const std::string& name) {
 // gives "before import 2". A name too short to hold a stamp and a reason is
 // just a "backup".
 std::string reasonFromStem(std::string_view stem) {
-    std::vector<std::string_view> pieces;
-    std::size_t start = 0;
-    while (start <= stem.size()) {
-        const std::size_t end = std::min(stem.find('-', start), stem.size());
-        if (end > start)
-            pieces.push_back(stem.substr(start, end - start));
-        start = end + 1;
-    }
+    const auto pieces = text::splitDroppingEmpty(stem, "-");
     if (pieces.size() < 6)
         return "backup";
     std::string reason;
