@@ -394,28 +394,22 @@ void LedgerStore::save(const LedgerDelta& delta, const Ledger& ledger) {
 
 void LedgerStore::saveAll(const Ledger& ledger) {
     LedgerDelta delta;
-    for (const auto& r : ledger.people)
-        delta.change(RecordKind::person, r.id);
-    for (const auto& r : ledger.accounts)
-        delta.change(RecordKind::account, r.id);
-    for (const auto& r : ledger.categories)
-        delta.change(RecordKind::category, r.id);
-    for (const auto& r : ledger.merchants)
-        delta.change(RecordKind::merchant, r.id);
-    for (const auto& r : ledger.rules)
-        delta.change(RecordKind::rule, r.id);
-    for (const auto& r : ledger.transactions)
-        delta.change(RecordKind::transaction, r.id);
-    for (const auto& r : ledger.batches)
-        delta.change(RecordKind::batch, r.id);
-    for (const auto& r : ledger.budgets)
-        delta.change(RecordKind::budget, r.id);
-    for (const auto& r : ledger.changes)
-        delta.change(RecordKind::change, r.id);
-    for (const auto& r : ledger.profiles)
-        delta.change(RecordKind::profile, r.id);
-    for (const auto& r : ledger.aiFilings)
-        delta.change(RecordKind::aiFiling, r.key);
+    const auto name = [&delta](RecordKind kind, const auto& records) {
+        for (const auto& record : records)
+            delta.change(kind, record.id);
+    };
+    name(RecordKind::person, ledger.people);
+    name(RecordKind::account, ledger.accounts);
+    name(RecordKind::category, ledger.categories);
+    name(RecordKind::merchant, ledger.merchants);
+    name(RecordKind::rule, ledger.rules);
+    name(RecordKind::transaction, ledger.transactions);
+    name(RecordKind::batch, ledger.batches);
+    name(RecordKind::budget, ledger.budgets);
+    name(RecordKind::change, ledger.changes);
+    name(RecordKind::profile, ledger.profiles);
+    for (const auto& filing : ledger.aiFilings)
+        delta.change(RecordKind::aiFiling, filing.key);
     delta.change(RecordKind::settings, std::string(LedgerDelta::kSettingsID));
     save(delta, ledger);
 }

@@ -1,6 +1,5 @@
 #include "cli/command_line.h"
-
-#include <sstream>
+#include "tests/support/run_command.h"
 
 #include <gtest/gtest.h>
 
@@ -9,17 +8,7 @@
 namespace copperwick::cli {
 namespace {
 
-struct Result {
-    int code;
-    std::string out;
-    std::string err;
-};
-
-Result runWith(const std::vector<std::string>& arguments) {
-    std::ostringstream out, err;
-    const int code = run(arguments, out, err);
-    return {code, out.str(), err.str()};
-}
+constexpr auto runWith = testing::runCommand;
 
 TEST(CommandLine, VersionAndHelpSucceed) {
     const auto version = runWith({"--version"});

@@ -1,32 +1,23 @@
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <sstream>
 
 #include <gtest/gtest.h>
 #include <boost/json.hpp>
 
 #include "cli/command_line.h"
+#include "tests/support/run_command.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick::cli {
 namespace {
 
-using copperwick::testing::TempFolder;
+using testing::TempFolder;
 
-struct Result {
-    int code;
-    std::string out;
-    std::string err;
-};
+using testing::CommandResult;
+constexpr auto runWith = testing::runCommand;
 
-Result runWith(const std::vector<std::string>& arguments) {
-    std::ostringstream out, err;
-    const int code = run(arguments, out, err);
-    return {code, out.str(), err.str()};
-}
-
-boost::json::value json(const Result& result) {
+boost::json::value json(const CommandResult& result) {
     return boost::json::parse(result.out);
 }
 
