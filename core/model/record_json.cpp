@@ -11,6 +11,7 @@
 #include <boost/json/static_resource.hpp>
 
 #include "core/model/enum_text.h"
+#include "core/model/transaction_reader.h"
 
 namespace copperwick::record_json {
 
@@ -855,6 +856,10 @@ std::string encode(const T& record) {
 
 template <typename T>
 Decoded<T> decode(std::string_view text) {
+    if constexpr (std::is_same_v<T, LedgerTransaction>) {
+        if (auto flat = detail::readFlatTransaction(text))
+            return {std::move(*flat), {}};
+    }
     // Records are small; parse into a stack buffer and spill to the heap only
     // for the rare large one (a change set with many snapshots).
     unsigned char buffer[8192];
