@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <random>
@@ -25,7 +26,7 @@ extern char** environ;
 namespace copperwick {
 namespace {
 
-constexpr int kTransactions = 3000;
+constexpr int kTransactions = 2000;
 
 int killCount() {
     if (const char* value = std::getenv("COPPERWICK_CRASH_KILLS"))
@@ -33,12 +34,18 @@ int killCount() {
     return 150;
 }
 
-// Runs the writer, lets it save for `lifetime`, kills it, and returns the
-// last round it reported as saved (0 when none).
-long runAndKill(const std::filesystem::path& file, std::chrono::milliseconds lifetime) {
+struct WriterRun {
+    long reported = -1;   // the last round the writer said was saved; 0 for none, -1 on failure
+    bool killed = false;  // false: the writer stopped by itself, which is a fault of its own
+};
+
+// Runs the writer, lets it save for `lifetime` or until it has reported
+// `rounds` saves, kills it, and says what it reported.
+WriterRun runAndKill(const std::filesystem::path& file, std::chrono::milliseconds lifetime,
+                     long rounds = -1) {
     int pipeFDs[2];
     if (::pipe(pipeFDs) != 0)
-        return -1;
+        return {};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, pipeFDs[1], STDOUT_FILENO);
@@ -52,7 +59,7 @@ long runAndKill(const std::filesystem::path& file, std::chrono::milliseconds lif
     ::close(pipeFDs[1]);
     if (spawned != 0) {
         ::close(pipeFDs[0]);
-        return -1;
+        return {};
     }
 
     std::string output;
@@ -69,6 +76,8 @@ long runAndKill(const std::filesystem::path& file, std::chrono::milliseconds lif
             if (n <= 0)
                 break;
             output.append(buffer, static_cast<std::size_t>(n));
+            if (rounds > 0 && std::count(output.begin(), output.end(), '\n') >= rounds)
+                break;
         }
     }
     ::kill(pid, SIGKILL);
@@ -79,12 +88,17 @@ long runAndKill(const std::filesystem::path& file, std::chrono::milliseconds lif
         output.append(buffer, static_cast<std::size_t>(n));
     ::close(pipeFDs[0]);
 
+    WriterRun run;
+    run.killed = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
     // The last complete line is the last round the writer saw committed.
     const auto end = output.rfind('\n');
-    if (end == std::string::npos)
-        return 0;
-    const auto start = output.rfind('\n', end - 1);
-    return std::stol(output.substr(start == std::string::npos ? 0 : start + 1, end));
+    if (end == std::string::npos) {
+        run.reported = 0;
+        return run;
+    }
+    const auto start = end == 0 ? std::string::npos : output.rfind('\n', end - 1);
+    run.reported = std::stol(output.substr(start == std::string::npos ? 0 : start + 1, end));
+    return run;
 }
 
 TEST(CrashSafety, KilledSavesLeaveOneWholeStateBehind) {
@@ -106,13 +120,24 @@ TEST(CrashSafety, KilledSavesLeaveOneWholeStateBehind) {
         store.saveAll(ledger);
     }
 
+    // How long a start and three saves take on this build (sanitizers are
+    // slow): kills then land anywhere from start-up to the third save.
+    const auto calibrationStart = std::chrono::steady_clock::now();
+    const WriterRun calibration = runAndKill(file, std::chrono::seconds(60), 3);
+    ASSERT_EQ(calibration.reported, 3) << "the writer didn't save three rounds in a minute";
+    const auto span = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - calibrationStart);
+
     std::mt19937 random(20261121);
-    long committed = 0;
+    long committed = calibration.reported;
     int interruptedMidRound = 0;
     for (int kill = 0; kill < killCount(); ++kill) {
-        const auto lifetime = std::chrono::milliseconds(5 + random() % 150);
-        const long reported = runAndKill(file, lifetime);
-        ASSERT_GE(reported, 0) << "couldn't run the writer";
+        const auto lifetime =
+            std::chrono::milliseconds(1 + random() % static_cast<unsigned>(span.count() + 1));
+        const WriterRun run = runAndKill(file, lifetime);
+        ASSERT_GE(run.reported, 0) << "couldn't run the writer";
+        ASSERT_TRUE(run.killed) << "the writer stopped by itself";
+        const long reported = run.reported;
 
         ASSERT_TRUE(LedgerStore::verify(file)) << "damaged after kill " << kill;
         LedgerStore store(file);
@@ -134,7 +159,8 @@ TEST(CrashSafety, KilledSavesLeaveOneWholeStateBehind) {
     }
     RecordProperty("rounds", static_cast<int>(committed));
     RecordProperty("savesLandingUnreported", interruptedMidRound);
-    EXPECT_GT(committed, 0) << "the writer never saved; the test proved nothing";
+    EXPECT_GT(committed, calibration.reported)
+        << "no kill came after a save; the test proved nothing";
 }
 
 }  // namespace
