@@ -305,13 +305,17 @@ class Handler {
 }  // namespace
 
 std::optional<LedgerTransaction> readFlatTransaction(std::string_view text) {
-    json::basic_parser<Handler> parser(json::parse_options{});
+    // One parser per thread, reset for each row: a load reads rows by the
+    // hundred thousand, and the parser's own buffers are worth keeping.
+    thread_local json::basic_parser<Handler> parser(json::parse_options{});
+    parser.reset();
+    parser.handler() = Handler();
     json::error_code ec;
     const auto used = parser.write_some(false, text.data(), text.size(), ec);
-    const auto& handler = parser.handler();
+    auto& handler = parser.handler();
     if (ec || used != text.size() || (handler.seen & kRequired) != kRequired)
         return std::nullopt;
-    return std::move(parser.handler().record);
+    return std::move(handler.record);
 }
 
 }  // namespace copperwick::detail

@@ -92,16 +92,39 @@ std::string_view columnBytes(sqlite3_stmt* statement, int column) {
     return {static_cast<const char*>(data), static_cast<std::size_t>(size)};
 }
 
+// The rows of one batch, kept end to end in one buffer: a hundred thousand
+// small allocations would cost more than reading them.
+class RowBatch {
+  public:
+    void add(std::string_view bytes) {
+        m_ends.push_back(m_bytes.size() + bytes.size());
+        m_bytes.append(bytes);
+    }
+    void clear() {
+        m_bytes.clear();
+        m_ends.clear();
+    }
+    [[nodiscard]] std::size_t size() const { return m_ends.size(); }
+    [[nodiscard]] std::string_view row(std::size_t i) const {
+        const std::size_t begin = i == 0 ? 0 : m_ends[i - 1];
+        return std::string_view(m_bytes).substr(begin, m_ends[i] - begin);
+    }
+
+  private:
+    std::string m_bytes;
+    std::vector<std::size_t> m_ends;
+};
+
 // Decodes stored records, spreading large batches over the machine's cores:
 // decoding is most of a load, and each record decodes on its own. Records
 // come back already shared, so the allocation happens on the workers too.
 // A null entry is a row that didn't decode.
 template <typename T>
-std::vector<std::shared_ptr<const T>> decodeAll(const std::vector<std::string>& rows) {
+std::vector<std::shared_ptr<const T>> decodeAll(const RowBatch& rows) {
     std::vector<std::shared_ptr<const T>> decoded(rows.size());
     const auto decodeRange = [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
-            auto record = record_json::decode<T>(rows[i]);
+            auto record = record_json::decode<T>(rows.row(i));
             if (record)
                 decoded[i] = std::make_shared<const T>(std::move(*record.value));
         }
@@ -134,14 +157,14 @@ void loadKind(sqlite3* db, RecordKind kind, int& unreadable, Add&& add) {
     constexpr std::size_t kBatchRows = 16384;
     Statement select(db, "SELECT data FROM records WHERE kind = ? ORDER BY id");
     select.bind(1, rawValue(kind));
-    std::vector<std::string> rows;
+    RowBatch rows;
     bool more = true;
     while (more) {
         rows.clear();
         while (rows.size() < kBatchRows && (more = select.step())) {
             const auto bytes = columnBytes(select.get(), 0);
             if (!bytes.empty())
-                rows.emplace_back(bytes);
+                rows.add(bytes);
         }
         for (auto& record : decodeAll<T>(rows)) {
             if (record) {
