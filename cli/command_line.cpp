@@ -31,7 +31,10 @@ class CommandLine {
         m_app.add_flag("--json", m_context.json, "Write machine-readable JSON instead of text");
         m_app.require_subcommand(0, 1);
         addInfoCommand(m_app, m_context);
+        addTextCommand(m_app, m_context);
         addBackupCommands(m_app, m_context);
+        addAnalyzeCommand(m_app, m_context);
+        addLayoutsCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

@@ -14,5 +14,8 @@ constexpr int kExitUsage = 2;
 
 void addInfoCommand(CLI::App& app, CommandContext& context);
 void addBackupCommands(CLI::App& app, CommandContext& context);
+void addTextCommand(CLI::App& app, CommandContext& context);
+void addAnalyzeCommand(CLI::App& app, CommandContext& context);
+void addLayoutsCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

@@ -1,0 +1,197 @@
+// `copperwick analyze FILE... [--flip-signs] [--layout ID]`: what reading each
+// bank file finds, without touching the ledger.
+
+#include <fstream>
+#include <iterator>
+#include <ostream>
+
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+
+#include "cli/commands.h"
+#include "cli/runtime_session.h"
+#include "core/import/builtin_profiles.h"
+#include "core/import/import_analyzer.h"
+#include "core/model/money.h"
+#include "core/model/record_json.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+struct AnalyzeOptions {
+    std::vector<std::string> files;
+    bool flipSigns = false;
+    std::string layout;
+};
+
+template <typename T>
+void putOptional(boost::json::object& object, std::string_view key, const std::optional<T>& value) {
+    if (value)
+        object[key] = record_json::toJSON(*value);
+}
+
+void putOptionalText(boost::json::object& object, std::string_view key,
+                     const std::optional<std::string>& value) {
+    if (value)
+        object[key] = *value;
+}
+
+boost::json::array textArray(const std::vector<std::string>& items) {
+    boost::json::array array;
+    for (const auto& item : items)
+        array.push_back(boost::json::string(item));
+    return array;
+}
+
+boost::json::value analysisJSON(const FileAnalysis& analysis) {
+    boost::json::object object{
+        {"fileName", analysis.fileName},         {"fileHash", analysis.fileHash},
+        {"delimiter", analysis.delimiter},       {"headers", textArray(analysis.headers)},
+        {"skippedLines", analysis.skippedLines}, {"digitHints", textArray(analysis.digitHints)},
+        {"blankLines", analysis.blankLines}};
+    if (analysis.profile)
+        object["profile"] =
+            boost::json::object{{"id", analysis.profile->id}, {"name", analysis.profile->name}};
+    if (analysis.dateLayout)
+        object["dateLayout"] = rawValue(*analysis.dateLayout);
+    if (analysis.typeHint)
+        object["typeHint"] = rawValue(*analysis.typeHint);
+    putOptionalText(object, "currencyHint", analysis.currencyHint);
+    putOptionalText(object, "problem", analysis.problem);
+
+    boost::json::array rows;
+    for (const auto& row : analysis.rows) {
+        boost::json::object r{{"line", row.line},
+                              {"date", row.date.iso()},
+                              {"amount", row.amount},
+                              {"description", row.description},
+                              {"status", rawValue(row.status)},
+                              {"rawText", row.rawText},
+                              {"fingerprint", row.fingerprint},
+                              {"occurrence", row.occurrence}};
+        putOptional(r, "postedDate", row.postedDate);
+        putOptionalText(r, "bankMerchant", row.bankMerchant);
+        putOptionalText(r, "bankCategory", row.bankCategory);
+        putOptionalText(r, "checkNumber", row.checkNumber);
+        putOptionalText(r, "cardIdentifier", row.cardIdentifier);
+        putOptionalText(r, "externalID", row.externalID);
+        rows.push_back(std::move(r));
+    }
+    object["rows"] = std::move(rows);
+    boost::json::array issues;
+    for (const auto& issue : analysis.issues)
+        issues.push_back(boost::json::object{
+            {"line", issue.line}, {"reason", issue.reason}, {"rawText", issue.rawText}});
+    object["issues"] = std::move(issues);
+    return object;
+}
+
+std::string joined(const std::vector<std::string>& items, std::string_view separator) {
+    std::string out;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i > 0)
+            out += separator;
+        out += items[i];
+    }
+    return out;
+}
+
+void printAnalysis(std::ostream& out, const FileAnalysis& analysis) {
+    out << analysis.fileName << '\n';
+    if (analysis.profile) {
+        out << "  Layout: " << analysis.profile->name << " (" << analysis.profile->id << ")\n";
+    } else {
+        out << "  Layout: not recognised\n";
+    }
+    out << "  Delimiter: " << (analysis.delimiter == "\t" ? std::string("tab") : analysis.delimiter)
+        << '\n'
+        << "  Headers: " << (analysis.headers.empty() ? "none" : joined(analysis.headers, " | "))
+        << '\n'
+        << "  Lines before the header: " << analysis.skippedLines << '\n'
+        << "  Date layout: "
+        << (analysis.dateLayout ? std::string(label(*analysis.dateLayout))
+                                : std::string("not found"))
+        << '\n'
+        << "  Looks like: "
+        << (analysis.typeHint ? std::string(label(*analysis.typeHint)) : std::string("unknown"))
+        << '\n'
+        << "  Card or account digits: "
+        << (analysis.digitHints.empty() ? "none" : joined(analysis.digitHints, ", ")) << '\n'
+        << "  Currency: " << analysis.currencyHint.value_or("not stated") << '\n';
+    if (analysis.problem)
+        out << "  Problem: " << *analysis.problem << '\n';
+    out << "  " << analysis.rows.size() << " rows read, " << analysis.issues.size()
+        << " couldn't be read, " << analysis.blankLines << " blank lines\n";
+    for (const auto& row : analysis.rows) {
+        out << "    line " << row.line << "  " << row.date.iso() << "  "
+            << Money::format(row.amount) << "  " << row.description;
+        if (row.status == TransactionStatus::pending)
+            out << "  (pending)";
+        if (row.cardIdentifier)
+            out << "  [" << *row.cardIdentifier << "]";
+        out << '\n';
+    }
+    for (const auto& issue : analysis.issues)
+        out << "    line " << issue.line << ": " << issue.reason << '\n';
+}
+
+void runAnalyze(CommandContext& context, const AnalyzeOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const auto profiles = allProfiles(runtime->ledger());
+    std::optional<ImportProfile> chosen;
+    if (!options.layout.empty()) {
+        for (const auto& profile : profiles) {
+            if (profile.id == options.layout)
+                chosen = profile;
+        }
+        if (!chosen) {
+            context.err << "There is no layout with the id " << options.layout
+                        << ". Run 'copperwick layouts list' to see them.\n";
+            context.exitCode = kExitFailure;
+            return;
+        }
+    }
+
+    boost::json::array results;
+    for (const auto& file : options.files) {
+        std::ifstream in(file, std::ios::binary);
+        if (!in) {
+            context.err << "Couldn't read the file " << file << ".\n";
+            context.exitCode = kExitFailure;
+            continue;
+        }
+        const std::string data{std::istreambuf_iterator<char>(in), {}};
+        const std::string name = std::filesystem::path(file).filename().string();
+        const FileAnalysis analysis =
+            chosen ? ImportAnalyzer::analyze(name, data, *chosen, options.flipSigns)
+                   : ImportAnalyzer::analyze(name, data, profiles, options.flipSigns);
+        if (context.json) {
+            results.push_back(analysisJSON(analysis));
+        } else {
+            printAnalysis(context.out, analysis);
+        }
+    }
+    if (context.json)
+        printJSON(context, results);
+}
+
+}  // namespace
+
+void addAnalyzeCommand(CLI::App& app, CommandContext& context) {
+    auto options = std::make_shared<AnalyzeOptions>();
+    auto* analyze = app.add_subcommand(
+        "analyze", "Show what Copperwick reads in bank files, without importing them");
+    analyze->add_option("FILE", options->files, "CSV, OFX or QFX files")->required();
+    analyze->add_flag("--flip-signs", options->flipSigns,
+                      "The bank writes spending as positive amounts");
+    analyze
+        ->add_option("--layout", options->layout,
+                     "Read the files with this layout (see 'layouts list')")
+        ->type_name("ID");
+    analyze->callback([&context, options] { runAnalyze(context, *options); });
+}
+
+}  // namespace copperwick::cli

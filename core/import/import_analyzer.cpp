@@ -1,0 +1,626 @@
+#include "core/import/import_analyzer.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+
+#include <openssl/evp.h>
+#include <unicode/regex.h>
+
+#include "core/import/ofx_import.h"
+#include "core/matching/merchant_text.h"
+#include "core/model/money.h"
+#include "core/model/text.h"
+
+namespace copperwick {
+
+namespace ImportAnalyzer {
+
+namespace {
+
+constexpr std::size_t kHeaderSearchRecords = 12;
+constexpr std::size_t kHeaderlessSampleRecords = 5;
+constexpr std::size_t kDateSampleRecords = 200;
+constexpr std::size_t kSampleRecords = 8;
+
+const char* const kUnrecognized =
+    "Copperwick doesn't recognize this layout yet. Choose which columns hold the date, description "
+    "and amount.";
+
+std::string lowercasedTrimmed(std::string_view text) {
+    return text::lowercased(text::trimmedSpaces(text));
+}
+
+bool isUnicodeBlank(const CSVRecord& record) {
+    return record.isBlank();
+}
+
+bool containsIgnoringCase(std::string_view haystack, std::string_view needle) {
+    return text::lowercased(haystack).find(text::lowercased(needle)) != std::string::npos;
+}
+
+// A field as the row procedure reads it: trimmed of blanks and line breaks,
+// absent when the column is missing, the row is short, or nothing is left.
+std::optional<std::string> readField(const CSVRecord& record, std::optional<std::size_t> column) {
+    if (!column || *column >= record.fields.size())
+        return std::nullopt;
+    const auto trimmed = text::trimmed(record.fields[*column]);
+    if (trimmed.empty())
+        return std::nullopt;
+    return std::string(trimmed);
+}
+
+std::string quoted(std::string_view text) {
+    return "\u201C" + std::string(text) + "\u201D";
+}
+
+bool isCurrencyCode(std::string_view code) {
+    return code.size() == 3 &&
+           std::all_of(code.begin(), code.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+}
+
+std::string digitsOf(std::string_view text) {
+    std::string digits;
+    for (char c : text) {
+        if (c >= '0' && c <= '9')
+            digits.push_back(c);
+    }
+    return digits;
+}
+
+// Where each of the layout's columns stands in this file.
+struct Columns {
+    std::optional<std::size_t> date, postedDate, description, merchant, category, amount, debit,
+        credit, status, checkNumber, cardNumber, cardholder, currency, externalID;
+};
+
+Columns locate(const ImportProfile& profile, const std::map<std::string, std::size_t>& columns) {
+    const auto find = [&](const std::optional<std::string>& name) -> std::optional<std::size_t> {
+        if (!name)
+            return std::nullopt;
+        const auto it = columns.find(lowercasedTrimmed(*name));
+        if (it == columns.end())
+            return std::nullopt;
+        return it->second;
+    };
+    Columns c;
+    c.date = find(profile.dateColumn);
+    c.postedDate = find(profile.postedDateColumn);
+    c.description = find(profile.descriptionColumn);
+    c.merchant = find(profile.merchantColumn);
+    c.category = find(profile.categoryColumn);
+    c.amount = find(profile.amountColumn);
+    // With an amount column in the file, split columns play no part.
+    if (!c.amount) {
+        c.debit = find(profile.debitColumn);
+        c.credit = find(profile.creditColumn);
+    }
+    c.status = find(profile.statusColumn);
+    c.checkNumber = find(profile.checkNumberColumn);
+    c.cardNumber = find(profile.cardNumberColumn);
+    c.cardholder = find(profile.cardholderColumn);
+    c.currency = find(profile.currencyColumn);
+    c.externalID = find(profile.externalIDColumn);
+    return c;
+}
+
+FileAnalysis freshAnalysis(std::string_view fileName, std::string_view data) {
+    FileAnalysis analysis;
+    analysis.id = Uuid::random();
+    analysis.fileName = std::string(fileName);
+    analysis.fileHash = sha256(data);
+    analysis.digitHints = digitHints(fileName);
+    return analysis;
+}
+
+// The row procedure for one data record. Returns the row, or records the
+// first issue it meets and returns nothing.
+class RowReader {
+  public:
+    RowReader(const ImportProfile& profile, const Columns& columns, FileAnalysis& analysis,
+              bool flipSigns)
+        : m_profile(profile), m_columns(columns), m_analysis(analysis), m_flipSigns(flipSigns) {
+        for (const auto& value : profile.pendingValues)
+            m_pendingValues.insert(text::lowercased(value));
+    }
+
+    void read(const CSVRecord& record) {
+        if (isUnicodeBlank(record)) {
+            ++m_analysis.blankLines;
+            return;
+        }
+        const auto issue = [&](std::string reason) {
+            m_analysis.issues.push_back({record.line, std::move(reason), record.rawText});
+        };
+
+        const auto dateText = readField(record, m_columns.date);
+        if (!dateText)
+            return issue("No date in this row (it may be a summary line).");
+        std::optional<LocalDate> date;
+        if (m_analysis.dateLayout)
+            date = parseDate(*m_analysis.dateLayout, *dateText);
+        if (!date)
+            return issue("The date " + quoted(*dateText) + " isn't a date Copperwick can read.");
+
+        if (m_columns.currency) {
+            const auto code = readField(record, m_columns.currency);
+            const std::string upper = code ? text::uppercased(*code) : std::string();
+            if (!code || !isCurrencyCode(upper))
+                return issue("No valid currency for this row.");
+            if (!m_analysis.currencyHint)
+                m_analysis.currencyHint = upper;
+            if (upper != *m_analysis.currencyHint) {
+                m_analysis.problem =
+                    "This file contains multiple account currencies. Export one currency at a "
+                    "time.";
+                return issue("Currency differs from earlier rows.");
+            }
+        }
+
+        std::optional<LocalDate> postedDate;
+        if (const auto posted = readField(record, m_columns.postedDate))
+            postedDate = parseDate(*m_analysis.dateLayout, *posted);
+
+        int64_t amount = 0;
+        if (m_columns.amount) {
+            const auto amountText = readField(record, m_columns.amount);
+            if (!amountText)
+                return issue("No amount in this row.");
+            const auto cents = Money::parseCents(*amountText);
+            if (!cents)
+                return issue("The amount " + quoted(*amountText) +
+                             " isn't an exact dollar amount.");
+            amount =
+                m_profile.signConvention == SignConvention::positiveIsMoneyOut ? -*cents : *cents;
+        } else {
+            const auto debitText = readField(record, m_columns.debit);
+            const auto creditText = readField(record, m_columns.credit);
+            if (!debitText && !creditText)
+                return issue("No amount in this row.");
+            std::optional<int64_t> debit, credit;
+            if (debitText) {
+                debit = Money::parseCents(*debitText);
+                if (!debit)
+                    return issue("The debit " + quoted(*debitText) +
+                                 " isn't an exact dollar amount.");
+                debit = *debit < 0 ? -*debit : *debit;
+            }
+            if (creditText) {
+                credit = Money::parseCents(*creditText);
+                if (!credit)
+                    return issue("The credit " + quoted(*creditText) +
+                                 " isn't an exact dollar amount.");
+                credit = *credit < 0 ? -*credit : *credit;
+            }
+            if (debit && !credit) {
+                amount = -*debit;
+            } else if (!debit && credit) {
+                amount = *credit;
+            } else if (*debit == 0) {
+                amount = *credit;
+            } else if (*credit == 0) {
+                amount = -*debit;
+            } else {
+                return issue("Both Debit and Credit are filled in, so the direction is unclear.");
+            }
+        }
+        if (m_flipSigns)
+            amount = -amount;
+
+        auto description = readField(record, m_columns.description);
+        const auto merchant = readField(record, m_columns.merchant);
+        if (!description)
+            description = merchant;
+        if (!description)
+            return issue("No description in this row.");
+        std::replace(description->begin(), description->end(), '\n', ' ');
+
+        const auto status = readField(record, m_columns.status);
+        const bool pending = status && m_pendingValues.contains(text::lowercased(*status));
+
+        std::optional<std::string> lastFour;
+        if (const auto card = readField(record, m_columns.cardNumber)) {
+            const auto digits = digitsOf(*card);
+            if (digits.size() >= 4)
+                lastFour = digits.substr(digits.size() - 4);
+        }
+        if (lastFour &&
+            std::find(m_cardDigits.begin(), m_cardDigits.end(), *lastFour) == m_cardDigits.end())
+            m_cardDigits.push_back(*lastFour);
+        std::optional<std::string> cardIdentifier;
+        if (const auto holder = readField(record, m_columns.cardholder)) {
+            cardIdentifier = "Cardholder: " + *holder;
+        } else if (lastFour) {
+            cardIdentifier = "Card ending " + *lastFour;
+        }
+
+        ParsedRow row;
+        row.line = record.line;
+        row.date = *date;
+        row.postedDate = postedDate;
+        row.amount = amount;
+        row.description = std::move(*description);
+        row.bankMerchant = merchant;
+        row.bankCategory = readField(record, m_columns.category);
+        row.status = pending ? TransactionStatus::pending : TransactionStatus::posted;
+        row.checkNumber = readField(record, m_columns.checkNumber);
+        row.rawText = record.rawText;
+        row.fingerprint = fingerprint(row.date, row.amount, row.description);
+        const std::string key =
+            row.fingerprint +
+            "|card:" + (cardIdentifier ? text::lowercased(*cardIdentifier) : std::string());
+        row.occurrence = ++m_occurrences[key];
+        row.cardIdentifier = std::move(cardIdentifier);
+        row.externalID = readField(record, m_columns.externalID);
+        m_analysis.rows.push_back(std::move(row));
+    }
+
+    // Card digits seen in the rows, in order of first appearance.
+    [[nodiscard]] const std::vector<std::string>& cardDigits() const { return m_cardDigits; }
+
+  private:
+    const ImportProfile& m_profile;
+    const Columns& m_columns;
+    FileAnalysis& m_analysis;
+    bool m_flipSigns;
+    std::set<std::string> m_pendingValues;
+    std::map<std::string, int64_t> m_occurrences;
+    std::vector<std::string> m_cardDigits;
+};
+
+FileAnalysis analyzeText(FileAnalysis analysis, std::string_view data, const std::string& text,
+                         const std::vector<ImportProfile>& profiles, bool flipSigns) {
+    if (OFXImport::recognizes(analysis.fileName, text))
+        return OFXImport::analyze(analysis.fileName, data, text, flipSigns);
+
+    const char32_t delimiter = CSVReader::detectDelimiter(text);
+    analysis.delimiter = std::string(1, static_cast<char>(delimiter));
+    const auto records = CSVReader::parse(text, delimiter);
+
+    for (const auto& record : records) {
+        if (analysis.sampleRecords.size() == kSampleRecords)
+            break;
+        if (!isUnicodeBlank(record))
+            analysis.sampleRecords.push_back(record.fields);
+    }
+
+    if (const auto layout = detect(records, profiles, analysis.fileName)) {
+        parse(records, *layout, analysis, flipSigns);
+        return analysis;
+    }
+    analysis.problem = kUnrecognized;
+    for (const auto& record : records) {
+        if (!isUnicodeBlank(record)) {
+            analysis.headers = record.fields;
+            break;
+        }
+    }
+    return analysis;
+}
+
+FileAnalysis analyzeBytes(std::string_view fileName, std::string_view data,
+                          const std::vector<ImportProfile>& profiles, bool flipSigns) {
+    FileAnalysis analysis = freshAnalysis(fileName, data);
+    auto decoded = CSVReader::decode(data);
+    if (const auto* error = std::get_if<CSVReaderError>(&decoded)) {
+        analysis.problem = *error == CSVReaderError::empty
+                               ? "This file is empty."
+                               : "This file isn't readable text. Export it from your bank as CSV.";
+        return analysis;
+    }
+    return analyzeText(std::move(analysis), data, std::get<std::string>(decoded), profiles,
+                       flipSigns);
+}
+
+}  // namespace
+
+FileAnalysis analyze(std::string_view fileName, std::string_view data,
+                     const std::vector<ImportProfile>& profiles, bool flipSigns) {
+    return analyzeBytes(fileName, data, profiles, flipSigns);
+}
+
+FileAnalysis analyze(std::string_view fileName, std::string_view data, ImportProfile profile,
+                     bool flipSigns) {
+    // A layout chosen by hand is never blocked by the file's name.
+    profile.fileNameHints.reset();
+    return analyzeBytes(fileName, data, {std::move(profile)}, flipSigns);
+}
+
+std::map<std::string, std::size_t> columnMap(const std::vector<std::string>& fields) {
+    std::map<std::string, std::size_t> columns;
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        columns.emplace(lowercasedTrimmed(fields[i]), i);  // emplace keeps the first
+    return columns;
+}
+
+std::optional<DetectedLayout> detect(const std::vector<CSVRecord>& records,
+                                     const std::vector<ImportProfile>& profiles,
+                                     std::string_view fileName) {
+    std::optional<DetectedLayout> best;
+    if (!records.empty()) {
+        std::vector<std::map<std::string, std::size_t>> maps;
+        const std::size_t window = std::min(records.size(), kHeaderSearchRecords);
+        for (std::size_t i = 0; i < window; ++i)
+            maps.push_back(columnMap(records[i].fields));
+
+        for (const auto& profile : profiles) {
+            if (!profile.hasHeader || profile.requiredHeaders.empty())
+                continue;
+            if (profile.fileNameHints) {
+                const bool hinted = std::any_of(
+                    profile.fileNameHints->begin(), profile.fileNameHints->end(),
+                    [&](const std::string& hint) { return containsIgnoringCase(fileName, hint); });
+                if (!hinted)
+                    continue;
+            }
+            const int score = static_cast<int>(profile.requiredHeaders.size());
+            if (best && score <= best->score)
+                continue;
+            std::vector<std::string> required, forbidden;
+            for (const auto& h : profile.requiredHeaders)
+                required.push_back(text::lowercased(h));
+            for (const auto& h : profile.forbiddenHeaders)
+                forbidden.push_back(text::lowercased(h));
+            for (std::size_t i = 0; i < window; ++i) {
+                const auto& columns = maps[i];
+                const bool hasAll =
+                    std::all_of(required.begin(), required.end(),
+                                [&](const std::string& h) { return columns.contains(h); });
+                const bool hasForbidden =
+                    std::any_of(forbidden.begin(), forbidden.end(),
+                                [&](const std::string& h) { return columns.contains(h); });
+                if (hasAll && !hasForbidden) {
+                    best = DetectedLayout{profile, i, columns, score};
+                    break;
+                }
+            }
+        }
+    }
+    if (best)
+        return best;
+
+    std::vector<const CSVRecord*> sample;
+    for (const auto& record : records) {
+        if (sample.size() == kHeaderlessSampleRecords)
+            break;
+        if (!isUnicodeBlank(record))
+            sample.push_back(&record);
+    }
+    if (sample.empty())
+        return std::nullopt;
+    std::vector<const ImportProfile*> candidates;
+    for (const bool builtIn : {true, false}) {
+        for (const auto& profile : profiles) {
+            if (!profile.hasHeader && profile.isBuiltIn == builtIn)
+                candidates.push_back(&profile);
+        }
+    }
+    for (const auto* profile : candidates) {
+        const bool fits = std::all_of(sample.begin(), sample.end(), [&](const CSVRecord* record) {
+            return headerlessShapeMatches(*profile, *record);
+        });
+        if (fits)
+            return DetectedLayout{*profile, std::nullopt, columnMap(profile->headerlessColumns), 0};
+    }
+    return std::nullopt;
+}
+
+bool headerlessShapeMatches(const ImportProfile& profile, const CSVRecord& record) {
+    if (record.fields.size() != profile.headerlessColumns.size())
+        return false;
+    const DateLayout layout = profile.dateLayout.value_or(DateLayout::monthDayYear);
+    const auto isDate = [&](std::size_t i) {
+        return parseDate(layout, record.fields[i]).has_value();
+    };
+    const auto isAmount = [&](std::size_t i) {
+        return Money::parseCents(record.fields[i]).has_value();
+    };
+    switch (profile.headerlessShape) {
+        case HeaderlessShape::wellsFargoClassic:
+            return record.fields.size() >= 3 && isDate(0) && isAmount(1) &&
+                   text::trimmedSpaces(record.fields[2]) == "*";
+        case HeaderlessShape::comenity:
+            return record.fields.size() >= 3 && isDate(0) &&
+                   text::trimmedSpaces(record.fields[1]).find('$') != std::string_view::npos &&
+                   isAmount(1) && !text::trimmedSpaces(record.fields[2]).empty();
+        case HeaderlessShape::none: {
+            const auto columns = columnMap(profile.headerlessColumns);
+            const auto date = columns.find(lowercasedTrimmed(profile.dateColumn));
+            if (date == columns.end() || !isDate(date->second))
+                return false;
+            if (profile.amountColumn) {
+                const auto amount = columns.find(lowercasedTrimmed(*profile.amountColumn));
+                if (amount != columns.end() && !isAmount(amount->second))
+                    return false;
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
+void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
+           FileAnalysis& analysis, bool flipSigns) {
+    const ImportProfile& profile = layout.profile;
+    analysis.profile = profile;
+    std::size_t firstData = 0;
+    if (layout.headerIndex) {
+        analysis.headers = records[*layout.headerIndex].fields;
+        analysis.skippedLines = static_cast<int64_t>(*layout.headerIndex);
+        firstData = *layout.headerIndex + 1;
+    } else {
+        analysis.headers = profile.headerlessColumns;
+    }
+
+    const Columns columns = locate(profile, layout.columns);
+    if (!columns.date || !columns.description ||
+        (!columns.amount && (!columns.debit || !columns.credit))) {
+        analysis.problem = "The layout " + quoted(profile.name) +
+                           " is missing a date, description or amount column.";
+        return;
+    }
+    analysis.currencyHint = profile.currency;
+
+    if (profile.dateLayout) {
+        analysis.dateLayout = profile.dateLayout;
+    } else {
+        std::vector<std::string> samples;
+        for (std::size_t i = firstData; i < records.size() && samples.size() < kDateSampleRecords;
+             ++i) {
+            const auto& record = records[i];
+            if (isUnicodeBlank(record) || *columns.date >= record.fields.size())
+                continue;
+            samples.push_back(record.fields[*columns.date]);
+        }
+        analysis.dateLayout = detectDateLayout(samples);
+    }
+
+    RowReader reader(profile, columns, analysis, flipSigns);
+    for (std::size_t i = firstData; i < records.size(); ++i)
+        reader.read(records[i]);
+
+    if (!analysis.dateLayout)
+        analysis.problem = "The dates in this file aren't in a format Copperwick can read.";
+    for (const auto& digits : reader.cardDigits()) {
+        if (std::find(analysis.digitHints.begin(), analysis.digitHints.end(), digits) ==
+            analysis.digitHints.end())
+            analysis.digitHints.push_back(digits);
+    }
+    if (profile.accountType) {
+        analysis.typeHint = profile.accountType;
+    } else {
+        std::vector<std::string> descriptions;
+        descriptions.reserve(analysis.rows.size());
+        for (const auto& row : analysis.rows)
+            descriptions.push_back(row.description);
+        analysis.typeHint = AccountTypeMarkers::guess(descriptions);
+    }
+}
+
+std::string fingerprint(LocalDate date, int64_t amount, std::string_view description) {
+    return date.iso() + "|" + std::to_string(amount) + "|" + MerchantText::normalize(description);
+}
+
+std::vector<std::string> digitHints(std::string_view fileName) {
+    const auto dot = fileName.rfind('.');
+    std::string stem(dot == std::string_view::npos ? fileName : fileName.substr(0, dot));
+    stem.push_back(' ');
+    std::vector<std::string> hints;
+    std::string run;
+    for (const char c : stem) {
+        if (c >= '0' && c <= '9') {
+            run.push_back(c);
+            continue;
+        }
+        if (run.size() == 4 && std::find(hints.begin(), hints.end(), run) == hints.end())
+            hints.push_back(run);
+        run.clear();
+    }
+    return hints;
+}
+
+std::string sha256(std::string_view data) {
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    EVP_Digest(data.data(), data.size(), digest, &length, EVP_sha256(), nullptr);
+    static constexpr char kHex[] = "0123456789abcdef";
+    std::string out;
+    out.reserve(length * 2);
+    for (unsigned int i = 0; i < length; ++i) {
+        out.push_back(kHex[digest[i] >> 4]);
+        out.push_back(kHex[digest[i] & 0x0F]);
+    }
+    return out;
+}
+
+AccountSuggestion suggestAccount(const FileAnalysis& analysis,
+                                 const std::vector<Account>& accounts) {
+    if (!analysis.profile)
+        return {AccountSuggestion::None{}};
+    const ImportProfile& profile = *analysis.profile;
+    std::vector<const Account*> candidates;
+    for (const auto& account : accounts) {
+        if (account.isArchived || account.type == AccountType::cash)
+            continue;
+        if (analysis.currencyHint && account.currency != *analysis.currencyHint)
+            continue;
+        if (account.profileID != profile.id)
+            continue;
+        if (analysis.typeHint && !profile.accountType && account.type != *analysis.typeHint)
+            continue;
+        candidates.push_back(&account);
+    }
+    std::vector<const Account*> byDigits;
+    for (const auto* account : candidates) {
+        if (account->last4 && std::find(analysis.digitHints.begin(), analysis.digitHints.end(),
+                                        *account->last4) != analysis.digitHints.end())
+            byDigits.push_back(account);
+    }
+    if (byDigits.size() == 1)
+        return {AccountSuggestion::Existing{byDigits[0]->id,
+                                            "matched the card ending " + *byDigits[0]->last4}};
+    if (!candidates.empty() && profile.id.starts_with("ofx-"))
+        return {AccountSuggestion::Choose{
+            "OFX/QFX is shared by many banks. Confirm the account for this statement."}};
+    if (candidates.empty()) {
+        AccountSuggestion::New proposal;
+        proposal.type =
+            analysis.typeHint.value_or(profile.accountType.value_or(AccountType::checking));
+        if (!analysis.digitHints.empty())
+            proposal.last4 = analysis.digitHints.front();
+        proposal.profileID = profile.id;
+        proposal.name = profile.name;
+        if (!profile.accountType)
+            proposal.name += " " + text::lowercased(label(proposal.type));
+        if (!analysis.digitHints.empty())
+            proposal.name += " \u2022\u2022" + analysis.digitHints.front();
+        return {proposal};
+    }
+    if (candidates.size() == 1)
+        return {AccountSuggestion::Existing{candidates[0]->id,
+                                            "the only " + profile.name + " account"}};
+    return {AccountSuggestion::Choose{
+        "Several accounts use this layout. Choose which one this file belongs to."}};
+}
+
+}  // namespace ImportAnalyzer
+
+namespace AccountTypeMarkers {
+
+namespace {
+constexpr std::array<std::string_view, 6> kCardMarkers{
+    "ONLINE PAYMENT, THANK YOU", "ONLINE PAYMENT THANK YOU",      "INTEREST CHARGE ON PURCHASES",
+    "PAYMENT THANK YOU",         "AUTOMATIC PAYMENT - THANK YOU", "AUTOPAY PAYMENT"};
+constexpr std::array<std::string_view, 10> kBankMarkers{"ZELLE",
+                                                        "PAYROLL",
+                                                        "DIRECT DEP",
+                                                        "DIR DEP",
+                                                        "ATM ",
+                                                        "CASH DEPOSIT",
+                                                        "PURCHASE AUTHORIZED ON",
+                                                        "ONLINE TRANSFER",
+                                                        "MOBILE DEPOSIT",
+                                                        "CHECK #"};
+}  // namespace
+
+std::optional<AccountType> guess(const std::vector<std::string>& descriptions) {
+    bool card = false, bank = false;
+    for (const auto& description : descriptions) {
+        const auto normalized = MerchantText::normalize(description);
+        for (const auto marker : kCardMarkers)
+            card = card || normalized.find(marker) != std::string::npos;
+        for (const auto marker : kBankMarkers)
+            bank = bank || normalized.find(marker) != std::string::npos;
+        if (card && bank)
+            return std::nullopt;
+    }
+    if (card && !bank)
+        return AccountType::creditCard;
+    if (bank && !card)
+        return AccountType::checking;
+    return std::nullopt;
+}
+
+}  // namespace AccountTypeMarkers
+
+}  // namespace copperwick

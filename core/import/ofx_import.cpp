@@ -1,0 +1,383 @@
+#include "core/import/ofx_import.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+
+#include "core/import/import_analyzer.h"
+#include "core/model/import_profile.h"
+#include "core/model/ledger_enums.h"
+#include "core/model/local_date.h"
+#include "core/model/money.h"
+#include "core/model/text.h"
+
+namespace copperwick::OFXImport {
+
+namespace {
+
+constexpr std::string_view kDocumentTypeProblem =
+    "OFX files with document types or external entities are not supported.";
+constexpr std::string_view kStatementCountProblem =
+    "Choose an OFX/QFX file containing exactly one checking, savings or credit-card statement. "
+    "Investment statements are not supported.";
+constexpr std::string_view kCurrencyProblem = "This statement has no valid currency.";
+constexpr std::string_view kIncompleteProblem =
+    "This statement contains an incomplete transaction. Export it again from your bank.";
+constexpr std::string_view kBadDate = "Missing or invalid posting date.";
+constexpr std::string_view kBadAmount = "Missing or invalid exact transaction amount.";
+constexpr std::string_view kNoDescription = "No transaction name or memo.";
+constexpr std::string_view kRepeatedID =
+    "Repeated transaction ID in this statement; check this row before importing.";
+constexpr std::string_view kJoiner = " \xC2\xB7 ";  // U+00B7 MIDDLE DOT between blanks
+
+using Pattern = std::unique_ptr<icu::RegexPattern>;
+
+icu::UnicodeString unicode(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+}
+
+std::string utf8(const icu::UnicodeString& text) {
+    std::string out;
+    text.toUTF8String(out);
+    return out;
+}
+
+// Null when ICU refuses the source; the readers treat that as "nothing found".
+Pattern compile(std::string_view source) {
+    UErrorCode status = U_ZERO_ERROR;
+    Pattern pattern(icu::RegexPattern::compile(unicode(source),
+                                               UREGEX_CASE_INSENSITIVE | UREGEX_DOTALL, status));
+    if (U_FAILURE(status))
+        return nullptr;
+    return pattern;
+}
+
+// An element from its opening tag (which may carry attributes) to its closing
+// tag. Aggregates are closed in both the tag-only and the XML form of OFX.
+Pattern blockPattern(std::string_view tag) {
+    const std::string name(tag);
+    return compile("<" + name + "(?:\\s[^>]*)?>(.*?)</\\s*" + name + "\\s*>");
+}
+
+// A leaf's text up to the next tag or line end, which reads the tag-only form
+// (no closing tag) and the XML form alike.
+Pattern valuePattern(std::string_view tag) {
+    return compile("<" + std::string(tag) + "(?:\\s[^>]*)?>([^<\\r\\n]*)");
+}
+
+Pattern openingPattern(std::string_view tag) {
+    return compile("<" + std::string(tag) + "(?:\\s[^>]*)?>");
+}
+
+// Everything the reader matches with, compiled once for the whole process on
+// first use. RegexPattern is immutable and safe to share between threads;
+// each call makes its own matcher.
+struct Patterns {
+    Pattern ofxTag = compile("<OFX(?:\\s|>)");
+    Pattern documentType = compile("<!(?:DOCTYPE|ENTITY)");
+
+    Pattern bankStatement = blockPattern("STMTRS");
+    Pattern cardStatement = blockPattern("CCSTMTRS");
+    Pattern transaction = blockPattern("STMTTRN");
+    Pattern transactionOpening = openingPattern("STMTTRN");
+
+    Pattern currency = valuePattern("CURDEF");
+    Pattern accountType = valuePattern("ACCTTYPE");
+    Pattern accountID = valuePattern("ACCTID");
+    Pattern posted = valuePattern("DTPOSTED");
+    Pattern amount = valuePattern("TRNAMT");
+    Pattern name = valuePattern("NAME");
+    Pattern memo = valuePattern("MEMO");
+    Pattern transactionID = valuePattern("FITID");
+    Pattern checkNumber = valuePattern("CHECKNUM");
+};
+
+const Patterns& patterns() {
+    static const Patterns kPatterns;
+    return kPatterns;
+}
+
+std::unique_ptr<icu::RegexMatcher> matcherFor(const Pattern& pattern,
+                                              const icu::UnicodeString& in) {
+    if (!pattern)
+        return nullptr;
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::RegexMatcher> matcher(pattern->matcher(in, status));
+    if (U_FAILURE(status))
+        return nullptr;
+    return matcher;
+}
+
+[[nodiscard]] bool contains(const Pattern& pattern, const icu::UnicodeString& in) {
+    const auto matcher = matcherFor(pattern, in);
+    UErrorCode status = U_ZERO_ERROR;
+    return matcher && matcher->find(status) && U_SUCCESS(status);
+}
+
+[[nodiscard]] std::size_t count(const Pattern& pattern, const icu::UnicodeString& in) {
+    const auto matcher = matcherFor(pattern, in);
+    std::size_t found = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    while (matcher && matcher->find(status) && U_SUCCESS(status))
+        ++found;
+    return found;
+}
+
+// The inner text of every element, untrimmed, in file order. The pieces are
+// read-only aliases into `in`, so `in` must outlive them; that spares copying
+// every transaction of a large statement.
+[[nodiscard]] std::vector<icu::UnicodeString> blocks(const Pattern& pattern,
+                                                     const icu::UnicodeString& in) {
+    std::vector<icu::UnicodeString> found;
+    const auto matcher = matcherFor(pattern, in);
+    UErrorCode status = U_ZERO_ERROR;
+    while (matcher && matcher->find(status) && U_SUCCESS(status)) {
+        const int32_t start = matcher->start(1, status);
+        const int32_t end = matcher->end(1, status);
+        if (U_FAILURE(status))
+            break;
+        found.push_back(in.tempSubStringBetween(start, end));
+    }
+    return found;
+}
+
+void replaceAll(std::string& text, std::string_view from, std::string_view to) {
+    std::size_t at = 0;
+    while ((at = text.find(from, at)) != std::string::npos) {
+        text.replace(at, from.size(), to);
+        at += to.size();
+    }
+}
+
+// The first occurrence only. "&amp;" goes last so that "&amp;lt;" stays "&lt;"
+// instead of becoming "<".
+[[nodiscard]] std::optional<std::string> value(const Pattern& pattern,
+                                               const icu::UnicodeString& in) {
+    const auto matcher = matcherFor(pattern, in);
+    UErrorCode status = U_ZERO_ERROR;
+    if (!matcher || !matcher->find(status) || U_FAILURE(status))
+        return std::nullopt;
+    const int32_t start = matcher->start(1, status);
+    const int32_t end = matcher->end(1, status);
+    if (U_FAILURE(status))
+        return std::nullopt;
+    std::string found(text::trimmed(utf8(in.tempSubStringBetween(start, end))));
+    replaceAll(found, "&lt;", "<");
+    replaceAll(found, "&gt;", ">");
+    replaceAll(found, "&quot;", "\"");
+    replaceAll(found, "&apos;", "'");
+    replaceAll(found, "&amp;", "&");
+    if (found.empty())
+        return std::nullopt;
+    return found;
+}
+
+[[nodiscard]] bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// OFX dates are YYYYMMDD, optionally followed by a time and a zone. Only the
+// day is kept: shifting by the zone would move late-evening transactions to
+// the next day, away from the date the bank shows.
+[[nodiscard]] std::optional<LocalDate> date(std::string_view text) {
+    if (text.size() < 8)
+        return std::nullopt;
+    for (std::size_t i = 0; i < 8; ++i) {
+        if (!isDigit(text[i]))
+            return std::nullopt;
+    }
+    const std::string iso = std::string(text.substr(0, 4)) + "-" + std::string(text.substr(4, 2)) +
+                            "-" + std::string(text.substr(6, 2));
+    return LocalDate::fromISO(iso);
+}
+
+[[nodiscard]] std::string_view extension(std::string_view fileName) {
+    const auto dot = fileName.rfind('.');
+    return dot == std::string_view::npos ? std::string_view() : fileName.substr(dot + 1);
+}
+
+[[nodiscard]] bool isCurrencyCode(std::string_view code) {
+    if (code.size() != 3)
+        return false;
+    for (char c : code) {
+        if (c < 'A' || c > 'Z')
+            return false;
+    }
+    return true;
+}
+
+// Never stored: it only tells the rest of the import path which columns the
+// rows came from and what kind of account they belong to.
+[[nodiscard]] ImportProfile syntheticProfile(AccountType type) {
+    ImportProfile profile;
+    profile.id = type == AccountType::creditCard ? "ofx-card" : "ofx-bank";
+    profile.name = "OFX/QFX " + text::lowercased(label(type));
+    profile.accountType = type;
+    profile.hasHeader = false;
+    profile.dateColumn = "DTPOSTED";
+    profile.descriptionColumn = "NAME";
+    profile.amountColumn = "TRNAMT";
+    profile.signConvention = SignConvention::positiveIsMoneyIn;
+    profile.dateLayout = DateLayout::yearMonthDay;
+    profile.isBuiltIn = true;
+    return profile;
+}
+
+[[nodiscard]] std::optional<std::string> lastFourDigits(std::string_view accountID) {
+    std::string digits;
+    for (char c : accountID) {
+        if (isDigit(c))
+            digits.push_back(c);
+    }
+    if (digits.size() < 4)
+        return std::nullopt;
+    return digits.substr(digits.size() - 4);
+}
+
+[[nodiscard]] std::string description(const std::optional<std::string>& name,
+                                      const std::optional<std::string>& memo) {
+    if (name && memo && *name != *memo)
+        return *name + std::string(kJoiner) + *memo;
+    if (name)
+        return *name;
+    return memo.value_or(std::string());
+}
+
+// Reads the transactions of one statement into `analysis`. Each block is its
+// own line: the number is the block's position, which is what a person sees
+// when an issue points at it.
+void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileAnalysis& analysis) {
+    const Patterns& p = patterns();
+    const auto transactions = blocks(p.transaction, statement);
+
+    std::map<std::string, int64_t> occurrences;
+    std::set<std::string> seenIDs;
+    int64_t line = 0;
+    for (const auto& block : transactions) {
+        ++line;
+        std::string rawText = utf8(block);
+        const auto issue = [&](std::string_view reason) {
+            analysis.issues.push_back(RowIssue{line, std::string(reason), std::move(rawText)});
+        };
+
+        const auto postedText = value(p.posted, block);
+        const auto posted = postedText ? date(*postedText) : std::nullopt;
+        if (!posted) {
+            issue(kBadDate);
+            continue;
+        }
+        const auto amountText = value(p.amount, block);
+        auto amount = amountText ? Money::parseCents(*amountText) : std::nullopt;
+        if (!amount) {
+            issue(kBadAmount);
+            continue;
+        }
+        const std::string text = description(value(p.name, block), value(p.memo, block));
+        if (text.empty()) {
+            issue(kNoDescription);
+            continue;
+        }
+        const auto transactionID = value(p.transactionID, block);
+        if (transactionID && !seenIDs.insert(*transactionID).second) {
+            issue(kRepeatedID);
+            continue;
+        }
+        if (flipSigns)
+            *amount = -*amount;
+
+        ParsedRow row;
+        row.line = line;
+        row.date = *posted;
+        row.postedDate = *posted;
+        row.amount = *amount;
+        row.description = text;
+        row.status = TransactionStatus::posted;
+        row.checkNumber = value(p.checkNumber, block);
+        row.rawText = std::move(rawText);
+        row.fingerprint = ImportAnalyzer::fingerprint(*posted, *amount, text);
+        row.occurrence = ++occurrences[row.fingerprint];
+        row.externalID = transactionID;
+        analysis.rows.push_back(std::move(row));
+    }
+
+    // A transaction without its closing tag either runs into the next one's
+    // block or never matches at all; both leave an opening tag too many.
+    if (count(p.transactionOpening, statement) != transactions.size())
+        analysis.problem = std::string(kIncompleteProblem);
+}
+
+}  // namespace
+
+bool recognizes(std::string_view fileName, std::string_view text) {
+    const std::string suffix = text::lowercased(extension(fileName));
+    if (suffix == "ofx" || suffix == "qfx")
+        return true;
+    // Every match starts with "<"; a CSV file without one needs no conversion.
+    if (text.find('<') == std::string_view::npos)
+        return false;
+    return contains(patterns().ofxTag, unicode(text));
+}
+
+FileAnalysis analyze(std::string_view fileName, std::string_view data, std::string_view text,
+                     bool flipSigns) {
+    FileAnalysis analysis;
+    analysis.id = Uuid::random();
+    analysis.fileName = std::string(fileName);
+    analysis.fileHash = ImportAnalyzer::sha256(data);
+    analysis.delimiter = ",";
+    analysis.dateLayout = DateLayout::yearMonthDay;
+
+    const Patterns& p = patterns();
+    const icu::UnicodeString whole = unicode(text);
+
+    // Refused outright rather than ignored: a reader this simple can't tell
+    // what an entity would have expanded to.
+    if (contains(p.documentType, whole)) {
+        analysis.problem = std::string(kDocumentTypeProblem);
+        return analysis;
+    }
+
+    const auto bankStatements = blocks(p.bankStatement, whole);
+    const auto cardStatements = blocks(p.cardStatement, whole);
+    if (bankStatements.size() + cardStatements.size() != 1) {
+        analysis.problem = std::string(kStatementCountProblem);
+        return analysis;
+    }
+    const bool isCard = !cardStatements.empty();
+    const icu::UnicodeString& statement = isCard ? cardStatements.front() : bankStatements.front();
+
+    const std::string currency = text::uppercased(value(p.currency, statement).value_or(""));
+    if (!isCurrencyCode(currency)) {
+        analysis.problem = std::string(kCurrencyProblem);
+        return analysis;
+    }
+    analysis.currencyHint = currency;
+
+    AccountType type = AccountType::creditCard;
+    if (!isCard) {
+        const auto accountType = value(p.accountType, statement);
+        type = accountType && text::uppercased(*accountType) == "SAVINGS" ? AccountType::savings
+                                                                          : AccountType::checking;
+    }
+    analysis.typeHint = type;
+    analysis.profile = syntheticProfile(type);
+
+    if (const auto accountID = value(p.accountID, statement)) {
+        if (auto last4 = lastFourDigits(*accountID))
+            analysis.digitHints.push_back(std::move(*last4));
+    }
+
+    readTransactions(statement, flipSigns, analysis);
+    return analysis;
+}
+
+}  // namespace copperwick::OFXImport

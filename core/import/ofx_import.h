@@ -1,0 +1,20 @@
+#pragma once
+
+// OFX and QFX statements, read into the same FileAnalysis as a CSV file. Not
+// an XML or SGML parser: the handful of tags it needs are read with patterns
+// that serve both the old tag-only form and the well-formed one. One bank or
+// card statement a file; nothing with a document type. Pure; any thread.
+
+#include <string_view>
+
+#include "core/import/file_analysis.h"
+
+namespace copperwick::OFXImport {
+
+// By extension ("ofx", "qfx") or by an <OFX> tag in the text, whatever the name says.
+[[nodiscard]] bool recognizes(std::string_view fileName, std::string_view text);
+// `data` is the file's bytes (for its hash), `text` the decoded text.
+[[nodiscard]] FileAnalysis analyze(std::string_view fileName, std::string_view data, std::string_view text,
+                                   bool flipSigns);
+
+}  // namespace copperwick::OFXImport

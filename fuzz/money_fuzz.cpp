@@ -1,0 +1,25 @@
+// Money::parseCents on any text: it never crashes, never returns an amount
+// beyond the largest one, and whatever it reads it reads back the same way
+// from its own plain writing.
+
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "core/model/money.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const auto cents = copperwick::Money::parseCents(text);
+    if (!cents)
+        return 0;
+    const int64_t magnitude = *cents < 0 ? -*cents : *cents;
+    if (magnitude > copperwick::Money::kLargestAmount + 99)
+        std::abort();
+    if (copperwick::Money::parseCents(copperwick::Money::decimalString(*cents)) != cents)
+        std::abort();
+    if (copperwick::Money::parseCents(copperwick::Money::format(*cents, "USD", true, false)) !=
+        cents)
+        std::abort();
+    return 0;
+}

@@ -1,0 +1,320 @@
+#include "core/import/import_analyzer.h"
+
+#include <gtest/gtest.h>
+
+#include "core/import/builtin_profiles.h"
+#include "tests/support/temp_folder.h"
+
+namespace copperwick {
+namespace {
+
+FileAnalysis analyzeSample(const std::string& name, bool flipSigns = false) {
+    const auto data = testing::readFile(std::filesystem::path(COPPERWICK_TEST_DATA) / "csv" / name);
+    return ImportAnalyzer::analyze(name, data, builtInProfiles(), flipSigns);
+}
+
+FileAnalysis analyzeText(const std::string& text,
+                         const std::vector<ImportProfile>& profiles = builtInProfiles(),
+                         const std::string& name = "export.csv") {
+    return ImportAnalyzer::analyze(name, text, profiles, false);
+}
+
+std::vector<std::string> reasons(const FileAnalysis& analysis) {
+    std::vector<std::string> out;
+    for (const auto& issue : analysis.issues)
+        out.push_back(issue.reason);
+    return out;
+}
+
+// A purchase of 23.50 (45.12 at Chase) and a refund of 10.00 (12.00) in each bank's own layout.
+TEST(ImportAnalyzer, RecognisesEveryBuiltInLayoutWithItsSigns) {
+    struct Case {
+        std::string file;
+        std::string layout;
+        int64_t purchase;
+        int64_t refund;
+    };
+    const std::vector<Case> cases{
+        {"chase-checking.csv", "chase-checking", -4512, 1200},
+        {"chase-card.csv", "chase-card", -2350, 1000},
+        {"apple-card.csv", "apple-card", -2350, 1000},
+        {"citi-card.csv", "citi-card", -2350, 1000},
+        {"capital-one-card.csv", "capital-one-card", -2350, 1000},
+        {"wells-fargo.csv", "wells-fargo", -2350, 1000},
+        {"wells-fargo-classic.csv", "wells-fargo-classic", -2350, 1000},
+        {"comenity.csv", "comenity-card", -2350, 1000},
+        {"discover-card.csv", "discover-card", -2350, 1000},
+        {"amex-card.csv", "amex-card", -2350, 1000},
+        {"bank-of-america.csv", "bank-of-america", -2350, 1000},
+        {"dcu-checking.csv", "dcu-checking", -2350, 1000},
+        {"schwab-checking.csv", "schwab-checking", -2350, 1000},
+        {"boi-statement-2026.csv", "bank-of-ireland", -2350, 1000},
+        {"monzo.csv", "monzo", -2350, 1000},
+        {"n26.csv", "n26-de", -2350, 1000},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        const auto analysis = analyzeSample(c.file);
+        ASSERT_TRUE(analysis.profile) << analysis.problem.value_or("");
+        EXPECT_EQ(analysis.profile->id, c.layout);
+        EXPECT_FALSE(analysis.problem) << *analysis.problem;
+        ASSERT_EQ(analysis.rows.size(), 2u);
+        EXPECT_EQ(analysis.rows[0].amount, c.purchase);
+        EXPECT_EQ(analysis.rows[1].amount, c.refund);
+        EXPECT_EQ(analysis.rows[0].date.month, 3);
+    }
+}
+
+TEST(ImportAnalyzer, ReadsTheDetailsEachLayoutCarries) {
+    const auto boa = analyzeSample("bank-of-america.csv");
+    EXPECT_EQ(boa.skippedLines, 4);  // three summary lines and a blank ahead of the header
+    EXPECT_EQ(reasons(boa), std::vector<std::string>{"No amount in this row."});
+    EXPECT_EQ(boa.accountedLines(), 8);
+
+    const auto amex = analyzeSample("amex-card.csv");
+    EXPECT_EQ(amex.rows[0].cardIdentifier, "Cardholder: DANA SMITH");
+    EXPECT_EQ(amex.typeHint, AccountType::creditCard);
+
+    const auto capitalOne = analyzeSample("capital-one-card.csv");
+    EXPECT_EQ(capitalOne.rows[0].cardIdentifier, "Card ending 4421");
+    EXPECT_EQ(capitalOne.digitHints, std::vector<std::string>{"4421"});
+    EXPECT_EQ(capitalOne.dateLayout, DateLayout::yearMonthDay);
+
+    const auto schwab = analyzeSample("schwab-checking.csv");
+    EXPECT_EQ(schwab.rows[1].status, TransactionStatus::pending);
+    EXPECT_EQ(schwab.currencyHint, "USD");
+
+    const auto monzo = analyzeSample("monzo.csv");
+    EXPECT_EQ(monzo.currencyHint, "GBP");
+    EXPECT_EQ(monzo.rows[0].externalID, "tx_0001");
+    EXPECT_EQ(monzo.rows[0].date, *LocalDate::make(2026, 3, 9));
+
+    const auto chase = analyzeSample("chase-checking.csv");
+    EXPECT_EQ(chase.rows[0].fingerprint, "2026-03-09|-4512|TRADER JOE S #552 PORTLAND OR");
+    EXPECT_EQ(chase.rows[0].rawText,
+              "DEBIT,03/09/2026,\"TRADER JOE S #552 PORTLAND OR\",-45.12,DEBIT_CARD,1254.88,");
+}
+
+TEST(ImportAnalyzer, IrelandLayoutNeedsItsFileName) {
+    const auto data = testing::readFile(std::filesystem::path(COPPERWICK_TEST_DATA) / "csv" /
+                                        "boi-statement-2026.csv");
+    const auto analysis = ImportAnalyzer::analyze("statement.csv", data, builtInProfiles(), false);
+    EXPECT_FALSE(analysis.profile);
+
+    // Chosen by hand, the same layout reads the file whatever its name.
+    ImportProfile ireland;
+    for (const auto& p : builtInProfiles()) {
+        if (p.id == "bank-of-ireland")
+            ireland = p;
+    }
+    EXPECT_EQ(ImportAnalyzer::analyze("statement.csv", data, ireland, false).rows.size(), 2u);
+}
+
+TEST(ImportAnalyzer, HeaderSearchLooksTwelveRecordsDeep) {
+    const std::string header = "Date,Description,Amount,Status\n03/09/2026,X,-1.00,Posted\n";
+    const auto atTwelve = analyzeText(std::string(10, '\n') + "Preamble\n" + header);
+    ASSERT_TRUE(atTwelve.profile);
+    EXPECT_EQ(atTwelve.skippedLines, 11);
+    EXPECT_FALSE(analyzeText(std::string(12, '\n') + header).profile);
+}
+
+TEST(ImportAnalyzer, HeaderNamesMatchLooselyButNotInside) {
+    EXPECT_TRUE(
+        analyzeText("  date ,DESCRIPTION,Amount ,Status\n03/09/2026,X,-1.00,Posted\n").profile);
+    const auto doubled =
+        analyzeText("Transaction Date,Post  Date,Description,Amount\n03/09/2026,03/09/2026,X,1\n");
+    EXPECT_FALSE(doubled.profile && doubled.profile->id == "chase-card");
+
+    // A repeated column name: the first one counts.
+    const auto repeated =
+        analyzeText("Date,Description,Amount,Amount,Status\n03/09/2026,X,-1.00,-9.00,Posted\n");
+    ASSERT_EQ(repeated.rows.size(), 1u);
+    EXPECT_EQ(repeated.rows[0].amount, -100);
+}
+
+TEST(ImportAnalyzer, MoreSpecificLayoutWinsAndTiesKeepTheEarlier) {
+    ImportProfile taught{.id = "custom-1",
+                         .name = "Mine",
+                         .dateColumn = "Transaction Date",
+                         .descriptionColumn = "Description"};
+    taught.amountColumn = "Amount";
+    taught.requiredHeaders = {"Transaction Date", "Post Date", "Description", "Amount", "Extra"};
+    std::vector<ImportProfile> profiles{taught};
+    for (const auto& p : builtInProfiles())
+        profiles.push_back(p);
+    const std::string chase =
+        "Transaction Date,Post Date,Description,Amount,Extra\n03/09/2026,03/09/2026,X,-1.00,e\n";
+    EXPECT_EQ(analyzeText(chase, profiles).profile->id, "custom-1");
+
+    profiles[0].requiredHeaders = {"Transaction Date", "Post Date", "Description", "Amount"};
+    EXPECT_EQ(analyzeText(chase, profiles).profile->id,
+              "custom-1");  // equal counts: the earlier one
+
+    // A clearing date rules out Chase but suits Apple Card.
+    const auto apple = analyzeText(
+        "Transaction Date,Clearing Date,Post Date,Description,Amount (USD),Amount\n"
+        "03/09/2026,03/09/2026,03/09/2026,X,1.00,1.00\n");
+    EXPECT_EQ(apple.profile->id, "apple-card");
+}
+
+TEST(ImportAnalyzer, SplitColumnsIgnoreTheirOwnSigns) {
+    const std::string head = "Status,Date,Description,Debit,Credit\n";
+    const auto read = [&](const std::string& debit, const std::string& credit) {
+        return analyzeText(head + "Cleared,03/09/2026,X," + debit + "," + credit + "\n");
+    };
+    EXPECT_EQ(read("0.00", "15.00").rows.at(0).amount, 1500);
+    EXPECT_EQ(read("-15.00", "").rows.at(0).amount, -1500);
+    EXPECT_EQ(read("0.00", "0.00").rows.at(0).amount, 0);
+    EXPECT_EQ(reasons(read("5.00", "6.00")),
+              std::vector<std::string>{
+                  "Both Debit and Credit are filled in, so the direction is unclear."});
+    EXPECT_EQ(reasons(read("", "")), std::vector<std::string>{"No amount in this row."});
+    EXPECT_EQ(reasons(read("1.234", "")),
+              std::vector<std::string>{"The debit “1.234” isn't an exact dollar amount."});
+}
+
+TEST(ImportAnalyzer, RowProblemsAreToldInOrder) {
+    const auto analysis = analyzeText(
+        "Date,Description,Amount,Status\n"
+        ",TOTAL,,\n"
+        "03/09/2026,NO AMOUNT,,Posted\n"
+        "31/31/2026,BAD DATE,-1.00,Posted\n"
+        "03/09/2026,,-1.00,Posted\n"
+        "03/09/2026,BAD AMOUNT,12.345,Posted\n"
+        " , , , \n"
+        "03/09/2026,GOOD,-1.00,Posted\n");
+    EXPECT_EQ(
+        reasons(analysis),
+        (std::vector<std::string>{
+            "No date in this row (it may be a summary line).", "No amount in this row.",
+            "The date “31/31/2026” isn't a date Copperwick can read.",
+            "No description in this row.", "The amount “12.345” isn't an exact dollar amount."}));
+    EXPECT_EQ(analysis.blankLines, 1);
+    ASSERT_EQ(analysis.rows.size(), 1u);
+    EXPECT_EQ(analysis.rows[0].line, 8);
+    EXPECT_EQ(analysis.accountedLines(), 8);
+}
+
+TEST(ImportAnalyzer, FlippedSignsChangeTheFingerprint) {
+    const auto plain = analyzeSample("chase-card.csv");
+    const auto flipped = analyzeSample("chase-card.csv", true);
+    EXPECT_EQ(flipped.rows[0].amount, 2350);
+    EXPECT_NE(flipped.rows[0].fingerprint, plain.rows[0].fingerprint);
+}
+
+TEST(ImportAnalyzer, OccurrencesCountPerCard) {
+    const auto analysis = analyzeText(
+        "Date,Description,Card Member,Amount\n"
+        "03/09/2026,COFFEE,DANA,4.00\n"
+        "03/09/2026,COFFEE,SAM,4.00\n"
+        "03/09/2026,COFFEE,DANA,4.00\n");
+    ASSERT_EQ(analysis.rows.size(), 3u);
+    EXPECT_EQ(analysis.rows[0].occurrence, 1);
+    EXPECT_EQ(analysis.rows[1].occurrence, 1);
+    EXPECT_EQ(analysis.rows[2].occurrence, 2);
+}
+
+TEST(ImportAnalyzer, CurrencyColumnRules) {
+    const std::string head = "Transaction ID,Date,Type,Name,Amount,Currency,Local amount\n";
+    const auto analysis = analyzeText(head +
+                                      "t1,09/03/2026,Card,A,-1.00,usd,-1.00\n"
+                                      "t2,09/03/2026,Card,B,-1.00,US$,-1.00\n"
+                                      "t3,09/03/2026,Card,C,-1.00,EUR,-1.00\n"
+                                      "t4,09/03/2026,Card,D,-1.00,USD,-1.00\n");
+    EXPECT_EQ(analysis.currencyHint, "USD");
+    EXPECT_EQ(reasons(analysis), (std::vector<std::string>{"No valid currency for this row.",
+                                                           "Currency differs from earlier rows."}));
+    EXPECT_EQ(analysis.problem,
+              "This file contains multiple account currencies. Export one currency at a time.");
+    EXPECT_EQ(analysis.rows.size(), 2u);
+}
+
+TEST(ImportAnalyzer, WholeFileProblems) {
+    EXPECT_EQ(analyzeText("").problem, "This file is empty.");
+    EXPECT_EQ(analyzeText(std::string("\x81\x8D", 2)).problem,
+              "This file isn't readable text. Export it from your bank as CSV.");
+    const auto blank = analyzeText("\n\n  \n");
+    EXPECT_EQ(blank.problem,
+              "Copperwick doesn't recognize this layout yet. Choose which columns hold the date, "
+              "description and "
+              "amount.");
+    EXPECT_TRUE(blank.headers.empty());
+    const auto unknown = analyzeText("\nWhen,What,How much\n1,2,3\n");
+    EXPECT_EQ(unknown.headers, (std::vector<std::string>{"When", "What", "How much"}));
+
+    const auto dates = analyzeText("Date,Description,Amount,Status\nsoon,X,-1.00,Posted\n");
+    EXPECT_EQ(dates.problem, "The dates in this file aren't in a format Copperwick can read.");
+
+    ImportProfile missing{
+        .id = "custom-x", .name = "Mine", .dateColumn = "Date", .descriptionColumn = "Memo"};
+    missing.amountColumn = "Amount";
+    missing.requiredHeaders = {"Date", "Amount"};
+    EXPECT_EQ(analyzeText("Date,Amount\n03/09/2026,1.00\n", {missing}).problem,
+              "The layout “Mine” is missing a date, description or amount column.");
+}
+
+TEST(ImportAnalyzer, SameBytesGiveTheSameAnalysisButTheID) {
+    auto first = analyzeSample("chase-card.csv");
+    auto second = analyzeSample("chase-card.csv");
+    EXPECT_NE(first.id, second.id);
+    second.id = first.id;
+    EXPECT_EQ(first.rows, second.rows);
+    EXPECT_EQ(first.fileHash, second.fileHash);
+    EXPECT_EQ(first.fileHash.size(), 64u);
+}
+
+TEST(ImportAnalyzer, DigitHintsAreRunsOfExactlyFour) {
+    EXPECT_EQ(ImportAnalyzer::digitHints("Statement_1234_2024.csv"),
+              (std::vector<std::string>{"1234", "2024"}));
+    EXPECT_TRUE(ImportAnalyzer::digitHints("123456.csv").empty());
+    EXPECT_EQ(ImportAnalyzer::digitHints("1234-1234.1999.csv"),
+              (std::vector<std::string>{"1234", "1999"}));
+    EXPECT_EQ(ImportAnalyzer::sha256(""),
+              "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+}
+
+TEST(ImportAnalyzer, AccountSuggestions) {
+    FileAnalysis analysis = analyzeSample("capital-one-card.csv");
+    EXPECT_TRUE(std::holds_alternative<AccountSuggestion::None>(
+        ImportAnalyzer::suggestAccount(FileAnalysis{}, {}).value));
+
+    const auto proposal =
+        std::get<AccountSuggestion::New>(ImportAnalyzer::suggestAccount(analysis, {}).value);
+    EXPECT_EQ(proposal.name, "Capital One credit card \u2022\u20224421");
+    EXPECT_EQ(proposal.type, AccountType::creditCard);
+
+    Account card(Uuid::random(), "Card", AccountType::creditCard);
+    card.profileID = "capital-one-card";
+    card.last4 = "4421";
+    Account other = card;
+    other.id = Uuid::random();
+    other.last4 = "9999";
+    const auto byDigits = std::get<AccountSuggestion::Existing>(
+        ImportAnalyzer::suggestAccount(analysis, {card, other}).value);
+    EXPECT_EQ(byDigits.accountID, card.id);
+    EXPECT_EQ(byDigits.reason, "matched the card ending 4421");
+
+    other.last4.reset();
+    card.last4.reset();
+    EXPECT_TRUE(std::holds_alternative<AccountSuggestion::Choose>(
+        ImportAnalyzer::suggestAccount(analysis, {card, other}).value));
+    const auto only = std::get<AccountSuggestion::Existing>(
+        ImportAnalyzer::suggestAccount(analysis, {card}).value);
+    EXPECT_EQ(only.reason, "the only Capital One credit card account");
+
+    const auto wells = analyzeSample("wells-fargo.csv");
+    EXPECT_EQ(
+        std::get<AccountSuggestion::New>(ImportAnalyzer::suggestAccount(wells, {}).value).name,
+        "Wells Fargo checking");
+}
+
+TEST(AccountTypeMarkers, OneKindOfMarkerDecides) {
+    EXPECT_EQ(AccountTypeMarkers::guess({"Payment Thank You - Web", "COFFEE"}),
+              AccountType::creditCard);
+    EXPECT_EQ(AccountTypeMarkers::guess({"ATM WITHDRAWAL 1234", "COFFEE"}), AccountType::checking);
+    EXPECT_FALSE(AccountTypeMarkers::guess({"AUTOPAY PAYMENT", "PAYROLL ACME"}));
+    EXPECT_FALSE(AccountTypeMarkers::guess({"ATMOSPHERE CAFE"}));
+}
+
+}  // namespace
+}  // namespace copperwick
