@@ -166,17 +166,6 @@ Matchers& matchers() {
     return instance;
 }
 
-icu::UnicodeString unicode(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(
-        icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-}
-
-std::string utf8(const icu::UnicodeString& text) {
-    std::string out;
-    text.toUTF8String(out);
-    return out;
-}
-
 // `text` less every match, in `out`. False, with `out` untouched, when there
 // was no match: the common case costs no copy.
 bool removeMatches(icu::RegexMatcher& matcher, const icu::UnicodeString& text,
@@ -444,10 +433,10 @@ void appendTitleCased(std::string_view word, std::string& out) {
 }  // namespace
 
 MerchantText::MerchantText(std::string_view raw) : normalized(normalize(raw)) {
-    const icu::UnicodeString whole = unicode(normalized);
+    const icu::UnicodeString whole = text::toUnicode(normalized);
     const icu::UnicodeString stripped = stripWrappers16(whole);
     // Stripping only ever removes, so an equal length means nothing went.
-    core = stripped.length() == whole.length() ? normalized : utf8(stripped);
+    core = stripped.length() == whole.length() ? normalized : text::toUTF8(stripped);
 
     icu::UnicodeString working = stripFacilitator(stripped);
     auto& services = matchers().services;
@@ -461,7 +450,7 @@ MerchantText::MerchantText(std::string_view raw) : normalized(normalize(raw)) {
         const icu::UnicodeString party = trimmedSpaces(service.group(1, status));
         if (U_SUCCESS(status) && !party.isEmpty()) {
             via = paymentServices()[i].name;
-            counterpart = utf8(party);
+            counterpart = text::toUTF8(party);
             working = stripFacilitator(party);
         }
         break;
@@ -496,11 +485,11 @@ std::string MerchantText::normalize(std::string_view text) {
 }
 
 std::string MerchantText::stripWrappers(std::string_view normalized) {
-    return utf8(stripWrappers16(unicode(normalized)));
+    return text::toUTF8(stripWrappers16(text::toUnicode(normalized)));
 }
 
 std::string MerchantText::makeKey(std::string_view text) {
-    return makeKey16(unicode(text));
+    return makeKey16(text::toUnicode(text));
 }
 
 std::string MerchantText::titleCase(std::string_view text) {

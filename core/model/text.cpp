@@ -24,18 +24,18 @@ bool isAscii(std::string_view text) {
     return true;
 }
 
-icu::UnicodeString unicode(std::string_view text) {
+}  // namespace
+
+icu::UnicodeString toUnicode(std::string_view text) {
     return icu::UnicodeString::fromUTF8(
         icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
 }
 
-std::string utf8(const icu::UnicodeString& text) {
+std::string toUTF8(const icu::UnicodeString& text) {
     std::string out;
     text.toUTF8String(out);
     return out;
 }
-
-}  // namespace
 
 std::string_view trimmed(std::string_view text) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
@@ -106,9 +106,9 @@ std::string uppercased(std::string_view text) {
         }
         return out;
     }
-    auto u = unicode(text);
+    auto u = toUnicode(text);
     u.toUpper(icu::Locale::getRoot());
-    return utf8(u);
+    return toUTF8(u);
 }
 
 std::string lowercased(std::string_view text) {
@@ -120,9 +120,9 @@ std::string lowercased(std::string_view text) {
         }
         return out;
     }
-    auto u = unicode(text);
+    auto u = toUnicode(text);
     u.toLower(icu::Locale::getRoot());
-    return utf8(u);
+    return toUTF8(u);
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include <unicode/unistr.h>
+
 namespace copperwick::text {
 
 // Without white space and line breaks (Unicode separators, tab, CR, LF, VT,
@@ -28,6 +30,11 @@ namespace copperwick::text {
 // Full Unicode case mapping with no locale's special rules.
 [[nodiscard]] std::string uppercased(std::string_view text);
 [[nodiscard]] std::string lowercased(std::string_view text);
+
+// UTF-8 to ICU's UTF-16 and back, for regular expressions and case mapping.
+// Invalid UTF-8 becomes U+FFFD on the way in.
+[[nodiscard]] icu::UnicodeString toUnicode(std::string_view text);
+[[nodiscard]] std::string toUTF8(const icu::UnicodeString& text);
 
 // Equal after lower-casing both sides.
 [[nodiscard]] bool equalsIgnoringCase(std::string_view a, std::string_view b);
