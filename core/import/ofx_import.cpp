@@ -1,12 +1,12 @@
 #include "core/import/ofx_import.h"
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include <unicode/regex.h>
@@ -40,65 +40,54 @@ constexpr std::string_view kJoiner = " \xC2\xB7 ";  // U+00B7 MIDDLE DOT between
 
 using Pattern = std::unique_ptr<icu::RegexPattern>;
 
-icu::UnicodeString unicode(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(
-        icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-}
-
-std::string utf8(const icu::UnicodeString& text) {
-    std::string out;
-    text.toUTF8String(out);
-    return out;
-}
-
 // Null when ICU refuses the source; the readers treat that as "nothing found".
 Pattern compile(std::string_view source) {
     UErrorCode status = U_ZERO_ERROR;
-    Pattern pattern(icu::RegexPattern::compile(unicode(source),
+    Pattern pattern(icu::RegexPattern::compile(text::toUnicode(source),
                                                UREGEX_CASE_INSENSITIVE | UREGEX_DOTALL, status));
     if (U_FAILURE(status))
         return nullptr;
     return pattern;
 }
 
-// An element from its opening tag (which may carry attributes) to its closing
-// tag. Aggregates are closed in both the tag-only and the XML form of OFX.
-Pattern blockPattern(std::string_view tag) {
+// An aggregate, by its two tags. Aggregates are closed in both the tag-only
+// and the XML form of OFX; an opening tag may carry attributes.
+struct Element {
+    Pattern opening;
+    Pattern closing;
+};
+
+Element element(std::string_view tag) {
     const std::string name(tag);
-    return compile("<" + name + "(?:\\s[^>]*)?>(.*?)</\\s*" + name + "\\s*>");
+    return {compile("<" + name + "(?:\\s[^>]*)?>"), compile("</\\s*" + name + "\\s*>")};
 }
 
 // A leaf's text up to the next tag or line end, which reads the tag-only form
 // (no closing tag) and the XML form alike.
-Pattern valuePattern(std::string_view tag) {
+Pattern leafPattern(std::string_view tag) {
     return compile("<" + std::string(tag) + "(?:\\s[^>]*)?>([^<\\r\\n]*)");
-}
-
-Pattern openingPattern(std::string_view tag) {
-    return compile("<" + std::string(tag) + "(?:\\s[^>]*)?>");
 }
 
 // Everything the reader matches with, compiled once for the whole process on
 // first use. RegexPattern is immutable and safe to share between threads;
-// each call makes its own matcher.
+// matchers belong to one call.
 struct Patterns {
     Pattern ofxTag = compile("<OFX(?:\\s|>)");
     Pattern documentType = compile("<!(?:DOCTYPE|ENTITY)");
 
-    Pattern bankStatement = blockPattern("STMTRS");
-    Pattern cardStatement = blockPattern("CCSTMTRS");
-    Pattern transaction = blockPattern("STMTTRN");
-    Pattern transactionOpening = openingPattern("STMTTRN");
+    Element bankStatement = element("STMTRS");
+    Element cardStatement = element("CCSTMTRS");
+    Element transaction = element("STMTTRN");
 
-    Pattern currency = valuePattern("CURDEF");
-    Pattern accountType = valuePattern("ACCTTYPE");
-    Pattern accountID = valuePattern("ACCTID");
-    Pattern posted = valuePattern("DTPOSTED");
-    Pattern amount = valuePattern("TRNAMT");
-    Pattern name = valuePattern("NAME");
-    Pattern memo = valuePattern("MEMO");
-    Pattern transactionID = valuePattern("FITID");
-    Pattern checkNumber = valuePattern("CHECKNUM");
+    Pattern currency = leafPattern("CURDEF");
+    Pattern accountType = leafPattern("ACCTTYPE");
+    Pattern accountID = leafPattern("ACCTID");
+    Pattern posted = leafPattern("DTPOSTED");
+    Pattern amount = leafPattern("TRNAMT");
+    Pattern name = leafPattern("NAME");
+    Pattern memo = leafPattern("MEMO");
+    Pattern transactionID = leafPattern("FITID");
+    Pattern checkNumber = leafPattern("CHECKNUM");
 };
 
 const Patterns& patterns() {
@@ -132,17 +121,32 @@ std::unique_ptr<icu::RegexMatcher> matcherFor(const Pattern& pattern,
     return found;
 }
 
-// The inner text of every element, untrimmed, in file order. The pieces are
-// read-only aliases into `in`, so `in` must outlive them; that spares copying
-// every transaction of a large statement.
-[[nodiscard]] std::vector<icu::UnicodeString> blocks(const Pattern& pattern,
+// The inner text of every match of <TAG(?:\s[^>]*)?>(.*?)</\s*TAG\s*>, in
+// file order and untrimmed. The match is found in two steps, the opening tag
+// and then the first closing tag after it, which is where the lazy body would
+// stop. As one pattern ICU tries the closing tag at every character, and an
+// element that never closes rescans the rest of the text once for each later
+// opening tag; in two steps the text is read once. Since opening tags end in
+// file order, an opening with no closing after it means no later one has
+// either.
+//
+// The pieces are read-only aliases into `in`, which must outlive them; that
+// spares copying every transaction of a large statement.
+[[nodiscard]] std::vector<icu::UnicodeString> blocks(const Element& element,
                                                      const icu::UnicodeString& in) {
     std::vector<icu::UnicodeString> found;
-    const auto matcher = matcherFor(pattern, in);
+    const auto opening = matcherFor(element.opening, in);
+    const auto closing = matcherFor(element.closing, in);
+    if (!opening || !closing)
+        return found;
     UErrorCode status = U_ZERO_ERROR;
-    while (matcher && matcher->find(status) && U_SUCCESS(status)) {
-        const int32_t start = matcher->start(1, status);
-        const int32_t end = matcher->end(1, status);
+    int32_t from = 0;
+    while (from <= in.length() && opening->find(from, status) && U_SUCCESS(status)) {
+        const int32_t start = opening->end(status);
+        if (U_FAILURE(status) || !closing->find(start, status) || U_FAILURE(status))
+            break;
+        const int32_t end = closing->start(status);
+        from = closing->end(status);
         if (U_FAILURE(status))
             break;
         found.push_back(in.tempSubStringBetween(start, end));
@@ -158,28 +162,46 @@ void replaceAll(std::string& text, std::string_view from, std::string_view to) {
     }
 }
 
-// The first occurrence only. "&amp;" goes last so that "&amp;lt;" stays "&lt;"
-// instead of becoming "<".
-[[nodiscard]] std::optional<std::string> value(const Pattern& pattern,
-                                               const icu::UnicodeString& in) {
-    const auto matcher = matcherFor(pattern, in);
-    UErrorCode status = U_ZERO_ERROR;
-    if (!matcher || !matcher->find(status) || U_FAILURE(status))
-        return std::nullopt;
-    const int32_t start = matcher->start(1, status);
-    const int32_t end = matcher->end(1, status);
-    if (U_FAILURE(status))
-        return std::nullopt;
-    std::string found(text::trimmed(utf8(in.tempSubStringBetween(start, end))));
-    replaceAll(found, "&lt;", "<");
-    replaceAll(found, "&gt;", ">");
-    replaceAll(found, "&quot;", "\"");
-    replaceAll(found, "&apos;", "'");
-    replaceAll(found, "&amp;", "&");
-    if (found.empty())
-        return std::nullopt;
-    return found;
-}
+// Reads one leaf tag, first occurrence only, from any number of texts. One
+// reader serves every transaction of an analysis, so the matcher is made once
+// rather than once a block.
+class LeafReader {
+  public:
+    explicit LeafReader(const Pattern& pattern) {
+        UErrorCode status = U_ZERO_ERROR;
+        if (pattern)
+            m_matcher.reset(pattern->matcher(status));
+        if (U_FAILURE(status))
+            m_matcher.reset();
+    }
+
+    // Trimmed and unescaped; absent when nothing is left. "&amp;" goes last so
+    // that "&amp;lt;" stays "&lt;" instead of becoming "<".
+    [[nodiscard]] std::optional<std::string> value(const icu::UnicodeString& in) {
+        if (!m_matcher)
+            return std::nullopt;
+        UErrorCode status = U_ZERO_ERROR;
+        m_matcher->reset(in);
+        if (!m_matcher->find(status) || U_FAILURE(status))
+            return std::nullopt;
+        const int32_t start = m_matcher->start(1, status);
+        const int32_t end = m_matcher->end(1, status);
+        if (U_FAILURE(status))
+            return std::nullopt;
+        std::string found(text::trimmed(text::toUTF8(in.tempSubStringBetween(start, end))));
+        replaceAll(found, "&lt;", "<");
+        replaceAll(found, "&gt;", ">");
+        replaceAll(found, "&quot;", "\"");
+        replaceAll(found, "&apos;", "'");
+        replaceAll(found, "&amp;", "&");
+        if (found.empty())
+            return std::nullopt;
+        return found;
+    }
+
+  private:
+    std::unique_ptr<icu::RegexMatcher> m_matcher;
+};
 
 [[nodiscard]] bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -258,35 +280,37 @@ void replaceAll(std::string& text, std::string_view from, std::string_view to) {
 void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileAnalysis& analysis) {
     const Patterns& p = patterns();
     const auto transactions = blocks(p.transaction, statement);
+    LeafReader readPosted(p.posted), readAmount(p.amount), readName(p.name), readMemo(p.memo),
+        readTransactionID(p.transactionID), readCheckNumber(p.checkNumber);
 
-    std::map<std::string, int64_t> occurrences;
-    std::set<std::string> seenIDs;
+    std::unordered_map<std::string, int64_t> occurrences;
+    std::unordered_set<std::string> seenIDs;
     int64_t line = 0;
     for (const auto& block : transactions) {
         ++line;
-        std::string rawText = utf8(block);
+        std::string rawText = text::toUTF8(block);
         const auto issue = [&](std::string_view reason) {
             analysis.issues.push_back(RowIssue{line, std::string(reason), std::move(rawText)});
         };
 
-        const auto postedText = value(p.posted, block);
+        const auto postedText = readPosted.value(block);
         const auto posted = postedText ? date(*postedText) : std::nullopt;
         if (!posted) {
             issue(kBadDate);
             continue;
         }
-        const auto amountText = value(p.amount, block);
+        const auto amountText = readAmount.value(block);
         auto amount = amountText ? Money::parseCents(*amountText) : std::nullopt;
         if (!amount) {
             issue(kBadAmount);
             continue;
         }
-        const std::string text = description(value(p.name, block), value(p.memo, block));
+        const std::string text = description(readName.value(block), readMemo.value(block));
         if (text.empty()) {
             issue(kNoDescription);
             continue;
         }
-        const auto transactionID = value(p.transactionID, block);
+        const auto transactionID = readTransactionID.value(block);
         if (transactionID && !seenIDs.insert(*transactionID).second) {
             issue(kRepeatedID);
             continue;
@@ -301,7 +325,7 @@ void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileA
         row.amount = *amount;
         row.description = text;
         row.status = TransactionStatus::posted;
-        row.checkNumber = value(p.checkNumber, block);
+        row.checkNumber = readCheckNumber.value(block);
         row.rawText = std::move(rawText);
         row.fingerprint = ImportAnalyzer::fingerprint(*posted, *amount, text);
         row.occurrence = ++occurrences[row.fingerprint];
@@ -311,7 +335,7 @@ void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileA
 
     // A transaction without its closing tag either runs into the next one's
     // block or never matches at all; both leave an opening tag too many.
-    if (count(p.transactionOpening, statement) != transactions.size())
+    if (count(p.transaction.opening, statement) != transactions.size())
         analysis.problem = std::string(kIncompleteProblem);
 }
 
@@ -324,7 +348,7 @@ bool recognizes(std::string_view fileName, std::string_view text) {
     // Every match starts with "<"; a CSV file without one needs no conversion.
     if (text.find('<') == std::string_view::npos)
         return false;
-    return contains(patterns().ofxTag, unicode(text));
+    return contains(patterns().ofxTag, text::toUnicode(text));
 }
 
 FileAnalysis analyze(std::string_view fileName, std::string_view data, std::string_view text,
@@ -337,7 +361,7 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
     analysis.dateLayout = DateLayout::yearMonthDay;
 
     const Patterns& p = patterns();
-    const icu::UnicodeString whole = unicode(text);
+    const icu::UnicodeString whole = text::toUnicode(text);
 
     // Refused outright rather than ignored: a reader this simple can't tell
     // what an entity would have expanded to.
@@ -355,7 +379,8 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
     const bool isCard = !cardStatements.empty();
     const icu::UnicodeString& statement = isCard ? cardStatements.front() : bankStatements.front();
 
-    const std::string currency = text::uppercased(value(p.currency, statement).value_or(""));
+    const std::string currency =
+        text::uppercased(LeafReader(p.currency).value(statement).value_or(""));
     if (!isCurrencyCode(currency)) {
         analysis.problem = std::string(kCurrencyProblem);
         return analysis;
@@ -364,14 +389,14 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
 
     AccountType type = AccountType::creditCard;
     if (!isCard) {
-        const auto accountType = value(p.accountType, statement);
+        const auto accountType = LeafReader(p.accountType).value(statement);
         type = accountType && text::uppercased(*accountType) == "SAVINGS" ? AccountType::savings
                                                                           : AccountType::checking;
     }
     analysis.typeHint = type;
     analysis.profile = syntheticProfile(type);
 
-    if (const auto accountID = value(p.accountID, statement)) {
+    if (const auto accountID = LeafReader(p.accountID).value(statement)) {
         if (auto last4 = lastFourDigits(*accountID))
             analysis.digitHints.push_back(std::move(*last4));
     }
