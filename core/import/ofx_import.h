@@ -14,7 +14,7 @@ namespace copperwick::OFXImport {
 // By extension ("ofx", "qfx") or by an <OFX> tag in the text, whatever the name says.
 [[nodiscard]] bool recognizes(std::string_view fileName, std::string_view text);
 // `data` is the file's bytes (for its hash), `text` the decoded text.
-[[nodiscard]] FileAnalysis analyze(std::string_view fileName, std::string_view data, std::string_view text,
-                                   bool flipSigns);
+[[nodiscard]] FileAnalysis analyze(std::string_view fileName, std::string_view data,
+                                   std::string_view text, bool flipSigns);
 
 }  // namespace copperwick::OFXImport
