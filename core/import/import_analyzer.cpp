@@ -31,10 +31,6 @@ std::string lowercasedTrimmed(std::string_view text) {
     return text::lowercased(text::trimmedSpaces(text));
 }
 
-bool isUnicodeBlank(const CSVRecord& record) {
-    return record.isBlank();
-}
-
 bool containsIgnoringCase(std::string_view haystack, std::string_view needle) {
     return text::lowercased(haystack).find(text::lowercased(needle)) != std::string::npos;
 }
@@ -125,7 +121,7 @@ class RowReader {
     }
 
     void read(const CSVRecord& record) {
-        if (isUnicodeBlank(record)) {
+        if (record.isBlank()) {
             ++m_analysis.blankLines;
             return;
         }
@@ -280,7 +276,7 @@ FileAnalysis analyzeText(FileAnalysis analysis, std::string_view data, const std
     for (const auto& record : records) {
         if (analysis.sampleRecords.size() == kSampleRecords)
             break;
-        if (!isUnicodeBlank(record))
+        if (!record.isBlank())
             analysis.sampleRecords.push_back(record.fields);
     }
 
@@ -290,7 +286,7 @@ FileAnalysis analyzeText(FileAnalysis analysis, std::string_view data, const std
     }
     analysis.problem = kUnrecognized;
     for (const auto& record : records) {
-        if (!isUnicodeBlank(record)) {
+        if (!record.isBlank()) {
             analysis.headers = record.fields;
             break;
         }
@@ -383,7 +379,7 @@ std::optional<DetectedLayout> detect(const std::vector<CSVRecord>& records,
     for (const auto& record : records) {
         if (sample.size() == kHeaderlessSampleRecords)
             break;
-        if (!isUnicodeBlank(record))
+        if (!record.isBlank())
             sample.push_back(&record);
     }
     if (sample.empty())
@@ -468,7 +464,7 @@ void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
         for (std::size_t i = firstData; i < records.size() && samples.size() < kDateSampleRecords;
              ++i) {
             const auto& record = records[i];
-            if (isUnicodeBlank(record) || *columns.date >= record.fields.size())
+            if (record.isBlank() || *columns.date >= record.fields.size())
                 continue;
             samples.push_back(record.fields[*columns.date]);
         }

@@ -4,6 +4,8 @@
 #include <unicode/ucal.h>
 #include <unicode/unistr.h>
 
+#include "core/model/text.h"
+
 namespace copperwick {
 
 namespace {
@@ -11,8 +13,7 @@ namespace {
 // ICU answers an unknown identifier with its "Etc/Unknown" zone rather than
 // with nothing; that zone is GMT in disguise, so treat it as a miss.
 std::unique_ptr<icu::TimeZone> knownZone(std::string_view id) {
-    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(
-        icu::StringPiece(id.data(), static_cast<int32_t>(id.size())))));
+    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(text::toUnicode(id)));
     if (!zone)
         return nullptr;
     icu::UnicodeString resolved;
