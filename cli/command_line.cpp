@@ -35,6 +35,8 @@ class CommandLine {
         addBackupCommands(m_app, m_context);
         addAnalyzeCommand(m_app, m_context);
         addLayoutsCommands(m_app, m_context);
+        addUndoCommand(m_app, m_context);
+        addTransactionCommand(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

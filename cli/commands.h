@@ -17,5 +17,7 @@ void addBackupCommands(CLI::App& app, CommandContext& context);
 void addTextCommand(CLI::App& app, CommandContext& context);
 void addAnalyzeCommand(CLI::App& app, CommandContext& context);
 void addLayoutsCommands(CLI::App& app, CommandContext& context);
+void addUndoCommand(CLI::App& app, CommandContext& context);
+void addTransactionCommand(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

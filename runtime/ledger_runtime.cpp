@@ -1,5 +1,6 @@
 #include "runtime/ledger_runtime.h"
 
+#include "core/operations/change_history.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/update_settings.h"
 #include "runtime/data_folders.h"
@@ -96,6 +97,19 @@ void LedgerRuntime::apply(const Change& change) {
     Ledger copy = m_ledger;
     const LedgerDelta delta = change(copy);
     save(delta, std::move(copy));
+}
+
+bool LedgerRuntime::undoLastChange() {
+    Ledger copy = m_ledger;
+    const auto delta = copperwick::undoLastChange(copy);
+    if (!delta)
+        return false;
+    const int64_t before = revision();
+    save(*delta, std::move(copy));
+    if (revision() == before)
+        return false;
+    setStatusMessage("Undone.");
+    return true;
 }
 
 bool LedgerRuntime::commitEntry(const Change& change) {

@@ -94,6 +94,9 @@ class LedgerRuntime {
 
     // Every ordinary change: run on a copy, save, then make the copy live.
     void apply(const Change& change);
+    // Takes back the last recorded change and says "Undone."; false when
+    // there was nothing to undo or the save failed (the message shows why).
+    bool undoLastChange();
     // Entries typed by hand: refused entries and failed safety backups show
     // their message and save nothing. True when the entry was saved.
     bool commitEntry(const Change& change);

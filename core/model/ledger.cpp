@@ -103,6 +103,23 @@ std::set<std::string> Ledger::rejectedAIKeys() const {
     return keys;
 }
 
+std::optional<std::string> Ledger::aiFilingKey(std::string_view key) const {
+    if (aiFilings.contains(std::string(key)))
+        return std::string(key);
+    std::optional<std::string> best;
+    for (auto it = aiFilings.begin(); it != aiFilings.end(); ++it) {
+        const std::string& stored = it.key();
+        const bool qualifies = stored.find(' ') != std::string::npos || stored.size() >= 6;
+        if (!qualifies || key.size() <= stored.size() || key[stored.size()] != ' ' ||
+            !key.starts_with(stored))
+            continue;
+        if (!best || stored.size() > best->size() ||
+            (stored.size() == best->size() && stored < *best))
+            best = stored;
+    }
+    return best;
+}
+
 std::optional<std::string> Ledger::undoLabel() const {
     if (changes.empty())
         return std::nullopt;

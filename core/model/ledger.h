@@ -69,6 +69,10 @@ struct Ledger {
     // Filed by the local model and not yet seen by a person.
     [[nodiscard]] std::vector<const LedgerTransaction*> aiFiledUnchecked() const;
     [[nodiscard]] std::set<std::string> rejectedAIKeys() const;
+    // The key under which the model's filing for a merchant key is stored:
+    // the key itself, else the longest stored key it extends by a word. A
+    // bare short word ("AMC") never covers a longer text.
+    [[nodiscard]] std::optional<std::string> aiFilingKey(std::string_view key) const;
     [[nodiscard]] std::optional<std::string> undoLabel() const;
 
     friend bool operator==(const Ledger&, const Ledger&) = default;

@@ -1,0 +1,366 @@
+#include "core/operations/classification.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "core/matching/matcher.h"
+#include "core/matching/merchant_keys.h"
+#include "core/matching/merchant_text.h"
+#include "core/matching/transfer_pairing.h"
+#include "core/model/text.h"
+#include "core/operations/change_history.h"
+
+namespace copperwick {
+
+namespace {
+
+std::optional<Uuid> categoryToApply(TransactionKind kind, const std::optional<Uuid>& categoryID) {
+    if (kind == TransactionKind::transfer || kind == TransactionKind::unknown)
+        return std::nullopt;
+    return categoryID;
+}
+
+// The transactions matching could still change whose key a learned or
+// rejected key covers.
+std::vector<Uuid> unprotectedCoveredBy(const Ledger& ledger, const std::vector<std::string>& keys,
+                                       const std::unordered_set<Uuid>& excluded,
+                                       bool onlyModelFiled) {
+    std::vector<Uuid> ids;
+    if (keys.empty())
+        return ids;
+    for (const auto& transaction : ledger.transactions) {
+        if (!transaction.isActive() || excluded.contains(transaction.id))
+            continue;
+        if (onlyModelFiled) {
+            if (transaction.method != MatchMethod::ai ||
+                transaction.review != ReviewState::automatic)
+                continue;
+        } else if (transaction.review == ReviewState::confirmed) {
+            continue;
+        }
+        const auto key = MerchantKeys::of(transaction.rawDescription);
+        if (std::any_of(keys.begin(), keys.end(),
+                        [&](const std::string& k) { return MerchantKeys::isCoveredBy(key, k); }))
+            ids.push_back(transaction.id);
+    }
+    return ids;
+}
+
+std::string_view kindWord(TransactionKind kind) {
+    return rawValue(kind);
+}
+
+}  // namespace
+
+LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids) {
+    const Matcher matcher(ledger);
+    std::vector<Uuid> order;
+    if (ids) {
+        order = *ids;
+    } else {
+        order.reserve(ledger.transactions.size());
+        for (auto it = ledger.transactions.begin(); it != ledger.transactions.end(); ++it)
+            order.push_back(it.key());
+    }
+    // Sorted so that merchants are created in the same order on every run.
+    std::sort(order.begin(), order.end());
+    order.erase(std::unique(order.begin(), order.end()), order.end());
+
+    LedgerDelta delta;
+    // Names to merchant ids, built on first need: several results may name
+    // the same new merchant, and it must be created once.
+    std::optional<std::unordered_map<std::string, Uuid>> merchantByName;
+    const auto merchantFor = [&](const std::string& name) {
+        if (!merchantByName) {
+            merchantByName.emplace();
+            for (const auto& merchant : ledger.merchants) {
+                auto [it, fresh] =
+                    merchantByName->try_emplace(text::lowercased(merchant.name), merchant.id);
+                if (!fresh && merchant.id < it->second)
+                    it->second = merchant.id;
+            }
+        }
+        const auto lower = text::lowercased(name);
+        if (const auto it = merchantByName->find(lower); it != merchantByName->end())
+            return it->second;
+        const Merchant created{.id = Uuid::random(), .name = name};
+        ledger.merchants.set(created.id, created);
+        delta.change(RecordKind::merchant, created.id);
+        merchantByName->emplace(lower, created.id);
+        return created.id;
+    };
+
+    for (const auto& id : order) {
+        const LedgerTransaction* current = ledger.transaction(id);
+        if (!current || !current->isActive() || current->review == ReviewState::confirmed)
+            continue;
+        MatchResult result = matcher.match(*current);
+        if (!result.merchantID && result.newMerchantName)
+            result.merchantID = merchantFor(*result.newMerchantName);
+
+        LedgerTransaction updated = *current;
+        if (result.review == ReviewState::unresolved) {
+            // A pair stands even though the text explains nothing.
+            if (current->method == MatchMethod::transferPair && current->transferPairID)
+                continue;
+        }
+        if (result.review == ReviewState::unresolved && current->suggestion &&
+            current->suggestion->source == MatchMethod::ai) {
+            // The model's suggestion keeps waiting for the person.
+            updated.kind = result.kind;
+            updated.categoryID = result.categoryID;
+            updated.merchantID = result.merchantID;
+            updated.method = MatchMethod::ai;
+            updated.review = ReviewState::suggested;
+        } else {
+            updated.kind = result.kind;
+            updated.categoryID = result.categoryID;
+            updated.merchantID = result.merchantID;
+            updated.method = result.method;
+            updated.evidence = std::move(result.evidence);
+            updated.review = result.review;
+            updated.suggestion = std::move(result.suggestion);
+        }
+        if (updated == *current)
+            continue;
+        ledger.transactions.set(id, std::move(updated));
+        delta.change(RecordKind::transaction, id);
+    }
+    delta.merge(pairTransfers(ledger));
+    return delta;
+}
+
+LedgerDelta classify(Ledger& ledger, const Classification& decision, Instant now) {
+    const Ledger original = ledger;
+    LedgerDelta delta;
+    const std::unordered_set<Uuid> chosen(decision.ids.begin(), decision.ids.end());
+
+    const auto name = std::string(
+        text::trimmedSpaces(decision.merchantName ? *decision.merchantName : std::string()));
+    std::optional<Uuid> merchantID;
+    if (!name.empty()) {
+        if (const Merchant* existing = ledger.merchantNamed(name)) {
+            merchantID = existing->id;
+        } else {
+            // Locked against tidying when the person typed a name the bank
+            // text wouldn't give by itself.
+            const bool fromBankText =
+                std::any_of(decision.ids.begin(), decision.ids.end(), [&](const Uuid& id) {
+                    const LedgerTransaction* transaction = ledger.transaction(id);
+                    return transaction &&
+                           MerchantText::titleCase(MerchantKeys::of(transaction->rawDescription)) ==
+                               name;
+                });
+            const Merchant created{.id = Uuid::random(), .name = name, .nameLocked = !fromBankText};
+            ledger.merchants.set(created.id, created);
+            delta.change(RecordKind::merchant, created.id);
+            merchantID = created.id;
+        }
+    }
+
+    const auto category = categoryToApply(decision.kind, decision.categoryID);
+    std::set<std::string> rejectedKeys;
+    std::vector<std::string> keys;
+    for (const auto& id : decision.ids) {
+        const LedgerTransaction* current = ledger.transaction(id);
+        if (!current)
+            continue;
+        LedgerTransaction updated = *current;
+        if (updated.kind != decision.kind || updated.categoryID != category)
+            updated.splits.reset();
+        const auto key = MerchantKeys::of(updated.rawDescription);
+        if (updated.method == MatchMethod::ai && updated.review == ReviewState::automatic) {
+            const bool differs = updated.kind != decision.kind || updated.categoryID != category ||
+                                 (merchantID && updated.merchantID != merchantID);
+            if (differs) {
+                if (auto filingKey = ledger.aiFilingKey(key))
+                    rejectedKeys.insert(std::move(*filingKey));
+            }
+        }
+        // A transfer decision keeps the pair; anything else sets the partner free.
+        if (updated.transferPairID && decision.kind != TransactionKind::transfer) {
+            unpair(ledger, *updated.transferPairID, delta);
+            updated.transferPairID.reset();
+        }
+        updated.kind = decision.kind;
+        updated.categoryID = category;
+        if (merchantID)
+            updated.merchantID = merchantID;
+        updated.method = MatchMethod::manual;
+        updated.review = decision.kind == TransactionKind::unknown ? ReviewState::unresolved
+                                                                   : ReviewState::confirmed;
+        updated.suggestion.reset();
+        updated.evidence = "Set by you.";
+        ledger.transactions.set(id, std::move(updated));
+        delta.change(RecordKind::transaction, id);
+        if (!key.empty() && std::find(keys.begin(), keys.end(), key) == keys.end())
+            keys.push_back(key);
+    }
+
+    if (decision.remember && merchantID && ledger.merchant(merchantID)) {
+        std::vector<Uuid> holders;
+        for (const auto& merchant : ledger.merchants) {
+            if (merchant.id == *merchantID)
+                continue;
+            const bool holds =
+                std::any_of(merchant.keys.begin(), merchant.keys.end(), [&](const std::string& k) {
+                    return std::find(keys.begin(), keys.end(), k) != keys.end();
+                });
+            if (holds)
+                holders.push_back(merchant.id);
+        }
+        // A key belongs to one merchant: learning it here takes it from the others.
+        for (const auto& holder : holders) {
+            ledger.merchants.update(holder, [&](Merchant& merchant) {
+                std::erase_if(merchant.keys, [&](const std::string& k) {
+                    return std::find(keys.begin(), keys.end(), k) != keys.end();
+                });
+            });
+            delta.change(RecordKind::merchant, holder);
+        }
+        ledger.merchants.update(*merchantID, [&](Merchant& merchant) {
+            for (const auto& key : keys) {
+                if (std::find(merchant.keys.begin(), merchant.keys.end(), key) ==
+                    merchant.keys.end())
+                    merchant.keys.push_back(key);
+            }
+            switch (decision.kind) {
+                case TransactionKind::expense:
+                case TransactionKind::income:
+                    // The kind then follows the category's group.
+                    merchant.kind.reset();
+                    merchant.categoryID = category;
+                    break;
+                case TransactionKind::transfer:
+                    merchant.kind = TransactionKind::transfer;
+                    merchant.categoryID.reset();
+                    break;
+                case TransactionKind::unknown:
+                    break;
+            }
+        });
+        delta.change(RecordKind::merchant, *merchantID);
+        delta.merge(rematch(ledger, unprotectedCoveredBy(ledger, keys, chosen, false)));
+    }
+
+    if (!rejectedKeys.empty()) {
+        for (const auto& key : rejectedKeys) {
+            const AIFiling* filing = ledger.aiFilings.find(key);
+            if (!filing || filing->rejected)
+                continue;
+            ledger.aiFilings.update(key, [](AIFiling& f) { f.rejected = true; });
+            delta.change(RecordKind::aiFiling, key);
+        }
+        // One correction withdraws the model's filing everywhere it was used.
+        const std::vector<std::string> withdrawn(rejectedKeys.begin(), rejectedKeys.end());
+        delta.merge(rematch(ledger, unprotectedCoveredBy(ledger, withdrawn, chosen, true)));
+    }
+
+    delta.merge(pairTransfers(ledger));
+    delta.merge(record(ledger, changeSetFor(original, delta, decision.label, now)));
+    return delta;
+}
+
+LedgerDelta resetToAutomatic(Ledger& ledger, const std::vector<Uuid>& ids, Instant now) {
+    const Ledger original = ledger;
+    LedgerDelta delta;
+    for (const auto& id : ids) {
+        const bool found = ledger.transactions.update(id, [](LedgerTransaction& transaction) {
+            transaction.review = ReviewState::unresolved;
+            transaction.method = MatchMethod::none;
+            transaction.suggestion.reset();
+        });
+        if (found)
+            delta.change(RecordKind::transaction, id);
+    }
+    delta.merge(rematch(ledger, ids));
+    delta.merge(record(ledger, changeSetFor(original, delta, "Reset to automatic", now)));
+    return delta;
+}
+
+LedgerDelta approveSuggestions(Ledger& ledger, const std::vector<Uuid>& ids, bool remember,
+                               Instant now) {
+    // Transactions with the same suggestion are one decision.
+    std::map<std::string, std::pair<Suggestion, std::vector<Uuid>>> groups;
+    for (const auto& id : ids) {
+        const LedgerTransaction* transaction = ledger.transaction(id);
+        if (!transaction || !transaction->suggestion)
+            continue;
+        const Suggestion& suggestion = *transaction->suggestion;
+        const auto groupKey = suggestion.merchantName.value_or("") + "|" +
+                              std::string(kindWord(suggestion.kind)) + "|" +
+                              (suggestion.categoryID ? suggestion.categoryID->text() : "");
+        auto [it, fresh] = groups.try_emplace(groupKey, suggestion, std::vector<Uuid>{});
+        it->second.second.push_back(id);
+    }
+    LedgerDelta delta;
+    for (const auto& [groupKey, group] : groups) {
+        const auto& [suggestion, members] = group;
+        delta.merge(classify(ledger,
+                             Classification{.ids = members,
+                                            .merchantName = suggestion.merchantName,
+                                            .kind = suggestion.kind,
+                                            .categoryID = suggestion.categoryID,
+                                            .remember = remember,
+                                            .label = "Approve suggestion"},
+                             now));
+    }
+    return delta;
+}
+
+LedgerDelta setSuggestion(Ledger& ledger, const Suggestion& suggestion, const std::string& evidence,
+                          const std::vector<Uuid>& ids) {
+    LedgerDelta delta;
+    for (const auto& id : ids) {
+        const LedgerTransaction* current = ledger.transaction(id);
+        if (!current || !current->isActive() || !isWaiting(current->review))
+            continue;
+        ledger.transactions.update(id, [&](LedgerTransaction& transaction) {
+            transaction.suggestion = suggestion;
+            transaction.method = suggestion.source;
+            transaction.review = ReviewState::suggested;
+            transaction.evidence = evidence;
+        });
+        delta.change(RecordKind::transaction, id);
+    }
+    return delta;
+}
+
+LedgerDelta setVoided(Ledger& ledger, const std::vector<Uuid>& ids, bool voided,
+                      const std::string& label, Instant now) {
+    const Ledger original = ledger;
+    LedgerDelta delta;
+    for (const auto& id : ids) {
+        const LedgerTransaction* current = ledger.transaction(id);
+        if (!current || current->voided == voided)
+            continue;
+        const auto partner = current->transferPairID;
+        ledger.transactions.update(id, [&](LedgerTransaction& t) { t.voided = voided; });
+        delta.change(RecordKind::transaction, id);
+        if (voided && partner)
+            unpair(ledger, *partner, delta);
+    }
+    if (delta.isEmpty())
+        return delta;
+    delta.merge(pairTransfers(ledger));
+    delta.merge(record(ledger, changeSetFor(original, delta, label, now)));
+    return delta;
+}
+
+LedgerDelta setNote(Ledger& ledger, const std::string& note, const Uuid& id, Instant now) {
+    const LedgerTransaction* current = ledger.transaction(id);
+    if (!current || current->note == note)
+        return {};
+    const Ledger original = ledger;
+    LedgerDelta delta;
+    ledger.transactions.update(id,
+                               [&](LedgerTransaction& transaction) { transaction.note = note; });
+    delta.change(RecordKind::transaction, id);
+    delta.merge(record(ledger, changeSetFor(original, delta, "Edit transaction note", now)));
+    return delta;
+}
+
+}  // namespace copperwick
