@@ -101,7 +101,38 @@ Ledger generateLedger(const GeneratorOptions& options) {
         ledger.batches.push_back(batch);
     }
     ledger.transactions.reserve(options.transactions);
+    const auto addLine = [&](std::size_t line, const Uuid& account, LocalDate date, int64_t amount,
+                             const std::string& description) {
+        const LedgerTransaction t{
+            .id = nextID(random),
+            .accountID = account,
+            .batchID = batches[random() % batches.size()],
+            .sourceLine = static_cast<int64_t>(line + 2),
+            .date = date,
+            .amount = amount,
+            .rawDescription = description,
+            .fingerprint = fmt::format("{}|{}|{}", date.iso(), amount, description)};
+        ledger.transactions.set(t.id, t);
+    };
     for (std::size_t i = 0; i < options.transactions; ++i) {
+        // Every 25th line starts a move between the household's own
+        // accounts: a card payment or a transfer to savings, both sides.
+        if (i % 25 == 0 && i + 1 < options.transactions) {
+            const bool cardPayment = random() % 2 == 0;
+            const int64_t amount = static_cast<int64_t>(1'000 + random() % 200'000);
+            const auto date =
+                first.addingDays(static_cast<int64_t>(random() % static_cast<uint64_t>(days)));
+            const auto reference = random() % 10'000;
+            addLine(i, accounts[0], date, -amount,
+                    cardPayment ? fmt::format("CHASE CREDIT CRD AUTOPAY {:06}", reference * 37)
+                                : fmt::format("ONLINE TRANSFER TO SAV XXXXXX{:04}", reference));
+            addLine(i + 1, cardPayment ? accounts[2] : accounts[1],
+                    date.addingDays(static_cast<int64_t>(random() % 3)), amount,
+                    cardPayment ? std::string("PAYMENT THANK YOU")
+                                : fmt::format("ONLINE TRANSFER FROM CHK XXXXXX{:04}", reference));
+            ++i;
+            continue;
+        }
         const std::size_t stem = random() % kMerchantStems.size();
         const auto date =
             first.addingDays(static_cast<int64_t>(random() % static_cast<uint64_t>(days)));

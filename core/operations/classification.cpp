@@ -102,11 +102,12 @@ LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids)
             result.merchantID = merchantFor(*result.newMerchantName);
 
         LedgerTransaction updated = *current;
-        if (result.review == ReviewState::unresolved) {
-            // A pair stands even though the text explains nothing.
-            if (current->method == MatchMethod::transferPair && current->transferPairID)
-                continue;
-        }
+        // A pair stands unless the text now files the line: a near guess
+        // waiting for an OK mustn't break it, or the next pairing would
+        // only make it again.
+        if (result.review != ReviewState::automatic &&
+            current->method == MatchMethod::transferPair && current->transferPairID)
+            continue;
         if (result.review == ReviewState::unresolved && current->suggestion &&
             current->suggestion->source == MatchMethod::ai) {
             // The model's suggestion keeps waiting for the person.

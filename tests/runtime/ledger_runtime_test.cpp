@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/operations/classification.h"
 #include "core/operations/entry_error.h"
 #include "tests/support/temp_folder.h"
 
@@ -105,6 +106,41 @@ TEST(LedgerRuntime, ChangesBecomeLiveOnlyOnceSaved) {
     EXPECT_EQ(runtime->ledger().people.size(), 1u);
     EXPECT_EQ(runtime->revision(), 3);
     EXPECT_EQ(runtime->errorMessage(), "Copperwick couldn't save: database is closed");
+}
+
+TEST(LedgerRuntime, UndoSurvivesARestartAndFailsWithoutLosingHistory) {
+    Fixture f;
+    const LedgerTransaction transaction{.id = Uuid::random(), .rawDescription = "SHOP"};
+    {
+        auto runtime = f.launch();
+        runtime->apply([&](Ledger& l) {
+            l.transactions.set(transaction.id, transaction);
+            LedgerDelta delta;
+            delta.change(RecordKind::transaction, transaction.id);
+            return delta;
+        });
+        runtime->apply([&](Ledger& l) { return setNote(l, "first", transaction.id, Instant{}); });
+        runtime->apply([&](Ledger& l) { return setNote(l, "second", transaction.id, Instant{}); });
+    }
+    auto runtime = f.launch();
+    ASSERT_EQ(runtime->ledger().changes.size(), 2u);
+    EXPECT_EQ(runtime->ledger().undoLabel(), "Edit transaction note");
+
+    EXPECT_TRUE(runtime->undoLastChange());
+    EXPECT_EQ(runtime->statusMessage(), "Undone.");
+    EXPECT_EQ(runtime->ledger().transaction(transaction.id)->note, "first");
+    EXPECT_EQ(f.launch()->ledger().changes.size(), 1u);
+
+    // A failed save keeps both the history and the ledger as they were.
+    runtime->store()->close();
+    EXPECT_FALSE(runtime->undoLastChange());
+    EXPECT_EQ(runtime->ledger().changes.size(), 1u);
+    EXPECT_EQ(runtime->ledger().transaction(transaction.id)->note, "first");
+
+    auto fresh = f.launch();
+    EXPECT_TRUE(fresh->undoLastChange());
+    EXPECT_FALSE(fresh->undoLastChange());
+    EXPECT_EQ(fresh->ledger().transaction(transaction.id)->note, "");
 }
 
 TEST(LedgerRuntime, UnopenableFileLeavesTheStarterLedgerAndRefusesChanges) {

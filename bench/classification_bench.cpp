@@ -1,0 +1,109 @@
+// Filing a household's history: rematching every line, pairing transfers,
+// and one remembered decision that spreads to a thousand lines, saved.
+
+#include <filesystem>
+
+#include <benchmark/benchmark.h>
+#include <fmt/format.h>
+
+#include "bench/ledger_generator.h"
+#include "core/matching/matcher.h"
+#include "core/matching/transfer_pairing.h"
+#include "core/operations/classification.h"
+#include "core/store/ledger_store.h"
+
+namespace copperwick::bench {
+namespace {
+
+constexpr std::size_t kTransactions = 100'000;
+constexpr std::size_t kSpread = 1'000;
+
+const Ledger& household() {
+    static const Ledger ledger = generateLedger({.transactions = kTransactions});
+    return ledger;
+}
+
+// Every line matched by a fresh matcher, merchants created, pairs made.
+void RematchEverything(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        Ledger ledger = household();
+        state.ResumeTiming();
+        auto delta = rematch(ledger);
+        benchmark::DoNotOptimize(delta);
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kTransactions));
+}
+BENCHMARK(RematchEverything)->Unit(benchmark::kMillisecond)->MinTime(3.0);
+
+// The same matching with the memo already holding every text.
+void MatchEverythingWarm(benchmark::State& state) {
+    const Matcher matcher(household());
+    for (const auto& transaction : household().transactions)
+        benchmark::DoNotOptimize(matcher.match(transaction));
+    for (auto _ : state) {
+        for (const auto& transaction : household().transactions)
+            benchmark::DoNotOptimize(matcher.match(transaction));
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kTransactions));
+}
+BENCHMARK(MatchEverythingWarm)->Unit(benchmark::kMillisecond)->MinTime(3.0);
+
+// Pairing from nothing, then the run that finds everything already paired.
+void PairTransfers(benchmark::State& state) {
+    const bool settled = state.range(0) == 1;
+    Ledger paired = household();
+    if (settled)
+        (void)pairTransfers(paired);
+    for (auto _ : state) {
+        state.PauseTiming();
+        Ledger ledger = paired;
+        state.ResumeTiming();
+        auto delta = pairTransfers(ledger);
+        benchmark::DoNotOptimize(delta);
+    }
+}
+BENCHMARK(PairTransfers)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+// One decision with "remember" that reaches a thousand lines of the same
+// shop, including the save of everything it changed.
+void RememberedDecision(benchmark::State& state) {
+    Ledger ledger = household();
+    (void)rematch(ledger);
+    const Uuid account = ledger.accounts[0].id;
+    std::vector<Uuid> bakery;
+    for (std::size_t i = 0; i < kSpread; ++i) {
+        const LedgerTransaction t{
+            .id = Uuid::random(),
+            .accountID = account,
+            .date =
+                *LocalDate::make(2025, 1 + static_cast<int>(i % 12), 1 + static_cast<int>(i % 28)),
+            .amount = -static_cast<int64_t>(300 + i),
+            .rawDescription = fmt::format("SQ *HAPPY CRUMB BAKERY {:04} PORTLAND", i)};
+        ledger.transactions.set(t.id, t);
+        bakery.push_back(t.id);
+    }
+    const auto folder = std::filesystem::temp_directory_path() / "copperwick-bench-classify";
+    std::filesystem::remove_all(folder);
+    LedgerStore store(folder / "Copperwick.sqlite");
+    store.saveAll(ledger);
+    const Classification decision{.ids = {bakery.front()},
+                                  .merchantName = "Happy Crumb",
+                                  .kind = TransactionKind::expense,
+                                  .categoryID = ledger.categoryNamed("Dining")->id,
+                                  .remember = true,
+                                  .label = "Review Happy Crumb"};
+    std::size_t touched = 0;
+    for (auto _ : state) {
+        Ledger copy = ledger;
+        const auto delta = classify(copy, decision, Instant::now());
+        store.save(delta, copy);
+        touched = delta.changed.at(RecordKind::transaction).size();
+    }
+    state.counters["transactions"] = static_cast<double>(touched);
+    std::filesystem::remove_all(folder);
+}
+BENCHMARK(RememberedDecision)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace copperwick::bench
