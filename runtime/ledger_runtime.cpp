@@ -1,5 +1,6 @@
 #include "runtime/ledger_runtime.h"
 
+#include "core/matching/merchant_keys.h"
 #include "core/operations/change_history.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/update_settings.h"
@@ -42,6 +43,20 @@ LedgerRuntime::~LedgerRuntime() {
     std::filesystem::remove_all(m_dataFolder, ignored);
 }
 
+void LedgerRuntime::warmMerchantKeys() {
+    // A remembered decision looks for every line sharing its merchant key;
+    // with the keys already read it costs milliseconds, not the reading of
+    // the whole history. The thread reads its own copy of the ledger, and
+    // stops early when the runtime goes away first.
+    m_keyWarmer = std::jthread([ledger = m_ledger](const std::stop_token& stop) {
+        for (const auto& transaction : ledger.transactions) {
+            if (stop.stop_requested())
+                return;
+            (void)MerchantKeys::of(transaction.rawDescription);
+        }
+    });
+}
+
 std::filesystem::path LedgerRuntime::dataFile() const {
     return data_folders::dataFile(m_dataFolder);
 }
@@ -56,6 +71,7 @@ void LedgerRuntime::openStore() {
             store->saveAll(loaded);
         m_store = std::move(store);
         m_ledger = std::move(loaded);
+        warmMerchantKeys();
         bumpRevision();
         if (const int unreadable = m_store->unreadableRecords(); unreadable > 0) {
             setErrorMessage(std::to_string(unreadable) +

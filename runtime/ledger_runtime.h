@@ -20,6 +20,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "core/model/instant.h"
 #include "core/model/ledger.h"
@@ -124,6 +125,7 @@ class LedgerRuntime {
     void openStore();
     void save(const LedgerDelta& delta, Ledger updated);
     void bumpRevision();
+    void warmMerchantKeys();
     std::filesystem::path backUp(std::string_view reason);
 
     Ledger m_ledger;
@@ -142,6 +144,8 @@ class LedgerRuntime {
     Preferences m_defaults;
     std::function<Instant()> m_clock;
     ObserverID m_nextObserver = 1;
+    // Last, so that it stops before anything it could outlive.
+    std::jthread m_keyWarmer;
 };
 
 }  // namespace copperwick

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdlib>
 #include <map>
+#include <thread>
 #include <unordered_map>
 
 #include <fmt/format.h>
@@ -217,6 +218,35 @@ const MerchantText& Matcher::text(const std::string& raw) const {
     return it->second;
 }
 
+std::vector<const MerchantText*> Matcher::prepareTexts(
+    const std::vector<const std::string*>& raws) const {
+    std::vector<const MerchantText*> prepared(raws.size());
+    // Slots in the memo first (its nodes never move), then the reading.
+    std::vector<std::pair<const std::string*, MerchantText*>> missing;
+    for (std::size_t i = 0; i < raws.size(); ++i) {
+        auto [it, fresh] = m_memo->texts.try_emplace(*raws[i]);
+        prepared[i] = &it->second;
+        if (fresh)
+            missing.emplace_back(raws[i], &it->second);
+    }
+    // Below this a thread costs more than it saves.
+    constexpr std::size_t kPerThread = 2'000;
+    const std::size_t threads =
+        std::clamp<std::size_t>(missing.size() / kPerThread, 1,
+                                std::max<std::size_t>(1, std::thread::hardware_concurrency()));
+    const auto work = [&](std::size_t first) {
+        for (std::size_t i = first; i < missing.size(); i += threads)
+            *missing[i].second = MerchantText(*missing[i].first);
+    };
+    std::vector<std::thread> helpers;
+    for (std::size_t t = 1; t < threads; ++t)
+        helpers.emplace_back(work, t);
+    work(0);
+    for (auto& helper : helpers)
+        helper.join();
+    return prepared;
+}
+
 bool Matcher::ruleMatches(const CompiledRule& compiled, const LedgerTransaction& transaction,
                           std::string_view normalized) const {
     const Rule& rule = compiled.rule;
@@ -363,7 +393,10 @@ std::optional<Matcher::SimilarMerchant> Matcher::similarLearned(const std::strin
 }
 
 MatchResult Matcher::match(const LedgerTransaction& transaction) const {
-    const MerchantText& words = text(transaction.rawDescription);
+    return match(transaction, text(transaction.rawDescription));
+}
+
+MatchResult Matcher::match(const LedgerTransaction& transaction, const MerchantText& words) const {
     const std::string& normalized = words.normalized;
     std::optional<MerchantPick> merchant;
     std::optional<ClassPick> filing;
@@ -451,7 +484,7 @@ MatchResult Matcher::match(const LedgerTransaction& transaction) const {
         if (!*hit && transaction.bankMerchant && !transaction.bankMerchant->empty())
             hit = &directoryMatch(MerchantText::normalize(*transaction.bankMerchant));
         if (*hit) {
-            const DirectoryEntry& entry = (*hit)->entry;
+            const DirectoryEntry& entry = *(*hit)->entry;
             if (!merchant)
                 pickNamed(entry.name, "built-in merchant list");
             if (!filing) {
@@ -555,8 +588,8 @@ MatchResult Matcher::match(const LedgerTransaction& transaction) const {
             return result;
         }
         if (const auto& near = closest(words.key)) {
-            const auto category = categoryIDNamed(near->entry.category);
-            suggest(near->entry.name, category,
+            const auto category = categoryIDNamed(near->entry->category);
+            suggest(near->entry->name, category,
                     kindFor(category).value_or(TransactionKind::expense), near->score);
             return result;
         }

@@ -73,6 +73,14 @@ class Matcher {
     [[nodiscard]] MatchResult match(const LedgerTransaction& transaction) const;
 
     [[nodiscard]] const MerchantText& text(const std::string& raw) const;
+    // Reads many descriptions ahead of matching, on every core: reading the
+    // text is most of the work of a first match and needs nothing else. The
+    // results line up with `raws` and live as long as the matcher.
+    [[nodiscard]] std::vector<const MerchantText*> prepareTexts(
+        const std::vector<const std::string*>& raws) const;
+    // `match` with the description already read by `text` or `prepareTexts`.
+    [[nodiscard]] MatchResult match(const LedgerTransaction& transaction,
+                                    const MerchantText& text) const;
     [[nodiscard]] const Rule* firstMatchingRule(const LedgerTransaction& transaction,
                                                 std::string_view normalized) const;
     [[nodiscard]] const Merchant* learnedMerchant(std::string_view key) const;

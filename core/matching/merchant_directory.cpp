@@ -1,6 +1,8 @@
 #include "core/matching/merchant_directory.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 
 #include "core/matching/key_similarity.h"
 #include "core/matching/merchant_text.h"
@@ -53,11 +55,34 @@ const MerchantDirectory& MerchantDirectory::shared() {
     return instance;
 }
 
+namespace {
+
+std::size_t bytePair(char first, char second) {
+    return (std::size_t{static_cast<unsigned char>(first)} << 8) |
+           static_cast<unsigned char>(second);
+}
+
+}  // namespace
+
 std::optional<MerchantDirectory::Hit> MerchantDirectory::match(
     std::string_view normalizedText) const {
-    for (const auto& phrase : m_phrases) {
+    // Most phrases can be ruled out by their first two bytes alone: note
+    // every pair of adjacent bytes of the text once, and search only for
+    // phrases whose opening pair is among them.
+    std::array<uint64_t, 1024> pairs{};
+    for (std::size_t i = 0; i + 1 < normalizedText.size(); ++i) {
+        const auto pair = bytePair(normalizedText[i], normalizedText[i + 1]);
+        pairs[pair >> 6] |= uint64_t{1} << (pair & 63);
+    }
+    for (std::size_t p = 0; p < m_phrases.size(); ++p) {
+        const auto& phrase = m_phrases[p];
+        if (phrase.bytes.size() >= 2) {
+            const auto pair = bytePair(phrase.bytes[0], phrase.bytes[1]);
+            if ((pairs[pair >> 6] & (uint64_t{1} << (pair & 63))) == 0)
+                continue;
+        }
         if (PhraseSearch::contains(normalizedText, phrase.bytes, phrase.allowSuffix))
-            return Hit{m_entries[phrase.entryIndex], phrase.text};
+            return Hit{&m_entries[phrase.entryIndex], phrase.text};
     }
     return std::nullopt;
 }
@@ -99,7 +124,7 @@ std::optional<MerchantDirectory::Closest> MerchantDirectory::closest(std::string
 
     if (best < 0 || best < minimumScore || best - secondBest < kMargin)
         return std::nullopt;
-    return Closest{m_entries[bestEntry], best};
+    return Closest{&m_entries[bestEntry], best};
 }
 
 }  // namespace copperwick

@@ -27,13 +27,15 @@ class MerchantDirectory {
         std::string text;
     };
 
+    // Hits point into the directory, which outlives them: the shared one
+    // lives as long as the process.
     struct Hit {
-        DirectoryEntry entry;
-        std::string phrase;  // the phrase that matched, less its marker
+        const DirectoryEntry* entry = nullptr;
+        std::string_view phrase;  // the phrase that matched, less its marker
     };
 
     struct Closest {
-        DirectoryEntry entry;
+        const DirectoryEntry* entry = nullptr;
         int score = 0;
     };
 

@@ -57,17 +57,32 @@ std::string_view kindWord(TransactionKind kind) {
 
 LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids) {
     const Matcher matcher(ledger);
-    std::vector<Uuid> order;
+    // The lines matching may change, by id so that merchants are created in
+    // the same order on every run. A pointer stays valid until its own
+    // record is replaced, which happens only once we are done with it.
+    std::vector<const LedgerTransaction*> lines;
+    const auto consider = [&](const LedgerTransaction& transaction) {
+        if (transaction.isActive() && transaction.review != ReviewState::confirmed)
+            lines.push_back(&transaction);
+    };
     if (ids) {
-        order = *ids;
+        for (const auto& id : *ids) {
+            if (const LedgerTransaction* transaction = ledger.transaction(id))
+                consider(*transaction);
+        }
     } else {
-        order.reserve(ledger.transactions.size());
-        for (auto it = ledger.transactions.begin(); it != ledger.transactions.end(); ++it)
-            order.push_back(it.key());
+        lines.reserve(ledger.transactions.size());
+        for (const auto& transaction : ledger.transactions)
+            consider(transaction);
     }
-    // Sorted so that merchants are created in the same order on every run.
-    std::sort(order.begin(), order.end());
-    order.erase(std::unique(order.begin(), order.end()), order.end());
+    std::sort(lines.begin(), lines.end(),
+              [](const LedgerTransaction* a, const LedgerTransaction* b) { return a->id < b->id; });
+    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+    std::vector<const std::string*> descriptions;
+    descriptions.reserve(lines.size());
+    for (const LedgerTransaction* transaction : lines)
+        descriptions.push_back(&transaction->rawDescription);
+    const auto texts = matcher.prepareTexts(descriptions);
 
     LedgerDelta delta;
     // Names to merchant ids, built on first need: several results may name
@@ -93,40 +108,43 @@ LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids)
         return created.id;
     };
 
-    for (const auto& id : order) {
-        const LedgerTransaction* current = ledger.transaction(id);
-        if (!current || !current->isActive() || current->review == ReviewState::confirmed)
-            continue;
-        MatchResult result = matcher.match(*current);
-        if (!result.merchantID && result.newMerchantName)
-            result.merchantID = merchantFor(*result.newMerchantName);
+    for (std::size_t line = 0; line < lines.size(); ++line) {
+        const LedgerTransaction* current = lines[line];
+        const Uuid id = current->id;
+        MatchResult result = matcher.match(*current, *texts[line]);
 
-        LedgerTransaction updated = *current;
         // A pair stands unless the text now files the line: a near guess
         // waiting for an OK mustn't break it, or the next pairing would
         // only make it again.
         if (result.review != ReviewState::automatic &&
             current->method == MatchMethod::transferPair && current->transferPairID)
             continue;
-        if (result.review == ReviewState::unresolved && current->suggestion &&
-            current->suggestion->source == MatchMethod::ai) {
-            // The model's suggestion keeps waiting for the person.
-            updated.kind = result.kind;
-            updated.categoryID = result.categoryID;
-            updated.merchantID = result.merchantID;
-            updated.method = MatchMethod::ai;
-            updated.review = ReviewState::suggested;
-        } else {
-            updated.kind = result.kind;
-            updated.categoryID = result.categoryID;
-            updated.merchantID = result.merchantID;
-            updated.method = result.method;
-            updated.evidence = std::move(result.evidence);
-            updated.review = result.review;
-            updated.suggestion = std::move(result.suggestion);
+        if (!result.merchantID && result.newMerchantName)
+            result.merchantID = merchantFor(*result.newMerchantName);
+        // The model's suggestion keeps waiting for the person.
+        const bool keepsModelSuggestion = result.review == ReviewState::unresolved &&
+                                          current->suggestion &&
+                                          current->suggestion->source == MatchMethod::ai;
+        if (keepsModelSuggestion) {
+            result.method = MatchMethod::ai;
+            result.review = ReviewState::suggested;
+            result.evidence = current->evidence;
+            result.suggestion = current->suggestion;
         }
-        if (updated == *current)
+        // Compared before copying: most lines of a full rematch don't change.
+        if (current->kind == result.kind && current->categoryID == result.categoryID &&
+            current->merchantID == result.merchantID && current->method == result.method &&
+            current->review == result.review && current->evidence == result.evidence &&
+            current->suggestion == result.suggestion)
             continue;
+        LedgerTransaction updated = *current;
+        updated.kind = result.kind;
+        updated.categoryID = result.categoryID;
+        updated.merchantID = result.merchantID;
+        updated.method = result.method;
+        updated.evidence = std::move(result.evidence);
+        updated.review = result.review;
+        updated.suggestion = std::move(result.suggestion);
         ledger.transactions.set(id, std::move(updated));
         delta.change(RecordKind::transaction, id);
     }

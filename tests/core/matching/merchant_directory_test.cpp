@@ -12,7 +12,7 @@ namespace {
 // "entry name / phrase" of the hit, or "-".
 std::string hitOf(const MerchantDirectory& directory, std::string_view text) {
     const auto hit = directory.match(text);
-    return hit ? hit->entry.name + " / " + hit->phrase : "-";
+    return hit ? hit->entry->name + " / " + std::string(hit->phrase) : "-";
 }
 
 struct Case {
@@ -27,7 +27,7 @@ void expectHits(const MerchantDirectory& directory, std::initializer_list<Case> 
 
 std::string closestOf(const MerchantDirectory& directory, std::string_view key, int minimum) {
     const auto closest = directory.closest(key, minimum);
-    return closest ? closest->entry.name + " " + std::to_string(closest->score) : "-";
+    return closest ? closest->entry->name + " " + std::to_string(closest->score) : "-";
 }
 
 TEST(MerchantDirectory, CompilesEveryPhraseLongestFirst) {
