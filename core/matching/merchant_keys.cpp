@@ -41,10 +41,29 @@ std::string of(std::string_view rawDescription) {
     // Worked out outside the lock: two threads may both do it, harmlessly.
     auto key = MerchantText(rawDescription).key;
     std::lock_guard lock(shared.mutex);
-    if (shared.keys.size() >= kMaximumEntries)
-        shared.keys.clear();
-    shared.keys.try_emplace(std::string(rawDescription), key);
+    if (shared.keys.size() < kMaximumEntries)
+        shared.keys.try_emplace(std::string(rawDescription), key);
     return key;
+}
+
+void visit(const std::vector<const std::string*>& rawDescriptions,
+           const std::function<void(std::size_t, std::string_view)>& visit) {
+    auto& shared = cache();
+    std::vector<std::size_t> missing;
+    {
+        std::lock_guard lock(shared.mutex);
+        for (std::size_t i = 0; i < rawDescriptions.size(); ++i) {
+            const auto it = shared.keys.find(std::string_view(*rawDescriptions[i]));
+            if (it == shared.keys.end())
+                missing.push_back(i);
+            else
+                visit(i, it->second);
+        }
+    }
+    for (const std::size_t i : missing) {
+        const auto key = of(*rawDescriptions[i]);
+        visit(i, key);
+    }
 }
 
 bool isCoveredBy(std::string_view key, std::string_view learned) {

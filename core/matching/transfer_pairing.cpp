@@ -87,8 +87,10 @@ void unpair(Ledger& ledger, const Uuid& id, LedgerDelta& delta) {
 
 namespace {
 
-// One pass over the unpaired candidates; returns how many pairs it made.
-std::size_t pairOnce(Ledger& ledger, LedgerDelta& delta) {
+// One pass over the unpaired candidates. True when another pass could pair
+// more: only a debit left with equally near credits can, once others are taken.
+bool pairOnce(Ledger& ledger, LedgerDelta& delta) {
+    bool ambiguous = false;
     std::vector<Candidate> debits;
     std::unordered_map<int64_t, std::vector<Candidate>> creditsByAmount;
     for (const auto& transaction : ledger.transactions) {
@@ -141,6 +143,8 @@ std::size_t pairOnce(Ledger& ledger, LedgerDelta& delta) {
             }
         }
         // Two credits equally near: which one is the mirror is a guess, so neither.
+        if (chosen && atNearest != 1)
+            ambiguous = true;
         if (!chosen || atNearest != 1)
             continue;
         used.insert(debit.id);
@@ -176,7 +180,7 @@ std::size_t pairOnce(Ledger& ledger, LedgerDelta& delta) {
         link(debitID, credit);
         link(creditID, debit);
     }
-    return pairs.size();
+    return !pairs.empty() && ambiguous;
 }
 
 }  // namespace
@@ -199,7 +203,7 @@ LedgerDelta pairTransfers(Ledger& ledger) {
     // A pair taken leaves fewer credits, and a debit that had two equally
     // near ones may now have exactly one. Passes repeat until nothing more
     // pairs, so that running again right away finds nothing to do.
-    while (pairOnce(ledger, delta) > 0) {
+    while (pairOnce(ledger, delta)) {
     }
     return delta;
 }

@@ -198,7 +198,7 @@ class SharedVector {
 // A hash table of records by key, in no set order.
 template <typename K, typename V, typename Hash = std::hash<K>>
 class SharedMap {
-    static constexpr std::size_t kChunkCount = 256;
+    static constexpr std::size_t kChunkCount = 4096;
     using Element = std::shared_ptr<const V>;
     using Chunk = std::unordered_map<K, Element, Hash>;
     struct Table {

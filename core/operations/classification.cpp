@@ -31,6 +31,7 @@ std::vector<Uuid> unprotectedCoveredBy(const Ledger& ledger, const std::vector<s
     std::vector<Uuid> ids;
     if (keys.empty())
         return ids;
+    std::vector<const LedgerTransaction*> open;
     for (const auto& transaction : ledger.transactions) {
         if (!transaction.isActive() || excluded.contains(transaction.id))
             continue;
@@ -41,11 +42,17 @@ std::vector<Uuid> unprotectedCoveredBy(const Ledger& ledger, const std::vector<s
         } else if (transaction.review == ReviewState::confirmed) {
             continue;
         }
-        const auto key = MerchantKeys::of(transaction.rawDescription);
+        open.push_back(&transaction);
+    }
+    std::vector<const std::string*> descriptions;
+    descriptions.reserve(open.size());
+    for (const LedgerTransaction* transaction : open)
+        descriptions.push_back(&transaction->rawDescription);
+    MerchantKeys::visit(descriptions, [&](std::size_t i, std::string_view key) {
         if (std::any_of(keys.begin(), keys.end(),
                         [&](const std::string& k) { return MerchantKeys::isCoveredBy(key, k); }))
-            ids.push_back(transaction.id);
-    }
+            ids.push_back(open[i]->id);
+    });
     return ids;
 }
 
@@ -219,6 +226,7 @@ LedgerDelta classify(Ledger& ledger, const Classification& decision, Instant now
             keys.push_back(key);
     }
 
+    bool rematchedLast = false;
     if (decision.remember && merchantID && ledger.merchant(merchantID)) {
         std::vector<Uuid> holders;
         for (const auto& merchant : ledger.merchants) {
@@ -263,9 +271,11 @@ LedgerDelta classify(Ledger& ledger, const Classification& decision, Instant now
         });
         delta.change(RecordKind::merchant, *merchantID);
         delta.merge(rematch(ledger, unprotectedCoveredBy(ledger, keys, chosen, false)));
+        rematchedLast = true;
     }
 
     if (!rejectedKeys.empty()) {
+        rematchedLast = false;
         for (const auto& key : rejectedKeys) {
             const AIFiling* filing = ledger.aiFilings.find(key);
             if (!filing || filing->rejected)
@@ -276,9 +286,13 @@ LedgerDelta classify(Ledger& ledger, const Classification& decision, Instant now
         // One correction withdraws the model's filing everywhere it was used.
         const std::vector<std::string> withdrawn(rejectedKeys.begin(), rejectedKeys.end());
         delta.merge(rematch(ledger, unprotectedCoveredBy(ledger, withdrawn, chosen, true)));
+        rematchedLast = true;
     }
 
-    delta.merge(pairTransfers(ledger));
+    // A rematch ends by pairing transfers; right after one, pairing again
+    // could change nothing.
+    if (!rematchedLast)
+        delta.merge(pairTransfers(ledger));
     delta.merge(record(ledger, changeSetFor(original, delta, decision.label, now)));
     return delta;
 }
