@@ -32,7 +32,7 @@ void putOptional(boost::json::object& object, std::string_view key, const std::o
 }
 
 void putOptionalText(boost::json::object& object, std::string_view key,
-                     const std::optional<std::string>& value) {
+                     const std::optional<std::string_view>& value) {
     if (value)
         object[key] = *value;
 }
@@ -65,17 +65,17 @@ boost::json::value analysisJSON(const FileAnalysis& analysis) {
         boost::json::object r{{"line", row.line},
                               {"date", row.date.iso()},
                               {"amount", row.amount},
-                              {"description", row.description},
+                              {"description", row.description()},
                               {"status", rawValue(row.status)},
-                              {"rawText", row.rawText},
-                              {"fingerprint", row.fingerprint},
+                              {"rawText", row.rawText()},
+                              {"fingerprint", row.fingerprint()},
                               {"occurrence", row.occurrence}};
         putOptional(r, "postedDate", row.postedDate);
-        putOptionalText(r, "bankMerchant", row.bankMerchant);
-        putOptionalText(r, "bankCategory", row.bankCategory);
-        putOptionalText(r, "checkNumber", row.checkNumber);
-        putOptionalText(r, "cardIdentifier", row.cardIdentifier);
-        putOptionalText(r, "externalID", row.externalID);
+        putOptionalText(r, "bankMerchant", row.bankMerchant());
+        putOptionalText(r, "bankCategory", row.bankCategory());
+        putOptionalText(r, "checkNumber", row.checkNumber());
+        putOptionalText(r, "cardIdentifier", row.cardIdentifier());
+        putOptionalText(r, "externalID", row.externalID());
         rows.push_back(std::move(r));
     }
     object["rows"] = std::move(rows);
@@ -125,11 +125,11 @@ void printAnalysis(std::ostream& out, const FileAnalysis& analysis) {
         << " couldn't be read, " << analysis.blankLines << " blank lines\n";
     for (const auto& row : analysis.rows) {
         out << "    line " << row.line << "  " << row.date.iso() << "  "
-            << Money::format(row.amount) << "  " << row.description;
+            << Money::format(row.amount) << "  " << row.description();
         if (row.status == TransactionStatus::pending)
             out << "  (pending)";
-        if (row.cardIdentifier)
-            out << "  [" << *row.cardIdentifier << "]";
+        if (const auto card = row.cardIdentifier())
+            out << "  [" << *card << "]";
         out << '\n';
     }
     for (const auto& issue : analysis.issues)

@@ -43,7 +43,7 @@ std::vector<icu::UnicodeString> literalBlocks(std::string_view tag, const icu::U
 std::vector<std::string> blockTexts(const copperwick::FileAnalysis& analysis) {
     std::vector<std::string> texts(analysis.rows.size() + analysis.issues.size());
     std::vector<bool> seen(texts.size(), false);
-    const auto take = [&](int64_t line, const std::string& rawText) {
+    const auto take = [&](int64_t line, std::string_view rawText) {
         check(line >= 1 && static_cast<std::size_t>(line) <= texts.size());
         const auto at = static_cast<std::size_t>(line - 1);
         check(!seen[at]);
@@ -54,10 +54,10 @@ std::vector<std::string> blockTexts(const copperwick::FileAnalysis& analysis) {
     for (const auto& row : analysis.rows) {
         check(row.line > previous);
         check(row.occurrence >= 1);
-        check(!row.description.empty());
-        check(!row.fingerprint.empty());
+        check(!row.description().empty());
+        check(!row.fingerprint().empty());
         previous = row.line;
-        take(row.line, row.rawText);
+        take(row.line, row.rawText());
     }
     previous = 0;
     for (const auto& issue : analysis.issues) {

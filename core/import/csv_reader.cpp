@@ -191,173 +191,21 @@ bool startsWith(std::string_view bytes, std::string_view prefix) {
     return bytes.substr(0, prefix.size()) == prefix;
 }
 
-// The parser walks bytes: quote, delimiter and line breaks are ASCII (or, for
-// an unusual delimiter, a whole encoded scalar), and no byte of a multi-byte
-// UTF-8 sequence is ASCII, so every other scalar passes through untouched.
-class Parser {
-  public:
-    Parser(std::string_view text, char32_t delimiter) : m_text(text) {
-        if (delimiter == 0 || delimiter > 0x10FFFF || U_IS_SURROGATE(delimiter))
-            delimiter = U',';
-        int32_t length = 0;
-        U8_APPEND_UNSAFE(m_delimiter, length, delimiter);
-        m_delimiterLength = static_cast<std::size_t>(length);
-        m_special[static_cast<uint8_t>('"')] = true;
-        m_special[static_cast<uint8_t>('\n')] = true;
-        m_special[static_cast<uint8_t>('\r')] = true;
-        m_special[m_delimiter[0]] = true;
-    }
+std::size_t afterLineBreak(std::string_view text, std::size_t at) {
+    if (text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n')
+        return at + 2;
+    return at + 1;
+}
 
-    std::vector<CSVRecord> run() {
-        // Enough slots for one record per line, so the vector never doubles
-        // past what a large file needs.
-        auto breaks = std::count(m_text.begin(), m_text.end(), '\n');
-        if (breaks == 0)
-            breaks = std::count(m_text.begin(), m_text.end(), '\r');
-        m_records.reserve(static_cast<std::size_t>(breaks) + 1);
-
-        const std::size_t size = m_text.size();
-        std::size_t i = 0;
-        while (i < size) {
-            if (m_inQuotes)
-                i = stepInsideQuotes(i);
-            else
-                i = stepOutsideQuotes(i);
-        }
-        if (!m_field.empty() || !m_fields.empty() || m_wasQuoted) {
-            finishField();
-            finishRecord(size);
-        }
-        return std::move(m_records);
-    }
-
-  private:
-    std::size_t stepOutsideQuotes(std::size_t i) {
-        const std::size_t start = i;
-        while (i < m_text.size() && !m_special[static_cast<uint8_t>(m_text[i])])
-            ++i;
-        m_field.append(m_text, start, i - start);
-        if (i == m_text.size())
-            return i;
-
-        const char c = m_text[i];
-        if (c == '"') {
-            if (fieldIsBlank()) {
-                // Blanks before an opening quote are layout, not content.
-                m_field.clear();
-                m_inQuotes = true;
-                m_wasQuoted = true;
-            } else {
-                m_field.push_back('"');
-                m_fieldHasText = true;
-            }
-            return i + 1;
-        }
-        // Line breaks win over a delimiter that happens to be one, so a
-        // record's raw text stays on one line.
-        if (c == '\n' || c == '\r') {
-            finishField();
-            finishRecord(i);
-            const std::size_t next = afterLineBreak(i);
-            ++m_line;
-            m_recordLine = m_line;
-            m_rawStart = next;
-            return next;
-        }
-        // The only other special byte is the delimiter's first.
-        if (m_delimiterLength == 1 || m_text.substr(i, m_delimiterLength) == delimiter()) {
-            finishField();
-            m_wasQuoted = false;
-            return i + m_delimiterLength;
-        }
-        m_field.push_back(c);
-        return i + 1;
-    }
-
-    std::size_t stepInsideQuotes(std::size_t i) {
-        const std::size_t start = i;
-        while (i < m_text.size() && m_text[i] != '"' && m_text[i] != '\n' && m_text[i] != '\r')
-            ++i;
-        m_field.append(m_text, start, i - start);
-        if (i == m_text.size())
-            return i;
-
-        if (m_text[i] == '"') {
-            if (i + 1 < m_text.size() && m_text[i + 1] == '"') {
-                m_field.push_back('"');
-                return i + 2;
-            }
-            m_inQuotes = false;
-            return i + 1;
-        }
-        // Whatever the file used, a quoted line break is LF in the field and
-        // one blank in the raw text, which is shown on a single line.
-        m_field.push_back('\n');
-        m_raw.append(m_text, m_rawStart, i - m_rawStart);
-        m_raw.push_back(' ');
-        const std::size_t next = afterLineBreak(i);
-        m_rawStart = next;
-        ++m_line;
-        return next;
-    }
-
-    std::string_view delimiter() const {
-        return {reinterpret_cast<const char*>(m_delimiter), m_delimiterLength};
-    }
-
-    std::size_t afterLineBreak(std::size_t i) const {
-        if (m_text[i] == '\r' && i + 1 < m_text.size() && m_text[i + 1] == '\n')
-            return i + 2;
-        return i + 1;
-    }
-
-    // Only asked when a quote turns up outside quotes; once the field has
-    // shown text it keeps it until the next field, so no byte is looked at
-    // twice.
-    bool fieldIsBlank() {
-        if (m_field.empty())
-            return true;
-        if (m_fieldHasText)
-            return false;
-        m_fieldHasText = !isBlankText(m_field);
-        return !m_fieldHasText;
-    }
-
-    void finishField() {
-        const std::string_view value =
-            m_wasQuoted ? std::string_view(m_field) : trimmedWhitespace(m_field);
-        m_fields.emplace_back(value);
-        m_field.clear();
-        m_fieldHasText = false;
-    }
-
-    void finishRecord(std::size_t rawEnd) {
-        m_raw.append(m_text, m_rawStart, rawEnd - m_rawStart);
-        const std::size_t fieldCount = m_fields.size();
-        m_records.push_back(CSVRecord{
-            .line = m_recordLine, .fields = std::move(m_fields), .rawText = std::move(m_raw)});
-        m_fields = {};
-        m_fields.reserve(fieldCount);  // rows of one file nearly always agree
-        m_raw = {};
-        m_wasQuoted = false;
-    }
-
-    std::string_view m_text;
-    uint8_t m_delimiter[U8_MAX_LENGTH] = {};
-    std::size_t m_delimiterLength = 1;
-    std::array<bool, 256> m_special = {};
-
-    std::vector<CSVRecord> m_records;
-    std::vector<std::string> m_fields;
-    std::string m_field;
-    std::string m_raw;
-    std::size_t m_rawStart = 0;
-    bool m_inQuotes = false;
-    bool m_wasQuoted = false;
-    bool m_fieldHasText = false;
-    int64_t m_line = 1;
-    int64_t m_recordLine = 1;
-};
+// Blanks around an unquoted field are layout, not content.
+void trimInPlace(std::string& field) {
+    const std::string_view kept = trimmedWhitespace(field);
+    if (kept.size() == field.size())
+        return;
+    const auto offset = static_cast<std::size_t>(kept.data() - field.data());
+    field.erase(offset + kept.size());
+    field.erase(0, offset);
+}
 
 }  // namespace
 
@@ -366,9 +214,153 @@ bool CSVRecord::isBlank() const {
                        [](const std::string& field) { return isBlankText(field); });
 }
 
+DecodedText DecodedText::borrowing(std::string_view bytes) {
+    DecodedText text;
+    text.m_borrowed = bytes;
+    return text;
+}
+
+DecodedText DecodedText::owning(std::string converted) {
+    DecodedText text;
+    text.m_owned = std::move(converted);
+    text.m_owns = true;
+    return text;
+}
+
+std::string DecodedText::toString() && {
+    return m_owns ? std::move(m_owned) : std::string(m_borrowed);
+}
+
+// The stream walks bytes: quote, delimiter and line breaks are ASCII (or, for
+// an unusual delimiter, a whole encoded scalar), and no byte of a multi-byte
+// UTF-8 sequence is ASCII, so every other scalar passes through untouched.
+CSVRecordStream::CSVRecordStream(std::string_view text, char32_t delimiter) : m_text(text) {
+    if (delimiter == 0 || delimiter > 0x10FFFF || U_IS_SURROGATE(delimiter))
+        delimiter = U',';
+    uint8_t encoded[U8_MAX_LENGTH] = {};
+    int32_t length = 0;
+    U8_APPEND_UNSAFE(encoded, length, delimiter);
+    std::memcpy(m_delimiter.data(), encoded, static_cast<std::size_t>(length));
+    m_delimiterLength = static_cast<std::size_t>(length);
+    m_special[static_cast<uint8_t>('"')] = true;
+    m_special[static_cast<uint8_t>('\n')] = true;
+    m_special[static_cast<uint8_t>('\r')] = true;
+    m_special[encoded[0]] = true;
+}
+
+bool CSVRecordStream::next(CSVRecord& record) {
+    const std::size_t size = m_text.size();
+    if (m_at >= size)
+        return false;
+    record.line = m_line;
+    record.rawText.clear();
+    std::size_t rawStart = m_at;
+    std::size_t at = m_at;
+    std::size_t count = 0;
+    for (;;) {
+        if (count == record.fields.size())
+            record.fields.emplace_back();
+        std::string& field = record.fields[count++];
+        field.clear();
+        bool quoted = false;
+        at = readField(at, field, record.rawText, rawStart, quoted);
+        if (!quoted)
+            trimInPlace(field);
+        // A field stops at the end, at a line break or at the delimiter; line
+        // breaks win over a delimiter that happens to be one, so a record's
+        // raw text stays on one line.
+        if (at == size || m_text[at] == '\n' || m_text[at] == '\r')
+            break;
+        at += m_delimiterLength;
+    }
+    record.fields.resize(count);
+    record.rawText.append(m_text, rawStart, at - rawStart);
+    if (at < size) {
+        at = afterLineBreak(m_text, at);
+        ++m_line;
+    }
+    m_at = at;
+    return true;
+}
+
+std::size_t CSVRecordStream::readField(std::size_t at, std::string& field, std::string& raw,
+                                       std::size_t& rawStart, bool& quoted) {
+    const std::size_t size = m_text.size();
+    bool inQuotes = false;
+    // Once the field has shown text it keeps it, so a quote late in a long
+    // field doesn't look at its bytes again.
+    bool hasText = false;
+    for (;;) {
+        const std::size_t start = at;
+        if (!inQuotes) {
+            while (at < size && !m_special[static_cast<uint8_t>(m_text[at])])
+                ++at;
+            field.append(m_text, start, at - start);
+            if (at == size)
+                return at;
+            const char c = m_text[at];
+            if (c == '"') {
+                if (!hasText)
+                    hasText = !isBlankText(field);
+                if (!hasText) {
+                    // Blanks before an opening quote are layout, not content.
+                    field.clear();
+                    inQuotes = true;
+                    quoted = true;
+                } else {
+                    field.push_back('"');
+                }
+                ++at;
+                continue;
+            }
+            if (c == '\n' || c == '\r')
+                return at;
+            // The only other special byte is the delimiter's first.
+            if (m_delimiterLength == 1 ||
+                m_text.substr(at, m_delimiterLength) ==
+                    std::string_view(m_delimiter.data(), m_delimiterLength))
+                return at;
+            field.push_back(c);
+            ++at;
+            continue;
+        }
+
+        while (at < size && m_text[at] != '"' && m_text[at] != '\n' && m_text[at] != '\r')
+            ++at;
+        field.append(m_text, start, at - start);
+        if (at == size)
+            return at;  // a quote left open ends with the text
+        if (m_text[at] == '"') {
+            if (at + 1 < size && m_text[at + 1] == '"') {
+                field.push_back('"');
+                at += 2;
+            } else {
+                inQuotes = false;
+                ++at;
+            }
+            continue;
+        }
+        // Whatever the file used, a quoted line break is LF in the field and
+        // one blank in the raw text, which is shown on a single line.
+        field.push_back('\n');
+        raw.append(m_text, rawStart, at - rawStart);
+        raw.push_back(' ');
+        at = afterLineBreak(m_text, at);
+        rawStart = at;
+        ++m_line;
+    }
+}
+
 namespace CSVReader {
 
 std::variant<std::string, CSVReaderError> decode(std::string_view bytes) {
+    auto decoded = decodeBorrowing(bytes);
+    if (const auto* error = std::get_if<CSVReaderError>(&decoded))
+        return *error;
+    return std::move(std::get<DecodedText>(decoded)).toString();
+}
+
+std::variant<DecodedText, CSVReaderError> decodeBorrowing(std::string_view bytes) {
     if (bytes.empty())
         return CSVReaderError::empty;
 
@@ -382,20 +374,24 @@ std::variant<std::string, CSVReaderError> decode(std::string_view bytes) {
         if (isStrictUtf8(bytes)) {
             if (startsWith(bytes, kByteOrderMarkUtf8))
                 bytes.remove_prefix(kByteOrderMarkUtf8.size());
-            return std::string(bytes);
+            return DecodedText::borrowing(bytes);
         }
         // ICU maps the five bytes code page 1252 leaves undefined to C1
         // controls; a file holding them is no 1252 text, so they refuse it.
         // Such text cannot start with U+FEFF, so it is returned as it is.
-        auto latin = convertStrictly("windows-1252", bytes, bytes.size(), Refuse::c1Controls);
+        // Every byte past ASCII takes two or three bytes in UTF-8.
+        const auto high = static_cast<std::size_t>(std::count_if(
+            bytes.begin(), bytes.end(), [](char c) { return static_cast<uint8_t>(c) >= 0x80; }));
+        auto latin =
+            convertStrictly("windows-1252", bytes, bytes.size() + 2 * high, Refuse::c1Controls);
         if (!latin)
             return CSVReaderError::unreadableEncoding;
-        return std::move(*latin);
+        return DecodedText::owning(std::move(*latin));
     }
 
     if (startsWith(*text, kByteOrderMarkUtf8))
         text->erase(0, kByteOrderMarkUtf8.size());
-    return std::move(*text);
+    return DecodedText::owning(std::move(*text));
 }
 
 char32_t detectDelimiter(std::string_view text) {
@@ -432,7 +428,24 @@ char32_t detectDelimiter(std::string_view text) {
 }
 
 std::vector<CSVRecord> parse(std::string_view text, char32_t delimiter) {
-    return Parser(text, delimiter).run();
+    std::vector<CSVRecord> records;
+    records.reserve(maxRecords(text));
+    CSVRecordStream stream(text, delimiter);
+    CSVRecord record;
+    while (stream.next(record))
+        records.push_back(record);  // a copy sized to fit; `record` keeps its buffers
+    return records;
+}
+
+std::size_t maxRecords(std::string_view text) {
+    // Each LF ends a line, and so does each CR that no LF follows.
+    auto breaks = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    for (std::size_t at = text.find('\r'); at != std::string_view::npos;
+         at = text.find('\r', at + 1)) {
+        if (at + 1 == text.size() || text[at + 1] != '\n')
+            ++breaks;
+    }
+    return breaks + 1;
 }
 
 }  // namespace CSVReader

@@ -6,8 +6,10 @@
 // whole-file failure is the text in `problem`, never an exception.
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/model/date_layout.h"
@@ -18,24 +20,62 @@
 
 namespace copperwick {
 
-// One readable transaction line.
-struct ParsedRow {
-    int64_t line = 0;  // the record's first physical line, or the OFX block's number
+// One readable transaction line. The plain values are members; the texts sit
+// in one block per row and are read through accessors, whose views last as
+// long as the row and its texts stay as they are. A column that stands
+// unchanged in the raw text is kept as its place there, and the fingerprint
+// is derived rather than stored, so a large file's rows stay a small multiple
+// of the file's size. A value: copyable, equatable, safe to read from any
+// thread.
+class ParsedRow {
+  public:
+    // The texts of a row as a reader hands them over; they are copied.
+    struct Texts {
+        std::string_view rawText;
+        std::string_view description;
+        std::optional<std::string_view> bankMerchant;
+        std::optional<std::string_view> bankCategory;
+        std::optional<std::string_view> checkNumber;
+        std::optional<std::string_view> cardIdentifier;
+        std::optional<std::string_view> externalID;
+    };
+
+    // In an order that packs them tightly.
+    int64_t line = 0;    // the record's first physical line, or the OFX block's number
+    int64_t amount = 0;  // cents; negative is money out
+    int64_t occurrence = 1;
     LocalDate date;
     std::optional<LocalDate> postedDate;
-    int64_t amount = 0;       // cents; negative is money out
-    std::string description;  // line breaks turned into blanks
-    std::optional<std::string> bankMerchant;
-    std::optional<std::string> bankCategory;
     TransactionStatus status = TransactionStatus::posted;
-    std::optional<std::string> checkNumber;
-    std::string rawText;
-    std::string fingerprint;
-    int64_t occurrence = 1;
-    std::optional<std::string> cardIdentifier;  // "Card ending 1234" or "Cardholder: NAME"
-    std::optional<std::string> externalID;
 
-    friend bool operator==(const ParsedRow&, const ParsedRow&) = default;
+    ParsedRow() = default;
+    ParsedRow(const ParsedRow& other);
+    ParsedRow(ParsedRow&&) noexcept = default;
+    ParsedRow& operator=(const ParsedRow& other);
+    ParsedRow& operator=(ParsedRow&&) noexcept = default;
+    ~ParsedRow() = default;
+
+    // Replaces every text of the row; the texts may be views into the row itself.
+    void setTexts(const Texts& texts);
+
+    [[nodiscard]] std::string_view description() const;  // line breaks turned into blanks
+    [[nodiscard]] std::optional<std::string_view> bankMerchant() const;
+    [[nodiscard]] std::optional<std::string_view> bankCategory() const;
+    [[nodiscard]] std::optional<std::string_view> checkNumber() const;
+    [[nodiscard]] std::string_view rawText() const;
+    // "{ISO date}|{cents}|{normalized description}", as ImportAnalyzer::fingerprint.
+    [[nodiscard]] std::string fingerprint() const;
+    // "Card ending 1234" or "Cardholder: NAME".
+    [[nodiscard]] std::optional<std::string_view> cardIdentifier() const;
+    [[nodiscard]] std::optional<std::string_view> externalID() const;
+    // The description as the fingerprint carries it: MerchantText::normalize.
+    [[nodiscard]] std::string_view normalizedDescription() const;
+
+    friend bool operator==(const ParsedRow& a, const ParsedRow& b);
+
+  private:
+    // The texts in one allocation; the layout is described where it is written.
+    std::unique_ptr<char[]> m_texts;
 };
 
 // One line that couldn't be read, with the reason a person reads.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <set>
 
 #include <openssl/evp.h>
@@ -13,6 +14,53 @@
 #include "core/model/text.h"
 
 namespace copperwick {
+
+namespace {
+
+constexpr std::array<std::string_view, 6> kCardMarkers{
+    "ONLINE PAYMENT, THANK YOU", "ONLINE PAYMENT THANK YOU",      "INTEREST CHARGE ON PURCHASES",
+    "PAYMENT THANK YOU",         "AUTOMATIC PAYMENT - THANK YOU", "AUTOPAY PAYMENT"};
+constexpr std::array<std::string_view, 10> kBankMarkers{"ZELLE",
+                                                        "PAYROLL",
+                                                        "DIRECT DEP",
+                                                        "DIR DEP",
+                                                        "ATM ",
+                                                        "CASH DEPOSIT",
+                                                        "PURCHASE AUTHORIZED ON",
+                                                        "ONLINE TRANSFER",
+                                                        "MOBILE DEPOSIT",
+                                                        "CHECK #"};
+
+// Which kinds of marker a file's normalized descriptions have shown so far.
+// Once both have, nothing can change the answer, so later texts are passed by.
+class MarkerScan {
+  public:
+    void add(std::string_view normalized) {
+        if (sawBoth())
+            return;
+        const auto contains = [normalized](std::string_view marker) {
+            return normalized.find(marker) != std::string_view::npos;
+        };
+        m_card = m_card || std::any_of(kCardMarkers.begin(), kCardMarkers.end(), contains);
+        m_bank = m_bank || std::any_of(kBankMarkers.begin(), kBankMarkers.end(), contains);
+    }
+
+    [[nodiscard]] bool sawBoth() const { return m_card && m_bank; }
+
+    [[nodiscard]] std::optional<AccountType> guess() const {
+        if (m_card && !m_bank)
+            return AccountType::creditCard;
+        if (m_bank && !m_card)
+            return AccountType::checking;
+        return std::nullopt;
+    }
+
+  private:
+    bool m_card = false;
+    bool m_bank = false;
+};
+
+}  // namespace
 
 namespace ImportAnalyzer {
 
@@ -37,13 +85,14 @@ bool containsIgnoringCase(std::string_view haystack, std::string_view needle) {
 
 // A field as the row procedure reads it: trimmed of blanks and line breaks,
 // absent when the column is missing, the row is short, or nothing is left.
-std::optional<std::string> readField(const CSVRecord& record, std::optional<std::size_t> column) {
+std::optional<std::string_view> readField(const CSVRecord& record,
+                                          std::optional<std::size_t> column) {
     if (!column || *column >= record.fields.size())
         return std::nullopt;
     const auto trimmed = text::trimmed(record.fields[*column]);
     if (trimmed.empty())
         return std::nullopt;
-    return std::string(trimmed);
+    return trimmed;
 }
 
 std::string quoted(std::string_view text) {
@@ -55,14 +104,101 @@ bool isCurrencyCode(std::string_view code) {
            std::all_of(code.begin(), code.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
-std::string digitsOf(std::string_view text) {
-    std::string digits;
+void appendDigits(std::string_view text, std::string& out) {
     for (char c : text) {
         if (c >= '0' && c <= '9')
-            digits.push_back(c);
+            out.push_back(c);
     }
-    return digits;
 }
+
+// Counts rows by their occurrence key, "{fingerprint}|card:{card, lower
+// case}", without keeping a copy of every key: each slot holds 32 bits of the
+// key's hash, which also place it, and the latest row with that key. A key
+// is rebuilt from its row only when the hashes agree, and growing the table
+// never has to look at the rows. The fingerprint's date and amount are
+// compared as values: their text forms hold no bar and stand for one value
+// each, so the keys are equal exactly when these and the rest are.
+class OccurrenceCounter {
+  public:
+    // `rows` is the list the counted rows go into. The table starts small and
+    // doubles, so its size follows the rows actually read.
+    explicit OccurrenceCounter(const std::vector<ParsedRow>& rows) : m_rows(rows), m_slots(16) {}
+
+    // The occurrence of `row`, which the caller appends to the rows next.
+    [[nodiscard]] int64_t count(const ParsedRow& row) {
+        if ((m_used + 1) * 4 > m_slots.size() * 3)
+            grow();
+        keyRest(row, m_key);
+        const uint32_t hash = hashOf(row, m_key);
+        // Rows are counted in 32 bits; no file comes near four billion lines.
+        const auto index = static_cast<uint32_t>(m_rows.size());
+        const std::size_t mask = m_slots.size() - 1;
+        for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+            Slot& slot = m_slots[i];
+            if (slot.rowPlusOne == 0) {
+                slot = {hash, index + 1};
+                ++m_used;
+                return 1;
+            }
+            if (slot.hash != hash)
+                continue;
+            const ParsedRow& latest = m_rows[slot.rowPlusOne - 1];
+            if (latest.date != row.date || latest.amount != row.amount)
+                continue;
+            keyRest(latest, m_otherKey);
+            if (m_otherKey != m_key)
+                continue;
+            slot.rowPlusOne = index + 1;
+            return latest.occurrence + 1;
+        }
+    }
+
+  private:
+    struct Slot {
+        uint32_t hash = 0;
+        uint32_t rowPlusOne = 0;  // 0 for an empty slot
+    };
+
+    // The key after "{date}|{amount}|".
+    static void keyRest(const ParsedRow& row, std::string& out) {
+        out.assign(row.normalizedDescription());
+        out += "|card:";
+        if (const auto card = row.cardIdentifier())
+            out += text::lowercased(*card);
+    }
+
+    static uint32_t hashOf(const ParsedRow& row, std::string_view keyRest) {
+        uint64_t hash = std::hash<std::string_view>{}(keyRest);
+        const auto mix = [&hash](uint64_t value) {
+            hash ^= value + 0x9e3779b97f4a7c15ULL + (hash << 6) + (hash >> 2);
+        };
+        mix(static_cast<uint64_t>(row.date.year * 10'000 + row.date.month * 100 + row.date.day));
+        mix(static_cast<uint64_t>(row.amount));
+        // The low bits place the slot, so every bit of the input must reach them.
+        hash = (hash ^ (hash >> 30)) * 0xbf58476d1ce4e5b9ULL;
+        hash = (hash ^ (hash >> 27)) * 0x94d049bb133111ebULL;
+        return static_cast<uint32_t>(hash ^ (hash >> 31));
+    }
+
+    void grow() {
+        std::vector<Slot> old(m_slots.size() * 2);
+        old.swap(m_slots);
+        const std::size_t mask = m_slots.size() - 1;
+        for (const Slot& slot : old) {
+            if (slot.rowPlusOne == 0)
+                continue;
+            std::size_t i = slot.hash & mask;
+            while (m_slots[i].rowPlusOne != 0)
+                i = (i + 1) & mask;
+            m_slots[i] = slot;
+        }
+    }
+
+    const std::vector<ParsedRow>& m_rows;
+    std::vector<Slot> m_slots;
+    std::size_t m_used = 0;
+    std::string m_key, m_otherKey;  // kept between rows for their buffers
+};
 
 // Where each of the layout's columns stands in this file.
 struct Columns {
@@ -109,13 +245,17 @@ FileAnalysis freshAnalysis(std::string_view fileName, std::string_view data) {
     return analysis;
 }
 
-// The row procedure for one data record. Returns the row, or records the
-// first issue it meets and returns nothing.
+// The row procedure for one data record: appends the row, or records the
+// first issue it meets.
 class RowReader {
   public:
     RowReader(const ImportProfile& profile, const Columns& columns, FileAnalysis& analysis,
               bool flipSigns)
-        : m_profile(profile), m_columns(columns), m_analysis(analysis), m_flipSigns(flipSigns) {
+        : m_profile(profile),
+          m_columns(columns),
+          m_analysis(analysis),
+          m_flipSigns(flipSigns),
+          m_occurrences(analysis.rows) {
         for (const auto& value : profile.pendingValues)
             m_pendingValues.insert(text::lowercased(value));
     }
@@ -209,25 +349,32 @@ class RowReader {
             description = merchant;
         if (!description)
             return issue("No description in this row.");
-        std::replace(description->begin(), description->end(), '\n', ' ');
+        if (description->find('\n') != std::string_view::npos) {
+            m_description.assign(*description);
+            std::replace(m_description.begin(), m_description.end(), '\n', ' ');
+            description = m_description;
+        }
 
         const auto status = readField(record, m_columns.status);
         const bool pending = status && m_pendingValues.contains(text::lowercased(*status));
 
-        std::optional<std::string> lastFour;
+        std::optional<std::string_view> lastFour;
         if (const auto card = readField(record, m_columns.cardNumber)) {
-            const auto digits = digitsOf(*card);
-            if (digits.size() >= 4)
-                lastFour = digits.substr(digits.size() - 4);
+            m_digits.clear();
+            appendDigits(*card, m_digits);
+            if (m_digits.size() >= 4)
+                lastFour = std::string_view(m_digits).substr(m_digits.size() - 4);
         }
         if (lastFour &&
             std::find(m_cardDigits.begin(), m_cardDigits.end(), *lastFour) == m_cardDigits.end())
-            m_cardDigits.push_back(*lastFour);
-        std::optional<std::string> cardIdentifier;
+            m_cardDigits.emplace_back(*lastFour);
+        std::optional<std::string_view> cardIdentifier;
         if (const auto holder = readField(record, m_columns.cardholder)) {
-            cardIdentifier = "Cardholder: " + *holder;
+            m_card.assign("Cardholder: ").append(*holder);
+            cardIdentifier = m_card;
         } else if (lastFour) {
-            cardIdentifier = "Card ending " + *lastFour;
+            m_card.assign("Card ending ").append(*lastFour);
+            cardIdentifier = m_card;
         }
 
         ParsedRow row;
@@ -235,24 +382,26 @@ class RowReader {
         row.date = *date;
         row.postedDate = postedDate;
         row.amount = amount;
-        row.description = std::move(*description);
-        row.bankMerchant = merchant;
-        row.bankCategory = readField(record, m_columns.category);
         row.status = pending ? TransactionStatus::pending : TransactionStatus::posted;
-        row.checkNumber = readField(record, m_columns.checkNumber);
-        row.rawText = record.rawText;
-        row.fingerprint = fingerprint(row.date, row.amount, row.description);
-        const std::string key =
-            row.fingerprint +
-            "|card:" + (cardIdentifier ? text::lowercased(*cardIdentifier) : std::string());
-        row.occurrence = ++m_occurrences[key];
-        row.cardIdentifier = std::move(cardIdentifier);
-        row.externalID = readField(record, m_columns.externalID);
+        row.setTexts({.rawText = record.rawText,
+                      .description = *description,
+                      .bankMerchant = merchant,
+                      .bankCategory = readField(record, m_columns.category),
+                      .checkNumber = readField(record, m_columns.checkNumber),
+                      .cardIdentifier = cardIdentifier,
+                      .externalID = readField(record, m_columns.externalID)});
+        row.occurrence = m_occurrences.count(row);
+        if (!m_profile.accountType)
+            m_markers.add(row.normalizedDescription());
         m_analysis.rows.push_back(std::move(row));
     }
 
     // Card digits seen in the rows, in order of first appearance.
     [[nodiscard]] const std::vector<std::string>& cardDigits() const { return m_cardDigits; }
+    // What the rows' descriptions say about the account, when the layout doesn't.
+    [[nodiscard]] std::optional<AccountType> typeHint() const {
+        return m_profile.accountType ? m_profile.accountType : m_markers.guess();
+    }
 
   private:
     const ImportProfile& m_profile;
@@ -260,32 +409,135 @@ class RowReader {
     FileAnalysis& m_analysis;
     bool m_flipSigns;
     std::set<std::string> m_pendingValues;
-    std::map<std::string, int64_t> m_occurrences;
+    OccurrenceCounter m_occurrences;
+    MarkerScan m_markers;
     std::vector<std::string> m_cardDigits;
+    // Kept between rows for their buffers.
+    std::string m_description, m_digits, m_card;
 };
 
-FileAnalysis analyzeText(FileAnalysis analysis, std::string_view data, const std::string& text,
+// Where the data records come from, for `parse` and for the streaming read:
+// calls `visit` on each record after the header, in order, until it returns
+// false.
+using ForEachRecord = std::function<void(const std::function<bool(const CSVRecord&)>& visit)>;
+
+// Puts the header in the analysis; returns the index of the first data record.
+std::size_t takeHeader(const DetectedLayout& layout, const std::vector<CSVRecord>& head,
+                       FileAnalysis& analysis) {
+    analysis.profile = layout.profile;
+    if (!layout.headerIndex) {
+        analysis.headers = layout.profile.headerlessColumns;
+        return 0;
+    }
+    analysis.headers = head[*layout.headerIndex].fields;
+    analysis.skippedLines = static_cast<int64_t>(*layout.headerIndex);
+    return *layout.headerIndex + 1;
+}
+
+// Everything `parse` does past the header. The records are walked twice at
+// most: once for the date samples, once for the rows.
+void readData(const ForEachRecord& forEachRecord, std::size_t expectedRows,
+              const DetectedLayout& layout, FileAnalysis& analysis, bool flipSigns) {
+    const ImportProfile& profile = layout.profile;
+    const Columns columns = locate(profile, layout.columns);
+    if (!columns.date || !columns.description ||
+        (!columns.amount && (!columns.debit || !columns.credit))) {
+        analysis.problem = "The layout " + quoted(profile.name) +
+                           " is missing a date, description or amount column.";
+        return;
+    }
+    analysis.currencyHint = profile.currency;
+
+    if (profile.dateLayout) {
+        analysis.dateLayout = profile.dateLayout;
+    } else {
+        std::vector<std::string> samples;
+        forEachRecord([&](const CSVRecord& record) {
+            if (!record.isBlank() && *columns.date < record.fields.size())
+                samples.push_back(record.fields[*columns.date]);
+            return samples.size() < kDateSampleRecords;
+        });
+        analysis.dateLayout = detectDateLayout(samples);
+    }
+
+    analysis.rows.reserve(expectedRows);
+    RowReader reader(profile, columns, analysis, flipSigns);
+    forEachRecord([&](const CSVRecord& record) {
+        reader.read(record);
+        return true;
+    });
+
+    if (!analysis.dateLayout)
+        analysis.problem = "The dates in this file aren't in a format Copperwick can read.";
+    for (const auto& digits : reader.cardDigits()) {
+        if (std::find(analysis.digitHints.begin(), analysis.digitHints.end(), digits) ==
+            analysis.digitHints.end())
+            analysis.digitHints.push_back(digits);
+    }
+    analysis.typeHint = reader.typeHint();
+}
+
+// Detection and the samples need only the head of the file: its first twelve
+// records, and the first eight with content wherever they stand. Blank
+// records past the twelfth play no part, so a file that opens with a long
+// run of them still holds only a few records here.
+std::vector<CSVRecord> readHead(std::string_view text, char32_t delimiter) {
+    static_assert(kSampleRecords >= kHeaderlessSampleRecords);
+    std::vector<CSVRecord> head;
+    CSVRecordStream stream(text, delimiter);
+    CSVRecord record;
+    std::size_t withContent = 0;
+    while ((head.size() < kHeaderSearchRecords || withContent < kSampleRecords) &&
+           stream.next(record)) {
+        const bool blank = record.isBlank();
+        if (blank && head.size() >= kHeaderSearchRecords)
+            continue;
+        withContent += blank ? 0 : 1;
+        head.push_back(record);
+    }
+    return head;
+}
+
+FileAnalysis analyzeText(FileAnalysis analysis, std::string_view data, std::string_view text,
                          const std::vector<ImportProfile>& profiles, bool flipSigns) {
     if (OFXImport::recognizes(analysis.fileName, text))
         return OFXImport::analyze(analysis.fileName, data, text, flipSigns);
 
     const char32_t delimiter = CSVReader::detectDelimiter(text);
     analysis.delimiter = std::string(1, static_cast<char>(delimiter));
-    const auto records = CSVReader::parse(text, delimiter);
+    const auto head = readHead(text, delimiter);
 
-    for (const auto& record : records) {
+    for (const auto& record : head) {
         if (analysis.sampleRecords.size() == kSampleRecords)
             break;
         if (!record.isBlank())
             analysis.sampleRecords.push_back(record.fields);
     }
 
-    if (const auto layout = detect(records, profiles, analysis.fileName)) {
-        parse(records, *layout, analysis, flipSigns);
+    if (const auto layout = detect(head, profiles, analysis.fileName)) {
+        // The rows are read in one pass over the text that drops each record
+        // once its row is made; the records ahead of the data are read again
+        // rather than kept, as there are at most twelve of them.
+        const std::size_t firstData = takeHeader(*layout, head, analysis);
+        const auto forEachRecord = [&](const std::function<bool(const CSVRecord&)>& visit) {
+            CSVRecordStream stream(text, delimiter);
+            CSVRecord record;
+            for (std::size_t skipped = 0; skipped < firstData; ++skipped) {
+                if (!stream.next(record))
+                    return;
+            }
+            while (stream.next(record)) {
+                if (!visit(record))
+                    return;
+            }
+        };
+        const std::size_t records = CSVReader::maxRecords(text);
+        readData(forEachRecord, records > firstData ? records - firstData : 0, *layout, analysis,
+                 flipSigns);
         return analysis;
     }
     analysis.problem = kUnrecognized;
-    for (const auto& record : records) {
+    for (const auto& record : head) {
         if (!record.isBlank()) {
             analysis.headers = record.fields;
             break;
@@ -297,14 +549,14 @@ FileAnalysis analyzeText(FileAnalysis analysis, std::string_view data, const std
 FileAnalysis analyzeBytes(std::string_view fileName, std::string_view data,
                           const std::vector<ImportProfile>& profiles, bool flipSigns) {
     FileAnalysis analysis = freshAnalysis(fileName, data);
-    auto decoded = CSVReader::decode(data);
+    const auto decoded = CSVReader::decodeBorrowing(data);
     if (const auto* error = std::get_if<CSVReaderError>(&decoded)) {
         analysis.problem = *error == CSVReaderError::empty
                                ? "This file is empty."
                                : "This file isn't readable text. Export it from your bank as CSV.";
         return analysis;
     }
-    return analyzeText(std::move(analysis), data, std::get<std::string>(decoded), profiles,
+    return analyzeText(std::move(analysis), data, std::get<DecodedText>(decoded).view(), profiles,
                        flipSigns);
 }
 
@@ -437,60 +689,15 @@ bool headerlessShapeMatches(const ImportProfile& profile, const CSVRecord& recor
 
 void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
            FileAnalysis& analysis, bool flipSigns) {
-    const ImportProfile& profile = layout.profile;
-    analysis.profile = profile;
-    std::size_t firstData = 0;
-    if (layout.headerIndex) {
-        analysis.headers = records[*layout.headerIndex].fields;
-        analysis.skippedLines = static_cast<int64_t>(*layout.headerIndex);
-        firstData = *layout.headerIndex + 1;
-    } else {
-        analysis.headers = profile.headerlessColumns;
-    }
-
-    const Columns columns = locate(profile, layout.columns);
-    if (!columns.date || !columns.description ||
-        (!columns.amount && (!columns.debit || !columns.credit))) {
-        analysis.problem = "The layout " + quoted(profile.name) +
-                           " is missing a date, description or amount column.";
-        return;
-    }
-    analysis.currencyHint = profile.currency;
-
-    if (profile.dateLayout) {
-        analysis.dateLayout = profile.dateLayout;
-    } else {
-        std::vector<std::string> samples;
-        for (std::size_t i = firstData; i < records.size() && samples.size() < kDateSampleRecords;
-             ++i) {
-            const auto& record = records[i];
-            if (record.isBlank() || *columns.date >= record.fields.size())
-                continue;
-            samples.push_back(record.fields[*columns.date]);
+    const std::size_t firstData = takeHeader(layout, records, analysis);
+    const auto forEachRecord = [&](const std::function<bool(const CSVRecord&)>& visit) {
+        for (std::size_t i = firstData; i < records.size(); ++i) {
+            if (!visit(records[i]))
+                return;
         }
-        analysis.dateLayout = detectDateLayout(samples);
-    }
-
-    RowReader reader(profile, columns, analysis, flipSigns);
-    for (std::size_t i = firstData; i < records.size(); ++i)
-        reader.read(records[i]);
-
-    if (!analysis.dateLayout)
-        analysis.problem = "The dates in this file aren't in a format Copperwick can read.";
-    for (const auto& digits : reader.cardDigits()) {
-        if (std::find(analysis.digitHints.begin(), analysis.digitHints.end(), digits) ==
-            analysis.digitHints.end())
-            analysis.digitHints.push_back(digits);
-    }
-    if (profile.accountType) {
-        analysis.typeHint = profile.accountType;
-    } else {
-        std::vector<std::string> descriptions;
-        descriptions.reserve(analysis.rows.size());
-        for (const auto& row : analysis.rows)
-            descriptions.push_back(row.description);
-        analysis.typeHint = AccountTypeMarkers::guess(descriptions);
-    }
+    };
+    readData(forEachRecord, records.size() - std::min(firstData, records.size()), layout, analysis,
+             flipSigns);
 }
 
 std::string fingerprint(LocalDate date, int64_t amount, std::string_view description) {
@@ -583,38 +790,14 @@ AccountSuggestion suggestAccount(const FileAnalysis& analysis,
 
 namespace AccountTypeMarkers {
 
-namespace {
-constexpr std::array<std::string_view, 6> kCardMarkers{
-    "ONLINE PAYMENT, THANK YOU", "ONLINE PAYMENT THANK YOU",      "INTEREST CHARGE ON PURCHASES",
-    "PAYMENT THANK YOU",         "AUTOMATIC PAYMENT - THANK YOU", "AUTOPAY PAYMENT"};
-constexpr std::array<std::string_view, 10> kBankMarkers{"ZELLE",
-                                                        "PAYROLL",
-                                                        "DIRECT DEP",
-                                                        "DIR DEP",
-                                                        "ATM ",
-                                                        "CASH DEPOSIT",
-                                                        "PURCHASE AUTHORIZED ON",
-                                                        "ONLINE TRANSFER",
-                                                        "MOBILE DEPOSIT",
-                                                        "CHECK #"};
-}  // namespace
-
 std::optional<AccountType> guess(const std::vector<std::string>& descriptions) {
-    bool card = false, bank = false;
+    MarkerScan scan;
     for (const auto& description : descriptions) {
-        const auto normalized = MerchantText::normalize(description);
-        for (const auto marker : kCardMarkers)
-            card = card || normalized.find(marker) != std::string::npos;
-        for (const auto marker : kBankMarkers)
-            bank = bank || normalized.find(marker) != std::string::npos;
-        if (card && bank)
-            return std::nullopt;
+        scan.add(MerchantText::normalize(description));
+        if (scan.sawBoth())
+            break;
     }
-    if (card && !bank)
-        return AccountType::creditCard;
-    if (bank && !card)
-        return AccountType::checking;
-    return std::nullopt;
+    return scan.guess();
 }
 
 }  // namespace AccountTypeMarkers

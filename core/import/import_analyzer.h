@@ -4,6 +4,8 @@
 // rows that could be read, the rows that couldn't and why, and hints for the
 // account. A pure function of the bytes, the file name, the layouts and the
 // flip-signs flag; it changes nothing and never throws. Safe on any thread.
+// `analyze` streams: it reads UTF-8 text in place and turns one record at a
+// time into a row, so a large file costs little more than its rows.
 
 #include <cstdint>
 #include <map>
@@ -58,9 +60,13 @@ struct DetectedLayout {
 [[nodiscard]] FileAnalysis analyze(std::string_view fileName, std::string_view data,
                                    ImportProfile profile, bool flipSigns);
 
+// `records` from the start of the file: the header search needs the first
+// twelve, the headerless search the first five with content.
 [[nodiscard]] std::optional<DetectedLayout> detect(const std::vector<CSVRecord>& records,
                                                    const std::vector<ImportProfile>& profiles,
                                                    std::string_view fileName);
+// Reads every record of a file already held as a list; `analyze` reads the
+// same rows straight from the text.
 void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
            FileAnalysis& analysis, bool flipSigns);
 [[nodiscard]] AccountSuggestion suggestAccount(const FileAnalysis& analysis,

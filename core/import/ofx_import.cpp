@@ -318,18 +318,18 @@ void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileA
         if (flipSigns)
             *amount = -*amount;
 
+        const auto checkNumber = readCheckNumber.value(block);
         ParsedRow row;
         row.line = line;
         row.date = *posted;
         row.postedDate = *posted;
         row.amount = *amount;
-        row.description = text;
         row.status = TransactionStatus::posted;
-        row.checkNumber = readCheckNumber.value(block);
-        row.rawText = std::move(rawText);
-        row.fingerprint = ImportAnalyzer::fingerprint(*posted, *amount, text);
-        row.occurrence = ++occurrences[row.fingerprint];
-        row.externalID = transactionID;
+        row.setTexts({.rawText = rawText,
+                      .description = text,
+                      .checkNumber = checkNumber,
+                      .externalID = transactionID});
+        row.occurrence = ++occurrences[row.fingerprint()];
         analysis.rows.push_back(std::move(row));
     }
 

@@ -291,6 +291,89 @@ TEST(CSVReaderRecord, BlankMeansOnlySpaceSeparatorsAndTabs) {
         << "a quoted blank keeps its space but is still blank";
 }
 
+std::vector<CSVRecord> streamed(std::string_view text, bool reuseOneRecord) {
+    CSVRecordStream stream(text, U',');
+    std::vector<CSVRecord> records;
+    CSVRecord reused;
+    for (;;) {
+        CSVRecord fresh;
+        CSVRecord& record = reuseOneRecord ? reused : fresh;
+        if (!stream.next(record))
+            return records;
+        records.push_back(record);
+    }
+}
+
+TEST(CSVRecordStream, AReusedRecordCarriesNothingOver) {
+    // Long, quoted and multi-line records ahead of short and blank ones: a
+    // record that keeps its buffers must not keep fields, quotedness or raw
+    // text from the one before.
+    const std::string text = "\"a\nb\",\" c \",d,e,f\r\nx\n\n  y  ,\"\"\r\"p\"q\",r\nlast,\"open";
+    const auto reused = streamed(text, true);
+    EXPECT_EQ(describe(reused),
+              "1 [a\\nb][ c ][d][e][f] {\"a b\",\" c \",d,e,f}\n"
+              "3 [x] {x}\n"
+              "4 [] {}\n"
+              "5 [y][] {  y  ,\"\"}\n"
+              "6 [pq\"][r] {\"p\"q\",r}\n"
+              "7 [last][open] {last,\"open}");
+    EXPECT_EQ(reused, streamed(text, false));
+    EXPECT_EQ(reused, CSVReader::parse(text, U','));
+}
+
+TEST(CSVRecordStream, ACopyResumesFromTheSameRecordAndTheEndStays) {
+    const std::string text = "h\n\"a\r\nb\",1\nc,2";
+    CSVRecordStream stream(text, U',');
+    CSVRecord record;
+    ASSERT_TRUE(stream.next(record));
+    CSVRecordStream copy = stream;
+    for (auto* reader : {&stream, &copy}) {
+        std::vector<CSVRecord> rest;
+        while (reader->next(record))
+            rest.push_back(record);
+        EXPECT_EQ(describe(rest), "2 [a\\nb][1] {\"a b\",1}\n4 [c][2] {c,2}");
+        EXPECT_FALSE(reader->next(record)) << "a used-up stream stays used up";
+    }
+}
+
+TEST(CSVReaderMaxRecords, CountsEveryLineEndingOnceAndIsNeverShort) {
+    struct Case {
+        std::string text;
+        std::size_t bound;
+    };
+    const std::vector<Case> cases = {
+        {"", 1},          {"a", 1},
+        {"a\n", 2},       {"a\r\nb", 2},
+        {"a\r\n\r\n", 3}, {"a\rb\rc", 3},
+        {"a\r\rb", 3},    {"a\nb\rc\r\nd", 4},
+        {"\r", 2},        {"\"x\ny\",z\nw", 3},  // two records, but the bound can't know quotes
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(CSVReader::maxRecords(c.text), c.bound) << ::testing::PrintToString(c.text);
+        EXPECT_GE(CSVReader::maxRecords(c.text), CSVReader::parse(c.text, U',').size());
+    }
+}
+
+TEST(CSVReaderDecode, UTF8IsBorrowedAndConvertedTextOwned) {
+    const std::string plain = "Date,Amount\n";
+    const std::string marked = "\xEF\xBB\xBF" + plain;
+    const auto borrowed = std::get<DecodedText>(CSVReader::decodeBorrowing(plain));
+    EXPECT_EQ(borrowed.view().data(), plain.data());
+    const auto unmarked = std::get<DecodedText>(CSVReader::decodeBorrowing(marked));
+    EXPECT_EQ(unmarked.view().data(), marked.data() + 3);
+    EXPECT_EQ(unmarked.view(), plain);
+
+    // Short converted text lives inside the string itself; moving the value
+    // must not leave the view behind.
+    const std::string latin = "\xE9";
+    auto converted = std::get<DecodedText>(CSVReader::decodeBorrowing(latin));
+    const DecodedText moved = std::move(converted);
+    EXPECT_EQ(moved.view(), "\xC3\xA9");
+    const DecodedText copied = moved;
+    EXPECT_EQ(copied.view(), "\xC3\xA9");
+    EXPECT_NE(copied.view().data(), moved.view().data());
+}
+
 TEST(CSVReader, DecodedBomFileParsesToTheBareFirstHeader) {
     const auto text = std::get<std::string>(CSVReader::decode("\xEF\xBB\xBF\"Date\";Amount\r\n"));
     const auto records = CSVReader::parse(text, CSVReader::detectDelimiter(text));

@@ -1,8 +1,12 @@
 #include "core/import/import_analyzer.h"
 
+#include <map>
+#include <sstream>
+
 #include <gtest/gtest.h>
 
 #include "core/import/builtin_profiles.h"
+#include "core/model/text.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick {
@@ -72,11 +76,11 @@ TEST(ImportAnalyzer, ReadsTheDetailsEachLayoutCarries) {
     EXPECT_EQ(boa.accountedLines(), 8);
 
     const auto amex = analyzeSample("amex-card.csv");
-    EXPECT_EQ(amex.rows[0].cardIdentifier, "Cardholder: DANA SMITH");
+    EXPECT_EQ(amex.rows[0].cardIdentifier(), "Cardholder: DANA SMITH");
     EXPECT_EQ(amex.typeHint, AccountType::creditCard);
 
     const auto capitalOne = analyzeSample("capital-one-card.csv");
-    EXPECT_EQ(capitalOne.rows[0].cardIdentifier, "Card ending 4421");
+    EXPECT_EQ(capitalOne.rows[0].cardIdentifier(), "Card ending 4421");
     EXPECT_EQ(capitalOne.digitHints, std::vector<std::string>{"4421"});
     EXPECT_EQ(capitalOne.dateLayout, DateLayout::yearMonthDay);
 
@@ -86,12 +90,12 @@ TEST(ImportAnalyzer, ReadsTheDetailsEachLayoutCarries) {
 
     const auto monzo = analyzeSample("monzo.csv");
     EXPECT_EQ(monzo.currencyHint, "GBP");
-    EXPECT_EQ(monzo.rows[0].externalID, "tx_0001");
+    EXPECT_EQ(monzo.rows[0].externalID(), "tx_0001");
     EXPECT_EQ(monzo.rows[0].date, *LocalDate::make(2026, 3, 9));
 
     const auto chase = analyzeSample("chase-checking.csv");
-    EXPECT_EQ(chase.rows[0].fingerprint, "2026-03-09|-4512|TRADER JOE S #552 PORTLAND OR");
-    EXPECT_EQ(chase.rows[0].rawText,
+    EXPECT_EQ(chase.rows[0].fingerprint(), "2026-03-09|-4512|TRADER JOE S #552 PORTLAND OR");
+    EXPECT_EQ(chase.rows[0].rawText(),
               "DEBIT,03/09/2026,\"TRADER JOE S #552 PORTLAND OR\",-45.12,DEBIT_CARD,1254.88,");
 }
 
@@ -199,7 +203,7 @@ TEST(ImportAnalyzer, FlippedSignsChangeTheFingerprint) {
     const auto plain = analyzeSample("chase-card.csv");
     const auto flipped = analyzeSample("chase-card.csv", true);
     EXPECT_EQ(flipped.rows[0].amount, 2350);
-    EXPECT_NE(flipped.rows[0].fingerprint, plain.rows[0].fingerprint);
+    EXPECT_NE(flipped.rows[0].fingerprint(), plain.rows[0].fingerprint());
 }
 
 TEST(ImportAnalyzer, OccurrencesCountPerCard) {
@@ -306,6 +310,197 @@ TEST(ImportAnalyzer, AccountSuggestions) {
     EXPECT_EQ(
         std::get<AccountSuggestion::New>(ImportAnalyzer::suggestAccount(wells, {}).value).name,
         "Wells Fargo checking");
+}
+
+// The layout, the counts, the rows and the issues as one string, so that two
+// analyses compare at once.
+std::string describe(const FileAnalysis& analysis) {
+    std::ostringstream out;
+    out << (analysis.profile ? analysis.profile->id : "no layout") << ", skipped "
+        << analysis.skippedLines << ", blank " << analysis.blankLines << ", dates "
+        << (analysis.dateLayout ? rawValue(*analysis.dateLayout) : "none") << '\n';
+    for (const auto& row : analysis.rows) {
+        out << row.line << ' ' << row.date << ' ' << row.amount << " \"" << row.description()
+            << "\" #" << row.occurrence;
+        if (const auto card = row.cardIdentifier())
+            out << " [" << *card << ']';
+        out << " {" << row.rawText() << "}\n";
+    }
+    for (const auto& issue : analysis.issues)
+        out << issue.line << ' ' << issue.reason << " {" << issue.rawText << "}\n";
+    return out.str();
+}
+
+// What streaming the rows must agree with: the whole text read as one list of
+// records and handed to the list-based detect and parse.
+std::string describeFromAllRecords(const std::string& text) {
+    const auto records = CSVReader::parse(text, CSVReader::detectDelimiter(text));
+    FileAnalysis analysis;
+    if (const auto layout = ImportAnalyzer::detect(records, builtInProfiles(), "export.csv"))
+        ImportAnalyzer::parse(records, *layout, analysis, false);
+    return describe(analysis);
+}
+
+const std::string kChaseHeader =
+    "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n";
+
+std::string chaseRow(int i) {
+    return "03/09/2026,03/10/2026,SHOP " + std::to_string(i) + ",Shopping,Sale,-1.00,\n";
+}
+
+TEST(ImportAnalyzerStreaming, MultiLineRecordAroundTheEndOfTheHeaderWindow) {
+    // The header search sees twelve records; the record that crosses from
+    // line 12 to line 13 and its neighbours must be read once each, with
+    // every later line number two higher.
+    for (const int at : {10, 11, 12, 13}) {
+        SCOPED_TRACE(at);
+        std::string text = kChaseHeader;
+        for (int i = 1; i <= 15; ++i) {
+            text += i == at ? "03/09/2026,03/10/2026,\"LINE ONE\nLINE TWO\r\nLINE THREE\",Shopping,"
+                              "Sale,-2.00,\n"
+                            : chaseRow(i);
+        }
+        const auto analysis = analyzeText(text);
+        EXPECT_EQ(describe(analysis), describeFromAllRecords(text));
+        ASSERT_EQ(analysis.rows.size(), 15u);
+        const auto& multi = analysis.rows[static_cast<std::size_t>(at - 1)];
+        EXPECT_EQ(multi.line, at + 1);
+        EXPECT_EQ(multi.description(), "LINE ONE LINE TWO LINE THREE");
+        EXPECT_EQ(multi.rawText(),
+                  "03/09/2026,03/10/2026,\"LINE ONE LINE TWO LINE THREE\",Shopping,Sale,-2.00,");
+        EXPECT_EQ(analysis.rows[static_cast<std::size_t>(at)].line, at + 4);
+        EXPECT_EQ(analysis.rows.back().line, 18);
+        EXPECT_EQ(analysis.accountedLines(), 16);
+    }
+}
+
+TEST(ImportAnalyzerStreaming, LineEndingsDontChangeWhatIsRead) {
+    std::string text = kChaseHeader + "\n";
+    for (int i = 1; i <= 20; ++i)
+        text += i % 7 == 0 ? "03/09/2026,03/10/2026,\"TWO\nLINES\",Shopping,Sale,-2.00,\n"
+                           : chaseRow(i);
+    const auto lf = describe(analyzeText(text));
+    EXPECT_EQ(lf, describeFromAllRecords(text));
+    std::string crlf, cr;
+    for (const char c : text) {
+        crlf += c == '\n' ? "\r\n" : std::string(1, c);
+        cr += c == '\n' ? '\r' : c;
+    }
+    EXPECT_EQ(describe(analyzeText(crlf)), lf);
+    EXPECT_EQ(describe(analyzeText(cr)), lf);
+}
+
+TEST(ImportAnalyzerStreaming, HeaderLateInTheWindowCountsRecordsNotLines) {
+    // Eleven records of preamble, the first of them three lines long, put the
+    // header on line 14 but still inside the twelve-record window.
+    std::string preamble = "\"Statement for\nDANA SMITH\nAccount 1234\"\n";
+    for (int i = 1; i <= 10; ++i)
+        preamble += "Preamble " + std::to_string(i) + "\n";
+    const std::string text = preamble + kChaseHeader + chaseRow(1) + "\n" + chaseRow(2);
+    const auto analysis = analyzeText(text);
+    ASSERT_TRUE(analysis.profile);
+    EXPECT_EQ(analysis.profile->id, "chase-card");
+    EXPECT_EQ(analysis.skippedLines, 11);
+    ASSERT_EQ(analysis.rows.size(), 2u);
+    EXPECT_EQ(analysis.rows[0].line, 15);
+    EXPECT_EQ(analysis.rows[1].line, 17);
+    EXPECT_EQ(analysis.blankLines, 1);
+    EXPECT_EQ(analysis.accountedLines(), 15);
+    EXPECT_EQ(describe(analysis), describeFromAllRecords(text));
+
+    const auto tooLate = analyzeText(preamble + "One more\n" + kChaseHeader + chaseRow(1));
+    EXPECT_FALSE(tooLate.profile);
+    EXPECT_EQ(tooLate.headers, std::vector<std::string>{"Statement for\nDANA SMITH\nAccount 1234"});
+}
+
+TEST(ImportAnalyzerStreaming, BlankLinesAreCountedWhereverTheyStand) {
+    std::string text = "\n  \n" + kChaseHeader;
+    int blanks = 0;
+    for (int i = 1; i <= 40; ++i) {
+        text += chaseRow(i);
+        if (i % 6 == 0) {
+            text += i % 12 == 0 ? "\t \n" : ",,,\n";
+            ++blanks;
+        }
+    }
+    text += "\n\n";
+    blanks += 2;  // the last break ends the second of these; no record follows it
+    const auto analysis = analyzeText(text);
+    EXPECT_EQ(analysis.skippedLines, 2);
+    EXPECT_EQ(analysis.blankLines, blanks);
+    EXPECT_EQ(analysis.rows.size(), 40u);
+    EXPECT_EQ(analysis.accountedLines(), static_cast<int64_t>(CSVReader::parse(text, U',').size()));
+    EXPECT_EQ(describe(analysis), describeFromAllRecords(text));
+}
+
+TEST(ImportAnalyzerStreaming, HeaderlessRowsAfterALongRunOfBlankLines) {
+    // Detection needs the first records with content, not the first twelve.
+    std::string text(20, '\n');
+    for (int i = 1; i <= 10; ++i) {
+        text += "03/" + std::to_string(10 + i) + "/2026,-" + std::to_string(i) + ".00,*,,SHOP " +
+                std::to_string(i) + "\n";
+        if (i == 3)
+            text += "\n";
+    }
+    const auto analysis = analyzeText(text);
+    ASSERT_TRUE(analysis.profile);
+    EXPECT_EQ(analysis.profile->id, "wells-fargo-classic");
+    EXPECT_EQ(analysis.blankLines, 21);
+    ASSERT_EQ(analysis.rows.size(), 10u);
+    EXPECT_EQ(analysis.rows[0].line, 21);
+    EXPECT_EQ(analysis.rows[3].line, 25);
+    ASSERT_EQ(analysis.sampleRecords.size(), 8u);
+    EXPECT_EQ(analysis.sampleRecords[3].back(), "SHOP 4");
+    EXPECT_EQ(describe(analysis), describeFromAllRecords(text));
+}
+
+TEST(ImportAnalyzerStreaming, DateSamplesReachPastTheHeadButStopAtTwoHundred) {
+    // Ambiguous dates read both ways; one day past 12 decides, if it is among
+    // the first 200 samples. A blank line is no sample.
+    const auto analysis = [](int ambiguous) {
+        std::string text = "Date,Description,Amount,Running Bal.\n";
+        for (int i = 1; i <= ambiguous; ++i)
+            text += i == 50 ? "\n03/04/2026,A,1.00,0\n" : "03/04/2026,A,1.00,0\n";
+        return analyzeText(text + "25/03/2026,B,1.00,0\n");
+    };
+    EXPECT_EQ(analysis(15).dateLayout, DateLayout::dayMonthYear);
+    EXPECT_EQ(analysis(199).dateLayout, DateLayout::dayMonthYear);
+    const auto past = analysis(200);
+    EXPECT_EQ(past.dateLayout, DateLayout::monthDayYear);
+    EXPECT_EQ(reasons(past),
+              std::vector<std::string>{"The date “25/03/2026” isn't a date Copperwick can read."});
+}
+
+TEST(ImportAnalyzer, OccurrencesFollowTheWholeKeyOverManyRows) {
+    // Descriptions and cardholders that differ only in case or spacing make
+    // one key; there are enough keys that the counter's table has to grow.
+    const char* const descriptions[] = {"COFFEE", "coffee ", "TEA", "A|card:b", "a|CARD:B"};
+    const char* const members[] = {"DANA", "dana", "SAM", ""};
+    std::string text = "Date,Description,Card Member,Account #,Amount\n";
+    for (int i = 0; i < 400; ++i) {
+        text += "03/0" + std::to_string(1 + i % 2) + "/2026," + descriptions[i % 5] + "," +
+                members[i / 8 % 4] + ",-1,4.5" + std::to_string(i % 8) + "\n";
+    }
+    const auto analysis = analyzeText(text);
+    ASSERT_EQ(analysis.rows.size(), 400u);
+    std::map<std::string, int64_t> seen;
+    for (const auto& row : analysis.rows) {
+        const std::string key =
+            row.fingerprint() + "|card:" + text::lowercased(row.cardIdentifier().value_or(""));
+        EXPECT_EQ(row.occurrence, ++seen[key]) << row.line << " " << key;
+    }
+    EXPECT_GT(seen.size(), 16u);
+    EXPECT_LT(seen.size(), 100u) << "the rows must repeat keys for the test to mean anything";
+
+    // Whenever the table grows, the row that made it grow is still counted
+    // against the keys before it.
+    std::string distinct = "Date,Description,Card Member,Account #,Amount\n";
+    for (int keys = 1; keys <= 70; ++keys) {
+        distinct += "03/09/2026,SHOP " + std::to_string(keys) + ",DANA,-1,1.00\n";
+        const auto repeated = analyzeText(distinct + "03/09/2026,SHOP 1,Dana,-1,1.00\n");
+        ASSERT_EQ(repeated.rows.size(), static_cast<std::size_t>(keys) + 1);
+        EXPECT_EQ(repeated.rows.back().occurrence, 2) << "after " << keys << " keys";
+    }
 }
 
 TEST(AccountTypeMarkers, OneKindOfMarkerDecides) {

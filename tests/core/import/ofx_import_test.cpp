@@ -88,11 +88,11 @@ std::string describe(const FileAnalysis& analysis) {
         out << "problem: " << *analysis.problem << "\n";
     for (const auto& row : analysis.rows) {
         out << "row " << row.line << " " << row.date.iso() << " " << row.amount << " \""
-            << row.description << "\"";
-        if (row.externalID)
-            out << " id=" << *row.externalID;
-        if (row.checkNumber)
-            out << " check=" << *row.checkNumber;
+            << row.description() << "\"";
+        if (row.externalID())
+            out << " id=" << *row.externalID();
+        if (row.checkNumber())
+            out << " check=" << *row.checkNumber();
         if (row.occurrence != 1)
             out << " occurrence=" << row.occurrence;
         out << "\n";
@@ -227,10 +227,10 @@ TEST(OFXImport, FillsTheAnalysisLikeTheCSVPath) {
     const ParsedRow& row = analysis.rows[0];
     EXPECT_EQ(row.postedDate, row.date);
     EXPECT_EQ(row.status, TransactionStatus::posted);
-    EXPECT_FALSE(row.bankMerchant);
-    EXPECT_FALSE(row.bankCategory);
-    EXPECT_FALSE(row.cardIdentifier);
-    EXPECT_EQ(row.fingerprint, ImportAnalyzer::fingerprint(row.date, -100, "X"));
+    EXPECT_FALSE(row.bankMerchant());
+    EXPECT_FALSE(row.bankCategory());
+    EXPECT_FALSE(row.cardIdentifier());
+    EXPECT_EQ(row.fingerprint(), ImportAnalyzer::fingerprint(row.date, -100, "X"));
 }
 
 TEST(OFXImport, RefusesDocumentTypesAndEntitiesInAnyCase) {
@@ -393,9 +393,9 @@ TEST(OFXImport, FlipSignsNegatesAmountAndFingerprint) {
     ASSERT_EQ(flipped.rows.size(), 2u);
     EXPECT_EQ(flipped.rows[0].amount, 1234);
     EXPECT_EQ(flipped.rows[1].amount, -5000);
-    EXPECT_EQ(flipped.rows[0].fingerprint,
+    EXPECT_EQ(flipped.rows[0].fingerprint(),
               ImportAnalyzer::fingerprint(flipped.rows[0].date, 1234, "COFFEE"));
-    EXPECT_NE(flipped.rows[0].fingerprint, plain.rows[0].fingerprint);
+    EXPECT_NE(flipped.rows[0].fingerprint(), plain.rows[0].fingerprint());
 }
 
 TEST(OFXImport, DecodesEntitiesOnceWithAmpersandLast) {
@@ -411,7 +411,7 @@ TEST(OFXImport, DecodesEntitiesOnceWithAmpersandLast) {
     for (const auto& c : cases) {
         const auto analysis = analyzeText(bankStatement(transaction("20240102", "-1.00", c.raw)));
         ASSERT_EQ(analysis.rows.size(), 1u) << c.raw;
-        EXPECT_EQ(analysis.rows[0].description, c.decoded) << c.raw;
+        EXPECT_EQ(analysis.rows[0].description(), c.decoded) << c.raw;
     }
 }
 
@@ -544,7 +544,7 @@ TEST(OFXImport, TransactionBlocksAreThoseOfTheOnePatternForm) {
         const auto analysis = analyzeText(text);
         std::vector<std::string> read(analysis.rows.size() + analysis.issues.size());
         for (const auto& row : analysis.rows)
-            read.at(static_cast<std::size_t>(row.line - 1)) = row.rawText;
+            read.at(static_cast<std::size_t>(row.line - 1)) = row.rawText();
         for (const auto& issue : analysis.issues)
             read.at(static_cast<std::size_t>(issue.line - 1)) = issue.rawText;
         const auto statements = literalBlocks("STMTRS", text);
