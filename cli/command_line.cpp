@@ -37,6 +37,8 @@ class CommandLine {
         addLayoutsCommands(m_app, m_context);
         addUndoCommand(m_app, m_context);
         addTransactionCommand(m_app, m_context);
+        addTransactionsCommand(m_app, m_context);
+        addHouseholdCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

@@ -19,5 +19,7 @@ void addAnalyzeCommand(CLI::App& app, CommandContext& context);
 void addLayoutsCommands(CLI::App& app, CommandContext& context);
 void addUndoCommand(CLI::App& app, CommandContext& context);
 void addTransactionCommand(CLI::App& app, CommandContext& context);
+void addTransactionsCommand(CLI::App& app, CommandContext& context);
+void addHouseholdCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

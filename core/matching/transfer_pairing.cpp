@@ -89,13 +89,17 @@ namespace {
 
 // One pass over the unpaired candidates. True when another pass could pair
 // more: only a debit left with equally near credits can, once others are taken.
-bool pairOnce(Ledger& ledger, LedgerDelta& delta) {
+bool pairOnce(Ledger& ledger, std::vector<Uuid>& candidates, LedgerDelta& delta) {
     bool ambiguous = false;
     std::vector<Candidate> debits;
     std::unordered_map<int64_t, std::vector<Candidate>> creditsByAmount;
-    for (const auto& transaction : ledger.transactions) {
-        if (!isCandidate(transaction))
-            continue;
+    // Lines paired by an earlier pass have dropped out.
+    std::erase_if(candidates, [&](const Uuid& id) {
+        const LedgerTransaction* transaction = ledger.transaction(id);
+        return !transaction || !isCandidate(*transaction);
+    });
+    for (const auto& id : candidates) {
+        const LedgerTransaction& transaction = *ledger.transaction(id);
         Candidate candidate{.id = transaction.id,
                             .accountID = transaction.accountID,
                             .date = transaction.date,
@@ -188,10 +192,17 @@ bool pairOnce(Ledger& ledger, LedgerDelta& delta) {
 LedgerDelta pairTransfers(Ledger& ledger) {
     LedgerDelta delta;
 
+    // One walk over the ledger finds both the links to check and the lines
+    // that could pair.
     std::vector<Uuid> broken;
+    std::vector<Uuid> candidates;
     for (const auto& transaction : ledger.transactions) {
-        if (transaction.transferPairID && !isLinkIntact(ledger, transaction))
-            broken.push_back(transaction.id);
+        if (transaction.transferPairID) {
+            if (!isLinkIntact(ledger, transaction))
+                broken.push_back(transaction.id);
+        } else if (isCandidate(transaction)) {
+            candidates.push_back(transaction.id);
+        }
     }
     // A link is judged from each side as it stands before any repair: one
     // side's fault always breaks the other's test too, so the order of
@@ -199,11 +210,15 @@ LedgerDelta pairTransfers(Ledger& ledger) {
     std::sort(broken.begin(), broken.end());
     for (const auto& id : broken)
         unpair(ledger, id, delta);
+    for (const auto& id : broken) {
+        if (isCandidate(*ledger.transaction(id)))
+            candidates.push_back(id);
+    }
 
     // A pair taken leaves fewer credits, and a debit that had two equally
     // near ones may now have exactly one. Passes repeat until nothing more
     // pairs, so that running again right away finds nothing to do.
-    while (pairOnce(ledger, delta)) {
+    while (pairOnce(ledger, candidates, delta)) {
     }
     return delta;
 }

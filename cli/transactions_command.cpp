@@ -1,0 +1,138 @@
+// `copperwick transactions [--account NAME|ID] [--from DATE] [--to DATE]
+// [--review] [--search TEXT] [--limit N]`: the ledger's lines, newest first,
+// as the Transactions screen lists them.
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+
+#include "cli/commands.h"
+#include "cli/ledger_lookup.h"
+#include "cli/runtime_session.h"
+#include "core/model/money.h"
+#include "core/model/record_json.h"
+#include "core/model/text.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+struct TransactionsOptions {
+    std::string account;
+    std::string from;
+    std::string to;
+    bool review = false;
+    std::string search;
+    int limit = 0;
+};
+
+std::string nameOrEmpty(const auto* record) {
+    return record ? record->name : std::string();
+}
+
+void runTransactions(CommandContext& context, const TransactionsOptions& options) {
+    std::optional<LocalDate> from;
+    std::optional<LocalDate> to;
+    for (const auto& [text, date] :
+         {std::pair{&options.from, &from}, std::pair{&options.to, &to}}) {
+        if (text->empty())
+            continue;
+        *date = LocalDate::fromISO(*text);
+        if (!*date) {
+            context.err << "Copperwick couldn't read the date \u201C" << *text
+                        << "\u201D. Write it as YYYY-MM-DD.\n";
+            context.exitCode = kExitUsage;
+            return;
+        }
+    }
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    std::optional<Uuid> accountID;
+    if (!options.account.empty()) {
+        const Account* account = findAccount(ledger, options.account);
+        if (!account) {
+            context.err << "There's no account called \u201C" << options.account << "\u201D.\n";
+            context.exitCode = kExitFailure;
+            return;
+        }
+        accountID = account->id;
+    }
+    const auto search = text::lowercased(options.search);
+
+    std::vector<const LedgerTransaction*> lines;
+    for (const LedgerTransaction* transaction : ledger.activeTransactions()) {
+        if ((accountID && transaction->accountID != *accountID) ||
+            (from && transaction->date < *from) || (to && transaction->date > *to) ||
+            (options.review && !transaction->needsReview()))
+            continue;
+        if (!search.empty()) {
+            const auto haystack = text::lowercased(
+                transaction->rawDescription + "\n" +
+                nameOrEmpty(ledger.merchant(transaction->merchantID)) + "\n" +
+                nameOrEmpty(ledger.category(transaction->categoryID)) + "\n" + transaction->note);
+            if (haystack.find(search) == std::string::npos)
+                continue;
+        }
+        lines.push_back(transaction);
+    }
+    std::sort(lines.begin(), lines.end(),
+              [](const LedgerTransaction* a, const LedgerTransaction* b) {
+                  if (a->date != b->date)
+                      return a->date > b->date;
+                  return a->id < b->id;
+              });
+    if (options.limit > 0 && lines.size() > static_cast<std::size_t>(options.limit))
+        lines.resize(static_cast<std::size_t>(options.limit));
+
+    if (context.json) {
+        boost::json::array array;
+        for (const LedgerTransaction* transaction : lines) {
+            auto object = record_json::toJSON(*transaction).as_object();
+            object["accountName"] = nameOrEmpty(ledger.account(transaction->accountID));
+            object["categoryName"] = nameOrEmpty(ledger.category(transaction->categoryID));
+            object["merchantName"] = nameOrEmpty(ledger.merchant(transaction->merchantID));
+            array.push_back(std::move(object));
+        }
+        printJSON(context, array);
+        return;
+    }
+    if (lines.empty()) {
+        context.out << "No transactions.\n";
+        return;
+    }
+    for (const LedgerTransaction* transaction : lines) {
+        context.out << fmt::format(
+            "{}  {}  {}  {}  {}  {}  {}  {}  {}\n", transaction->date.iso(),
+            nameOrEmpty(ledger.account(transaction->accountID)), transaction->rawDescription,
+            Money::format(transaction->amount, transaction->currency), label(transaction->kind),
+            nameOrEmpty(ledger.category(transaction->categoryID)),
+            nameOrEmpty(ledger.merchant(transaction->merchantID)), rawValue(transaction->review),
+            transaction->id.text());
+    }
+}
+
+}  // namespace
+
+void addTransactionsCommand(CLI::App& app, CommandContext& context) {
+    auto* command = app.add_subcommand("transactions", "List transactions, newest first");
+    auto options = std::make_shared<TransactionsOptions>();
+    command->add_option("--account", options->account, "Only this account (name or id)");
+    command->add_option("--from", options->from, "From this day (YYYY-MM-DD)");
+    command->add_option("--to", options->to, "Through this day (YYYY-MM-DD)");
+    command->add_flag("--review", options->review, "Only lines waiting for a decision");
+    command->add_option("--search", options->search,
+                        "Only lines whose text, merchant, category or note holds this");
+    command->add_option("--limit", options->limit, "At most this many lines")
+        ->check(CLI::NonNegativeNumber);
+    command->callback([&context, options] { runTransactions(context, *options); });
+}
+
+}  // namespace copperwick::cli
