@@ -174,11 +174,11 @@ LedgerDelta applySpendingDefault(Ledger& ledger, const Uuid& accountID,
 
     const Ledger original = ledger;
     LedgerDelta delta;
-    for (const auto& [id, fallback] : updates) {
-        ledger.transactions.update(id, [&](LedgerTransaction& transaction) {
-            transaction.inheritedAssignment = fallback;
+    for (const auto& update : updates) {
+        ledger.transactions.update(update.first, [&](LedgerTransaction& transaction) {
+            transaction.inheritedAssignment = update.second;
         });
-        delta.change(RecordKind::transaction, id);
+        delta.change(RecordKind::transaction, update.first);
     }
     delta.merge(record(ledger, changeSetFor(original, delta, "Apply account assignment", now)));
     return delta;
