@@ -321,6 +321,68 @@ class SharedMap {
             writableChunkAt(c).reserve(count / kChunkCount + 1);
     }
 
+    // Makes a map of many records at once, as a load does: each chunk is sized
+    // once for its share and filled in one go, which is several times quicker
+    // than a setShared per record. Disjoint ranges of chunks may be filled on
+    // different threads at the same time; finish() fills whatever is left.
+    class Builder {
+      public:
+        static constexpr std::size_t kChunks = kChunkCount;
+
+        // The records in order: a later one replaces an earlier one under the
+        // same key, as setShared would.
+        explicit Builder(std::vector<std::pair<K, std::shared_ptr<const V>>> records)
+            : m_records(std::move(records)), m_order(m_records.size()) {
+            // A stable sort by chunk, so that each chunk is filled in order.
+            std::vector<std::size_t> chunks(m_records.size());
+            for (std::size_t i = 0; i < m_records.size(); ++i) {
+                chunks[i] = chunkOf(m_records[i].first);
+                ++m_starts[chunks[i] + 1];
+            }
+            for (std::size_t c = 0; c < kChunkCount; ++c)
+                m_starts[c + 1] += m_starts[c];
+            auto next = m_starts;
+            for (std::size_t i = 0; i < m_records.size(); ++i)
+                m_order[next[chunks[i]]++] = i;
+        }
+
+        // Fills chunks [first, last).
+        void fill(std::size_t first, std::size_t last) {
+            for (std::size_t c = first; c < last; ++c) {
+                m_filled[c] = true;
+                if (m_starts[c] == m_starts[c + 1])
+                    continue;
+                auto chunk = std::make_shared<Chunk>();
+                chunk->reserve(m_starts[c + 1] - m_starts[c]);
+                for (std::size_t k = m_starts[c]; k < m_starts[c + 1]; ++k) {
+                    auto& [key, value] = m_records[m_order[k]];
+                    chunk->insert_or_assign(key, std::move(value));
+                }
+                m_table.chunks[c] = std::move(chunk);
+            }
+        }
+
+        [[nodiscard]] SharedMap finish() && {
+            SharedMap map;
+            if (m_records.empty())
+                return map;
+            for (std::size_t c = 0; c < kChunkCount; ++c) {
+                if (!m_filled[c])
+                    fill(c, c + 1);
+                m_table.size += m_table.chunks[c] ? m_table.chunks[c]->size() : 0;
+            }
+            map.m_table = std::make_shared<Table>(std::move(m_table));
+            return map;
+        }
+
+      private:
+        std::vector<std::pair<K, std::shared_ptr<const V>>> m_records;
+        std::vector<std::size_t> m_order;  // indices of m_records, chunk by chunk
+        std::array<std::size_t, kChunkCount + 1> m_starts{};  // of each chunk in m_order
+        std::array<bool, kChunkCount> m_filled{};
+        Table m_table;
+    };
+
     friend bool operator==(const SharedMap& a, const SharedMap& b) {
         if (a.m_table == b.m_table)
             return true;

@@ -1,12 +1,21 @@
 #include "core/store/ledger_store.h"
 
 #include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <system_error>
 #include <thread>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <sqlite3.h>
 
 #include "core/model/record_json.h"
+#include "core/model/transaction_reader.h"
 #include "core/store/backup_manager.h"
 #include "core/store/private_folder.h"
 
@@ -115,65 +124,293 @@ class RowBatch {
     std::vector<std::size_t> m_ends;
 };
 
-// Decodes stored records, spreading large batches over the machine's cores:
-// decoding is most of a load, and each record decodes on its own. Records
-// come back already shared, so the allocation happens on the workers too.
-// A null entry is a row that didn't decode.
-template <typename T>
-std::vector<std::shared_ptr<const T>> decodeAll(const RowBatch& rows) {
-    std::vector<std::shared_ptr<const T>> decoded(rows.size());
-    const auto decodeRange = [&](std::size_t begin, std::size_t end) {
-        for (std::size_t i = begin; i < end; ++i) {
-            auto record = record_json::decode<T>(rows.row(i));
-            if (record)
-                decoded[i] = std::make_shared<const T>(std::move(*record.value));
-        }
-    };
-    constexpr std::size_t kRowsWorthAThread = 2048;
-    const std::size_t threads =
-        std::min<std::size_t>(std::max(1u, std::thread::hardware_concurrency()),
-                              std::max<std::size_t>(1, rows.size() / kRowsWorthAThread));
-    if (threads <= 1) {
-        decodeRange(0, rows.size());
-        return decoded;
-    }
-    std::vector<std::thread> workers;
-    const std::size_t share = (rows.size() + threads - 1) / threads;
-    for (std::size_t t = 1; t < threads; ++t) {
-        workers.emplace_back(decodeRange, std::min(rows.size(), t * share),
-                             std::min(rows.size(), (t + 1) * share));
-    }
-    decodeRange(0, std::min(rows.size(), share));
-    for (auto& worker : workers)
-        worker.join();
-    return decoded;
+// Threads a load may start beside its own: one per further core, up to three.
+std::size_t helperThreads() {
+    return std::min<std::size_t>(std::max(1u, std::thread::hardware_concurrency()) - 1, 3);
 }
 
-// Reads every row of one kind, handing each decoded record to `add` in id
-// order. A row that doesn't decode is counted and left in the file. Rows are
-// taken in batches so that a large file never sits in memory twice over.
-template <typename T, typename Add>
-void loadKind(sqlite3* db, RecordKind kind, int& unreadable, Add&& add) {
-    constexpr std::size_t kBatchRows = 16384;
+// One stored record, already shared so that the allocation happens on the
+// thread that decodes. Null when the row is unreadable.
+template <typename T>
+std::shared_ptr<const T> decodeShared(std::string_view row) {
+    if constexpr (std::is_same_v<T, LedgerTransaction>) {
+        auto record = std::make_shared<LedgerTransaction>();
+        if (detail::readFlatTransaction(row, *record))
+            return record;
+        auto decoded = record_json::decode<LedgerTransaction>(row);
+        if (!decoded)
+            return nullptr;
+        *record = std::move(*decoded.value);
+        return record;
+    } else {
+        auto decoded = record_json::decode<T>(row);
+        if (!decoded)
+            return nullptr;
+        return std::make_shared<const T>(std::move(*decoded.value));
+    }
+}
+
+// Row decoders, each giving what the ledger keeps of a readable row, or
+// nothing. Records of the arrays are kept as values.
+template <typename T>
+std::optional<T> decodeValue(std::string_view row) {
+    return record_json::decode<T>(row).value;
+}
+
+// Records of the maps are kept shared, with the key they are filed under; the
+// key is read on the decoding thread, while the record is in that core's cache.
+template <typename T, typename KeyOf>
+auto decodeKeyed(KeyOf keyOf) {
+    using Key = std::remove_cvref_t<std::invoke_result_t<KeyOf, const T&>>;
+    return
+        [keyOf](std::string_view row) -> std::optional<std::pair<Key, std::shared_ptr<const T>>> {
+            auto record = decodeShared<T>(row);
+            if (!record)
+                return std::nullopt;
+            Key key = keyOf(*record);
+            return std::pair{std::move(key), std::move(record)};
+        };
+}
+
+template <typename Decode>
+using DecodedEntry = typename std::invoke_result_t<Decode&, std::string_view>::value_type;
+
+// Decoding is most of a load, and SQLite can only be stepped from one thread.
+// So the loading thread reads rows in batches while helpers decode them, and
+// the batches are gathered in row order by whichever thread finishes the one
+// at the front; only one thread at a time holds that turn. The reader decodes
+// too, when enough batches wait and when the rows run out, so that no core
+// idles while there is work.
+template <typename Decode>
+class DecodePipeline {
+  public:
+    using Entry = DecodedEntry<Decode>;
+    struct Batch {
+        RowBatch rows;
+        std::vector<std::optional<Entry>> entries;  // empty for an unreadable row
+        bool decoded = false;
+    };
+
+    DecodePipeline(std::size_t helpers, Decode& decode, std::vector<Entry>& gathered,
+                   int& unreadable)
+        : m_decode(decode), m_gathered(gathered), m_unreadable(unreadable) {
+        try {
+            for (std::size_t i = 0; i < helpers; ++i)
+                m_helpers.emplace_back([this] { help(); });
+        } catch (const std::system_error&) {
+            // Fewer helpers only make the load slower; the reader decodes what they don't.
+        }
+    }
+    ~DecodePipeline() {
+        {
+            std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        m_work.notify_all();
+        for (auto& helper : m_helpers)
+            helper.join();
+    }
+    DecodePipeline(const DecodePipeline&) = delete;
+    DecodePipeline& operator=(const DecodePipeline&) = delete;
+
+    // A batch to fill, with the buffers of one already gathered.
+    [[nodiscard]] std::unique_ptr<Batch> emptyBatch() {
+        std::lock_guard lock(m_mutex);
+        if (m_spare.empty())
+            return std::make_unique<Batch>();
+        auto batch = std::move(m_spare.back());
+        m_spare.pop_back();
+        return batch;
+    }
+
+    // Queues a filled batch; decodes one here when more than a few wait.
+    void submit(std::unique_ptr<Batch> batch) {
+        constexpr std::size_t kMostWaiting = 4;
+        std::unique_lock lock(m_mutex);
+        m_queue.push_back(std::move(batch));
+        m_work.notify_one();
+        if (m_queue.size() - m_claimed > kMostWaiting && !m_failure) {
+            decodeNext(lock);
+            gather(lock);
+        }
+    }
+
+    // Works beside the helpers until every batch is gathered.
+    void finish() {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            if (m_failure)
+                std::rethrow_exception(m_failure);
+            if (m_claimed < m_queue.size()) {
+                decodeNext(lock);
+                gather(lock);
+            } else if (m_queue.empty() && !m_gathering) {
+                return;
+            } else {
+                m_progress.wait(lock);
+            }
+        }
+    }
+
+  private:
+    // Decodes the oldest batch nobody has claimed, unlocked.
+    void decodeNext(std::unique_lock<std::mutex>& lock) {
+        Batch& batch = *m_queue[m_claimed++];
+        lock.unlock();
+        try {
+            batch.entries.resize(batch.rows.size());
+            for (std::size_t i = 0; i < batch.rows.size(); ++i)
+                batch.entries[i] = m_decode(batch.rows.row(i));
+        } catch (...) {
+            lock.lock();
+            fail(std::current_exception());
+            return;
+        }
+        lock.lock();
+        batch.decoded = true;
+    }
+
+    // Gathers the decoded batches at the front of the queue, unless another
+    // thread is already doing so (it will gather this one's too).
+    void gather(std::unique_lock<std::mutex>& lock) {
+        if (m_gathering)
+            return;
+        m_gathering = true;
+        while (!m_failure && !m_queue.empty() && m_queue.front()->decoded) {
+            auto batch = std::move(m_queue.front());
+            m_queue.pop_front();
+            --m_claimed;
+            lock.unlock();
+            try {
+                for (auto& entry : batch->entries) {
+                    if (entry) {
+                        m_gathered.push_back(std::move(*entry));
+                    } else {
+                        ++m_unreadable;
+                    }
+                }
+            } catch (...) {
+                lock.lock();
+                fail(std::current_exception());
+                break;
+            }
+            batch->rows.clear();
+            batch->entries.clear();
+            batch->decoded = false;
+            lock.lock();
+            m_spare.push_back(std::move(batch));
+        }
+        m_gathering = false;
+        m_progress.notify_all();
+    }
+
+    void fail(std::exception_ptr failure) {
+        if (!m_failure)
+            m_failure = std::move(failure);
+        m_progress.notify_all();
+    }
+
+    void help() {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            m_work.wait(lock, [&] { return m_stopping || m_claimed < m_queue.size(); });
+            if (m_stopping || m_failure)
+                return;
+            decodeNext(lock);
+            gather(lock);
+        }
+    }
+
+    Decode& m_decode;
+    std::vector<Entry>& m_gathered;  // written by the thread that holds the turn
+    int& m_unreadable;
+    std::mutex m_mutex;
+    std::condition_variable m_work;              // a batch waits to be decoded, or the load is over
+    std::condition_variable m_progress;          // a batch was gathered, or something failed
+    std::deque<std::unique_ptr<Batch>> m_queue;  // in row order; the first m_claimed are claimed
+    std::size_t m_claimed = 0;
+    bool m_gathering = false;
+    std::exception_ptr m_failure;
+    std::vector<std::unique_ptr<Batch>> m_spare;
+    bool m_stopping = false;
+    std::vector<std::thread> m_helpers;  // last: they start using the members above at once
+};
+
+// What `decode` makes of every row of one kind, in id order. A row that
+// doesn't decode is counted and left in the file. Rows are taken in batches so
+// that a large file never sits in memory twice over, and a kind that fits in
+// one batch, as most do, is decoded where it is read.
+template <typename Decode>
+std::vector<DecodedEntry<Decode>> loadKind(sqlite3* db, RecordKind kind, int& unreadable,
+                                           Decode decode) {
+    constexpr std::size_t kBatchRows = 1024;
     Statement select(db, "SELECT data FROM records WHERE kind = ? ORDER BY id");
     select.bind(1, rawValue(kind));
-    RowBatch rows;
-    bool more = true;
-    while (more) {
-        rows.clear();
-        while (rows.size() < kBatchRows && (more = select.step())) {
+    const auto fill = [&](RowBatch& rows) {
+        while (rows.size() < kBatchRows) {
+            if (!select.step())
+                return false;
             const auto bytes = columnBytes(select.get(), 0);
             if (!bytes.empty())
                 rows.add(bytes);
         }
-        for (auto& record : decodeAll<T>(rows)) {
-            if (record) {
-                add(std::move(record));
+        return true;
+    };
+
+    std::vector<DecodedEntry<Decode>> entries;
+    RowBatch first;
+    if (!fill(first)) {
+        for (std::size_t i = 0; i < first.size(); ++i) {
+            if (auto entry = decode(first.row(i))) {
+                entries.push_back(std::move(*entry));
             } else {
                 ++unreadable;
             }
         }
+        return entries;
     }
+    DecodePipeline<Decode> pipeline(helperThreads(), decode, entries, unreadable);
+    auto batch = pipeline.emptyBatch();
+    batch->rows = std::move(first);
+    for (bool more = true; more;) {
+        pipeline.submit(std::move(batch));
+        batch = pipeline.emptyBatch();
+        more = fill(batch->rows);
+        if (!more && batch->rows.size() > 0)
+            pipeline.submit(std::move(batch));
+    }
+    pipeline.finish();
+    return entries;
+}
+
+// A ledger map from its records in row order. A large one is built on two
+// threads, each filling half of the map's chunks.
+template <typename K, typename V>
+SharedMap<K, V> buildMap(std::vector<std::pair<K, std::shared_ptr<const V>>> records) {
+    constexpr std::size_t kRecordsWorthAThread = 8192;
+    using Builder = typename SharedMap<K, V>::Builder;
+    const bool split = records.size() >= kRecordsWorthAThread && helperThreads() > 0;
+    Builder builder(std::move(records));
+    if (split) {
+        constexpr std::size_t kHalf = Builder::kChunks / 2;
+        std::exception_ptr failure;
+        try {
+            std::thread other([&] {
+                try {
+                    builder.fill(kHalf, Builder::kChunks);
+                } catch (...) {
+                    failure = std::current_exception();
+                }
+            });
+            builder.fill(0, kHalf);
+            other.join();
+        } catch (const std::system_error&) {
+            // No second thread: finish() fills what is left.
+        }
+        if (failure)
+            std::rethrow_exception(failure);
+    }
+    return std::move(builder).finish();
 }
 
 template <typename T>
@@ -304,41 +541,25 @@ Ledger LedgerStore::load() {
     int unreadable = 0;
     Ledger ledger;
 
-    std::vector<Person> people;
-    std::vector<Account> accounts;
-    std::vector<LedgerCategory> categories;
-    std::vector<Rule> rules;
-    std::vector<ImportBatch> batches;
-    std::vector<Budget> budgets;
-    std::vector<ImportProfile> profiles;
-    std::vector<ChangeSet> changes;
-    const auto into = [](auto& items) {
-        return [&items](auto&& record) { items.push_back(*record); };
-    };
-
-    loadKind<Person>(db, RecordKind::person, unreadable, into(people));
-    loadKind<Account>(db, RecordKind::account, unreadable, into(accounts));
-    loadKind<LedgerCategory>(db, RecordKind::category, unreadable, into(categories));
-    loadKind<Rule>(db, RecordKind::rule, unreadable, into(rules));
-    // Keys are copied out before the record is handed over: argument order is unspecified.
-    loadKind<Merchant>(db, RecordKind::merchant, unreadable, [&](auto&& m) {
-        const Uuid id = m->id;
-        ledger.merchants.setShared(id, std::move(m));
-    });
-    loadKind<LedgerTransaction>(db, RecordKind::transaction, unreadable, [&](auto&& t) {
-        const Uuid id = t->id;
-        ledger.transactions.setShared(id, std::move(t));
-    });
-    loadKind<ImportBatch>(db, RecordKind::batch, unreadable, into(batches));
-    loadKind<Budget>(db, RecordKind::budget, unreadable, into(budgets));
-    loadKind<ImportProfile>(db, RecordKind::profile, unreadable, into(profiles));
-    loadKind<ChangeSet>(db, RecordKind::change, unreadable, into(changes));
-    loadKind<AIFiling>(db, RecordKind::aiFiling, unreadable, [&](auto&& f) {
-        const std::string key = f->key;
-        ledger.aiFilings.setShared(key, std::move(f));
-    });
-    loadKind<LedgerSettings>(db, RecordKind::settings, unreadable,
-                             [&](auto&& s) { ledger.settings = *s; });
+    auto people = loadKind(db, RecordKind::person, unreadable, decodeValue<Person>);
+    auto accounts = loadKind(db, RecordKind::account, unreadable, decodeValue<Account>);
+    auto categories = loadKind(db, RecordKind::category, unreadable, decodeValue<LedgerCategory>);
+    auto rules = loadKind(db, RecordKind::rule, unreadable, decodeValue<Rule>);
+    const auto byID = [](const auto& record) { return record.id; };
+    ledger.merchants =
+        buildMap(loadKind(db, RecordKind::merchant, unreadable, decodeKeyed<Merchant>(byID)));
+    ledger.transactions = buildMap(
+        loadKind(db, RecordKind::transaction, unreadable, decodeKeyed<LedgerTransaction>(byID)));
+    auto batches = loadKind(db, RecordKind::batch, unreadable, decodeValue<ImportBatch>);
+    auto budgets = loadKind(db, RecordKind::budget, unreadable, decodeValue<Budget>);
+    auto profiles = loadKind(db, RecordKind::profile, unreadable, decodeValue<ImportProfile>);
+    auto changes = loadKind(db, RecordKind::change, unreadable, decodeValue<ChangeSet>);
+    ledger.aiFilings = buildMap(
+        loadKind(db, RecordKind::aiFiling, unreadable,
+                 decodeKeyed<AIFiling>([](const AIFiling& filing) { return filing.key; })));
+    auto settings = loadKind(db, RecordKind::settings, unreadable, decodeValue<LedgerSettings>);
+    if (!settings.empty())
+        ledger.settings = std::move(settings.back());
 
     const auto byName = [](const auto& a, const auto& b) { return a.name < b.name; };
     ledger.people = sorted(std::move(people), byName);

@@ -119,8 +119,9 @@ TEST(LedgerRuntime, UndoSurvivesARestartAndFailsWithoutLosingHistory) {
             delta.change(RecordKind::transaction, transaction.id);
             return delta;
         });
-        runtime->apply([&](Ledger& l) { return setNote(l, "first", transaction.id, Instant{}); });
-        runtime->apply([&](Ledger& l) { return setNote(l, "second", transaction.id, Instant{}); });
+        // The history loads in order of its steps' dates.
+        runtime->apply([&](Ledger& l) { return setNote(l, "first", transaction.id, Instant{1}); });
+        runtime->apply([&](Ledger& l) { return setNote(l, "second", transaction.id, Instant{2}); });
     }
     auto runtime = f.launch();
     ASSERT_EQ(runtime->ledger().changes.size(), 2u);

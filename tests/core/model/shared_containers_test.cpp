@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -55,6 +58,56 @@ TEST(SharedMap, WritesToACopyStayInTheCopy) {
             ++shared;
     }
     EXPECT_EQ(shared, 598u);
+}
+
+// The builder must give what a setShared per record, in the same order, gives:
+// the later of two records under one key wins, whatever chunk it lands in.
+TEST(SharedMapBuilder, BuildsWhatSettingEachRecordInOrderBuilds) {
+    using Map = SharedMap<std::string, int>;
+    std::vector<std::pair<std::string, std::shared_ptr<const int>>> records;
+    Map expected;
+    for (int i = 0; i < 3000; ++i) {
+        // Every third key comes round again, far from its first time.
+        const std::string key = "k" + std::to_string(i % 3 == 0 ? i / 3 : i);
+        auto value = std::make_shared<const int>(i);
+        records.emplace_back(key, value);
+        expected.setShared(key, value);
+    }
+
+    for (const bool twoThreads : {false, true}) {
+        Map::Builder builder(records);
+        if (twoThreads) {
+            std::thread other(
+                [&] { builder.fill(Map::Builder::kChunks / 2, Map::Builder::kChunks); });
+            builder.fill(0, Map::Builder::kChunks / 2);
+            other.join();
+        }
+        const Map built = std::move(builder).finish();
+        EXPECT_EQ(built.size(), expected.size());
+        EXPECT_EQ(built, expected);
+        // The records themselves are kept, not copies of them.
+        for (auto it = expected.begin(); it != expected.end(); ++it)
+            ASSERT_EQ(built.find(it.key()), &*it) << it.key();
+    }
+
+    EXPECT_TRUE(Map::Builder({}).finish().empty());
+}
+
+TEST(SharedMapBuilder, BuiltMapIsCopiedOnWriteLikeAnyOther) {
+    using Map = SharedMap<int, std::string>;
+    std::vector<std::pair<int, std::shared_ptr<const std::string>>> records;
+    for (int i = 0; i < 1000; ++i)
+        records.emplace_back(i, std::make_shared<const std::string>("v"));
+    const Map built = Map::Builder(std::move(records)).finish();
+    Map copy = built;
+    copy.set(5, "changed");
+    copy.erase(6);
+    copy.set(5000, "new");
+    EXPECT_EQ(*built.find(5), "v");
+    EXPECT_TRUE(built.contains(6));
+    EXPECT_EQ(built.size(), 1000u);
+    EXPECT_EQ(copy.size(), 1000u);
+    EXPECT_EQ(copy.find(7), built.find(7));
 }
 
 TEST(SharedVector, WritesToACopyStayInTheCopy) {

@@ -6,11 +6,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <limits>
+#include <random>
+
 #include <sqlite3.h>
 
 #include <gtest/gtest.h>
 
 #include "core/model/record_json.h"
+#include "core/model/transaction_reader.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick {
@@ -37,6 +42,18 @@ class Peek {
     }
     int64_t rows(const std::string& kind) {
         return integer("SELECT COUNT(*) FROM records WHERE kind = '" + kind + "'");
+    }
+    // A row exactly as given, whatever quotes its text holds.
+    void insert(const std::string& kind, const std::string& id, const std::string& data) {
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(m_db, "INSERT INTO records (kind, id, data) VALUES (?, ?, ?)", -1,
+                           &statement, nullptr);
+        sqlite3_bind_text(statement, 1, kind.c_str(), -1, SQLITE_TRANSIENT);
+        sqlite3_bind_text(statement, 2, id.c_str(), -1, SQLITE_TRANSIENT);
+        sqlite3_bind_blob(statement, 3, data.data(), static_cast<int>(data.size()),
+                          SQLITE_TRANSIENT);
+        EXPECT_EQ(sqlite3_step(statement), SQLITE_DONE) << id;
+        sqlite3_finalize(statement);
     }
 
   private:
@@ -401,6 +418,189 @@ TEST(LedgerStore, SourceLinesAreReplacedPerBatchAndErasable) {
 
     store.deleteAllSourceLines();
     EXPECT_FALSE(store.sourceLine(batch, 2));
+}
+
+// Text a careless bank export or a person might put anywhere.
+std::string awkwardText(std::mt19937& random) {
+    static const std::vector<std::string> pieces{"ACME",
+                                                 " ",
+                                                 "\"",
+                                                 "\\",
+                                                 "/",
+                                                 "\u00e9",
+                                                 "\u00df",
+                                                 "\u2212",
+                                                 "\n",
+                                                 "\t",
+                                                 "\x01",
+                                                 "#552",
+                                                 "\u65e5\u672c",
+                                                 "\U0001F600",
+                                                 "'",
+                                                 "\x7f",
+                                                 "SOME LONGER TEXT THAN A WORD"};
+    std::string text;
+    const auto count = random() % 10;
+    for (unsigned i = 0; i < count; ++i)
+        text += pieces[random() % pieces.size()];
+    return text;
+}
+
+// Every optional field set or not at random, amounts up to the extremes, and
+// now and then a nested value, which only the ordinary reader takes.
+LedgerTransaction variedTransaction(std::mt19937& random) {
+    const auto maybe = [&] { return random() % 2 == 0; };
+    static const std::vector<int64_t> amounts{std::numeric_limits<int64_t>::min(),
+                                              std::numeric_limits<int64_t>::max(), 0, -1, 1};
+    LedgerTransaction t{.id = Uuid::random(),
+                        .accountID = Uuid::random(),
+                        .sourceLine = static_cast<int64_t>(random() % 100000),
+                        .date = LocalDate::fromDayNumber(static_cast<int64_t>(random() % 80000)),
+                        .amount = random() % 8 == 0 ? amounts[random() % amounts.size()]
+                                                    : -static_cast<int64_t>(random() % 100000),
+                        .currency = maybe() ? "USD" : "EUR",
+                        .rawDescription = awkwardText(random),
+                        .status = maybe() ? TransactionStatus::posted : TransactionStatus::pending,
+                        .fingerprint = awkwardText(random),
+                        .occurrence = static_cast<int64_t>(random() % 3) + 1};
+    t.kind = allCases<TransactionKind>()[random() % 4];
+    t.method = allCases<MatchMethod>()[random() % 10];
+    t.review = allCases<ReviewState>()[random() % 4];
+    t.evidence = awkwardText(random);
+    t.note = awkwardText(random);
+    t.voided = maybe();
+    if (maybe())
+        t.batchID = Uuid::random();
+    if (maybe())
+        t.postedDate = t.date.addingDays(1);
+    if (maybe())
+        t.bankMerchant = awkwardText(random);
+    if (maybe())
+        t.bankCategory = awkwardText(random);
+    if (maybe())
+        t.checkNumber = std::to_string(random() % 9999);
+    if (maybe())
+        t.categoryID = Uuid::random();
+    if (maybe())
+        t.merchantID = Uuid::random();
+    if (maybe())
+        t.transferPairID = Uuid::random();
+    if (maybe())
+        t.supersededBy = Uuid::random();
+    if (maybe())
+        t.cardIdentifier = awkwardText(random);
+    if (maybe())
+        t.entrySource = TransactionEntrySource::manual;
+    if (maybe())
+        t.externalID = awkwardText(random);
+    if (random() % 10 == 0) {
+        t.suggestion = Suggestion{awkwardText(random), Uuid::random(), TransactionKind::expense,
+                                  MatchMethod::ai, awkwardText(random)};
+        t.splits = std::vector<TransactionSplit>{{Uuid::random(), Uuid::random(), -1, "x"}};
+        t.spendingAssignment = SpendingAssignment::shared();
+    }
+    return t;
+}
+
+// Loads large enough to go through the batched, threaded path: several
+// batches of rows, decoded on more than one thread and put back in order.
+class LargeLedger : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        std::mt19937 random(29);
+        ledger = Ledger::starter();
+        for (int i = 0; i < 5000; ++i) {
+            const auto t = variedTransaction(random);
+            ledger.transactions.set(t.id, t);
+        }
+        // Arrays come back in id order; thousands of budgets take the batched path too.
+        std::vector<Budget> budgets;
+        for (int i = 0; i < 3000; ++i)
+            budgets.push_back({Uuid::random(), Uuid::random(), i});
+        std::sort(budgets.begin(), budgets.end(),
+                  [](const Budget& a, const Budget& b) { return a.id.text() < b.id.text(); });
+        ledger.budgets = SharedVector<Budget>(budgets);
+        LedgerStore(file).saveAll(ledger);
+    }
+
+    TempFolder temp;
+    std::filesystem::path file = temp / "Copperwick.sqlite";
+    Ledger ledger;
+};
+
+TEST_F(LargeLedger, LoadsRecordForRecordAsItWasSaved) {
+    // Both readers get their share: rows with nested values go the ordinary way.
+    int declined = 0;
+    for (const auto& t : ledger.transactions)
+        declined += detail::readFlatTransaction(record_json::encode(t)) ? 0 : 1;
+    EXPECT_GT(declined, 100);
+
+    Peek peek(file);
+    // Damaged rows first, in the middle and last in id order.
+    for (const char* id : {"00000000", "80000000", "FFFFFFFF"})
+        peek.insert("transaction", std::string(id) + "-damaged", R"({"id": ")");
+    // A row no build of ours wrote, but a JSON reader takes.
+    LedgerTransaction byHand = *ledger.transactions.begin();
+    byHand.id = Uuid::random();
+    std::string text = record_json::encode(byHand);
+    text.replace(text.rfind('}'), 1, R"( , "weight" : 0.5 })");
+    ASSERT_FALSE(detail::readFlatTransaction(text)) << "meant for the ordinary reader";
+    peek.insert("transaction", byHand.id.text(), text);
+    ledger.transactions.set(byHand.id, byHand);
+    // Two more rows holding one record, filed under texts that sort before and
+    // after every UUID: rows are read in id order, so the last one wins,
+    // thousands of rows and several batches later.
+    LedgerTransaction copy = *ledger.transactions.begin();
+    copy.note = "early copy";
+    peek.insert("transaction", "0-copy", record_json::encode(copy));
+    copy.note = "late copy";
+    peek.insert("transaction", "Z-copy", record_json::encode(copy));
+    ledger.transactions.set(copy.id, copy);
+
+    LedgerStore store(file);
+    const Ledger loaded = store.load();
+    EXPECT_EQ(store.unreadableRecords(), 3);
+    EXPECT_EQ(loaded.transactions.size(), ledger.transactions.size());
+    EXPECT_EQ(loaded, ledger);
+    // Saved again, every record comes out as the same bytes.
+    for (const auto& t : ledger.transactions)
+        ASSERT_EQ(record_json::encode(*loaded.transaction(t.id)), record_json::encode(t));
+}
+
+TEST_F(LargeLedger, DamagedPageHalfwayThroughFailsTheLoadCleanly) {
+    // Overwrite the page holding the middle transaction in id order, so that
+    // SQLite fails while batches are being decoded on other threads.
+    std::vector<Uuid> ids;
+    for (const auto& t : ledger.transactions)
+        ids.push_back(t.id);
+    std::sort(ids.begin(), ids.end());
+    const std::string middle = ids[ids.size() / 2].text();
+    std::string bytes;
+    {
+        std::ifstream in(file, std::ios::binary);
+        bytes.assign(std::istreambuf_iterator<char>(in), {});
+    }
+    const auto at = bytes.find(R"({"id":")" + middle);
+    ASSERT_NE(at, std::string::npos);
+    const auto pageSize = static_cast<std::size_t>(Peek(file).integer("PRAGMA page_size"));
+    const auto page = at / pageSize * pageSize;
+    ASSERT_GT(page, 0u);
+    {
+        std::fstream out(file, std::ios::binary | std::ios::in | std::ios::out);
+        out.seekp(static_cast<std::streamoff>(page));
+        const std::string garbage(pageSize, '\x5A');
+        out.write(garbage.data(), static_cast<std::streamsize>(garbage.size()));
+    }
+
+    LedgerStore store(file);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        try {
+            (void)store.load();
+            FAIL() << "a damaged page went unnoticed";
+        } catch (const StoreError& error) {
+            EXPECT_EQ(error.kind(), StoreError::Case::sql);
+        }
+    }
 }
 
 TEST(LedgerStore, VerifyAcceptsOnlyDataFiles) {
