@@ -37,6 +37,7 @@ class CommandLine {
         addLayoutsCommands(m_app, m_context);
         addUndoCommand(m_app, m_context);
         addTransactionCommand(m_app, m_context);
+        addImportCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

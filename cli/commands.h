@@ -19,5 +19,6 @@ void addAnalyzeCommand(CLI::App& app, CommandContext& context);
 void addLayoutsCommands(CLI::App& app, CommandContext& context);
 void addUndoCommand(CLI::App& app, CommandContext& context);
 void addTransactionCommand(CLI::App& app, CommandContext& context);
+void addImportCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli
