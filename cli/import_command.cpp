@@ -74,8 +74,8 @@ std::string accountText(const Ledger& ledger, const ImportFile& file) {
             return account ? account->name : file.choice.accountID->text();
         }
         case Kind::newAccount: {
-            std::string text = "new account \"" + std::string(text::trimmed(file.draft.name)) + "\" (" +
-                               std::string(rawValue(file.draft.type));
+            std::string text = "new account \"" + std::string(text::trimmed(file.draft.name)) +
+                               "\" (" + std::string(rawValue(file.draft.type));
             if (!file.draft.last4.empty())
                 text += ", ending " + file.draft.last4;
             return text + ")";
@@ -161,16 +161,15 @@ void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) 
 
 boost::json::value planJSON(const ImportFile& file) {
     boost::json::object object{{"fileName", file.url.filename().string()}};
-    object["profile"] =
-        file.analysis.profile ? boost::json::value(file.analysis.profile->id) : nullptr;
-    object["account"] =
-        file.targetAccountID() ? boost::json::value(file.targetAccountID()->text()) : nullptr;
-    const auto blocker = file.blocker();
-    object["blocker"] = blocker ? boost::json::value(*blocker) : nullptr;
-    if (!file.plan) {
-        object["plan"] = nullptr;
+    // Absent values have no key, as everywhere in the command's JSON.
+    if (file.analysis.profile)
+        object["profile"] = file.analysis.profile->id;
+    if (const auto account = file.targetAccountID())
+        object["account"] = account->text();
+    if (const auto blocker = file.blocker())
+        object["blocker"] = *blocker;
+    if (!file.plan)
         return object;
-    }
     const auto& plan = *file.plan;
     boost::json::array rows;
     for (const auto& planned : plan.rows) {
@@ -179,9 +178,8 @@ boost::json::value planJSON(const ImportFile& file) {
                                 {"amount", planned.row.amount},
                                 {"description", planned.row.description()},
                                 {"disposition", rawValue(planned.disposition.kind)}};
-        row["matchID"] = planned.disposition.match
-                             ? boost::json::value(planned.disposition.match->text())
-                             : nullptr;
+        if (planned.disposition.match)
+            row["matchID"] = planned.disposition.match->text();
         rows.push_back(std::move(row));
     }
     boost::json::array held;
@@ -198,10 +196,12 @@ boost::json::value planJSON(const ImportFile& file) {
                           {"issues", std::move(issues)},
                           {"moneyIn", plan.totals().moneyIn},
                           {"moneyOut", plan.totals().moneyOut}};
-    p["firstDate"] = plan.firstDate() ? boost::json::value(plan.firstDate()->iso()) : nullptr;
-    p["lastDate"] = plan.lastDate() ? boost::json::value(plan.lastDate()->iso()) : nullptr;
-    p["previousImport"] =
-        plan.previousImport ? record_json::toJSON(*plan.previousImport) : boost::json::value();
+    if (const auto first = plan.firstDate())
+        p["firstDate"] = first->iso();
+    if (const auto last = plan.lastDate())
+        p["lastDate"] = last->iso();
+    if (plan.previousImport)
+        p["previousImport"] = record_json::toJSON(*plan.previousImport);
     object["plan"] = std::move(p);
     return object;
 }
@@ -254,8 +254,6 @@ bool applyOptions(CommandContext& context, LedgerRuntime& runtime, ImportModel& 
     for (const auto& file : model.files())
         ids.push_back(file.id);
     for (const auto& id : ids) {
-        if (options.flipSigns)
-            model.setFlip(true, id, runtime);
         if (account) {
             runtime.setErrorMessage(std::nullopt);
             model.setChoice(ImportFile::AccountChoice::existing(account->id), id, runtime);
@@ -277,6 +275,9 @@ bool applyOptions(CommandContext& context, LedgerRuntime& runtime, ImportModel& 
             model.setDraft(*sharedDraft, id);
             model.setChoice(ImportFile::AccountChoice::newAccount(), id, runtime);
         }
+        // After the choice, which would otherwise take over the account's own setting.
+        if (options.flipSigns)
+            model.setFlip(true, id, runtime);
         if (options.skipProblemRows)
             model.setSkipProblemRows(true, id);
         if (!forced.empty())
@@ -459,7 +460,9 @@ void addImportCommands(CLI::App& app, CommandContext& context) {
         import->add_option("--new-account", options->newAccount, "Import into a new account")
             ->type_name("NAME")
             ->excludes("--account");
-    import->add_option("--type", options->type, "The new account's type (checking, credit, ...)")
+    import
+        ->add_option("--type", options->type,
+                     "The new account's type: checking, savings, creditCard, other or cash")
         ->needs(newAccount);
     import->add_option("--last4", options->last4, "The new account's last four digits")
         ->type_name("DIGITS")
