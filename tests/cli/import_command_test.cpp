@@ -101,6 +101,41 @@ TEST_F(ImportCommandTest, NamedNewAccountAndAccountByName) {
     EXPECT_EQ(result.code, 1);
 }
 
+TEST_F(ImportCommandTest, HeldLineIsShownWithItsMatchAndImportedWhenForced) {
+    const std::string header =
+        "Details,Posting Date,Description,Amount,Type,Balance,Check or Slip #\n";
+    const auto first = folder / "first.csv";
+    const auto second = folder / "second.csv";
+    testing::writeFile(first,
+                       header + "DEBIT,03/02/2026,\"CORNER SHOP 42\",-12.50,DEBIT_CARD,1.00,\n");
+    // Same day and amount under other words: it may be the same purchase.
+    testing::writeFile(second, header +
+                                   "DEBIT,03/02/2026,\"CORNER STORE\",-12.50,DEBIT_CARD,1.00,\n"
+                                   "DEBIT,03/03/2026,\"BAKERY\",-3.00,DEBIT_CARD,1.00,\n");
+    auto result = run({"import", first.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+
+    result = run({"import", "--dry-run", second.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("Held for you: 1"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("CORNER STORE  held for you, matches 2026-03-02"), std::string::npos)
+        << result.out;
+    EXPECT_NE(result.out.find("1 transactions ready from 1 file(s)"), std::string::npos)
+        << result.out;
+
+    result = run({"--json", "import", "--dry-run", "--force", "2", second.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    auto answer = boost::json::parse(result.out).as_object();
+    EXPECT_EQ(answer.at("totalToImport").as_int64(), 2);
+    const auto& row = answer.at("files").at(0).at("plan").at("rows").at(0).as_object();
+    EXPECT_EQ(row.at("disposition").as_string(), "possibleDuplicate");
+    EXPECT_TRUE(row.contains("matchID"));
+
+    result = run({"import", "--force", "2", second.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Imported 2 transactions from 1 file.\n");
+}
+
 TEST_F(ImportCommandTest, BlockedFileImportsNothing) {
     const auto file = folder / "notes.csv";
     testing::writeFile(file, "just,some\nwords,here\n");

@@ -141,6 +141,26 @@ TEST_F(ImportModelTest, PaymentBetweenCheckingAndCardPairsOnceBothAreIn) {
         EXPECT_TRUE(transaction->transferPairID) << transaction->rawDescription;
 }
 
+TEST_F(ImportModelTest, ForcedLineIsDroppedWhenFlippingSignsMakesItNew) {
+    drop({written("first.csv",
+                  std::string(kCheckingHeader) +
+                      "DEBIT,03/02/2026,\"CORNER SHOP 42\",-12.50,DEBIT_CARD,1.00,\n")});
+    model.commit(runtime, {});
+    drop(
+        {written("second.csv", std::string(kCheckingHeader) +
+                                   "DEBIT,03/02/2026,\"CORNER STORE\",-12.50,DEBIT_CARD,1.00,\n")});
+    ASSERT_EQ(model.files().size(), 1u);
+    const auto id = model.files().front().id;
+    ASSERT_EQ(model.files().front().plan->possibleDuplicates().size(), 1u);
+    model.setForcedLines({2}, id);
+    EXPECT_EQ(model.totalToImport(), 1);
+
+    model.setFlip(true, id, runtime);
+    EXPECT_TRUE(model.files().front().forcedLines.empty());
+    EXPECT_EQ(model.files().front().plan->newCount(), 1);
+    EXPECT_EQ(model.totalToImport(), 1);
+}
+
 TEST_F(ImportModelTest, FailedSafetyBackupImportsNothing) {
     drop({dropped("chase-checking.csv")});
     // A file where the backups folder belongs: no permission games, which root ignores.
