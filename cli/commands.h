@@ -21,5 +21,6 @@ void addUndoCommand(CLI::App& app, CommandContext& context);
 void addTransactionCommand(CLI::App& app, CommandContext& context);
 void addTransactionsCommand(CLI::App& app, CommandContext& context);
 void addHouseholdCommands(CLI::App& app, CommandContext& context);
+void addImportCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

@@ -1,0 +1,500 @@
+// `copperwick import`, `imports` and `undo-import`: bank files into the
+// ledger through the same import session the desktop application uses, the
+// history of what was imported, and taking one import back out.
+
+#include <ctime>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+#include <sstream>
+
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+
+#include "cli/commands.h"
+#include "cli/runtime_session.h"
+#include "core/import/builtin_profiles.h"
+#include "core/import/import_analyzer.h"
+#include "core/import/import_commit.h"
+#include "core/model/enum_text.h"
+#include "core/model/money.h"
+#include "core/model/record_json.h"
+#include "core/model/text.h"
+#include "runtime/import_model.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+struct ImportOptions {
+    std::vector<std::string> files;
+    std::string account;
+    std::string newAccount;
+    std::string type;
+    std::string last4;
+    std::string person;
+    bool shared = false;
+    bool flipSigns = false;
+    std::vector<std::string> force;
+    bool skipProblemRows = false;
+    std::string layout;
+    std::string archive;
+    bool dryRun = false;
+};
+
+const Account* findAccount(const Ledger& ledger, std::string_view nameOrID) {
+    if (const auto id = Uuid::parse(nameOrID)) {
+        if (const auto* account = ledger.account(*id))
+            return account;
+    }
+    for (std::size_t i = 0; i < ledger.accounts.size(); ++i) {
+        if (ledger.accounts[i].name == nameOrID)
+            return &ledger.accounts[i];
+    }
+    return nullptr;
+}
+
+const Person* findPerson(const Ledger& ledger, std::string_view nameOrID) {
+    if (const auto id = Uuid::parse(nameOrID)) {
+        if (const auto* person = ledger.person(*id))
+            return person;
+    }
+    for (std::size_t i = 0; i < ledger.people.size(); ++i) {
+        if (ledger.people[i].name == nameOrID)
+            return &ledger.people[i];
+    }
+    return nullptr;
+}
+
+std::string accountText(const Ledger& ledger, const ImportFile& file) {
+    using Kind = ImportFile::AccountChoice::Kind;
+    switch (file.choice.kind) {
+        case Kind::existing: {
+            const auto* account = ledger.account(file.choice.accountID);
+            return account ? account->name : file.choice.accountID->text();
+        }
+        case Kind::newAccount: {
+            std::string text = "new account \"" + std::string(text::trimmed(file.draft.name)) +
+                               "\" (" + std::string(rawValue(file.draft.type));
+            if (!file.draft.last4.empty())
+                text += ", ending " + file.draft.last4;
+            return text + ")";
+        }
+        case Kind::undecided:
+            break;
+    }
+    return "not chosen";
+}
+
+std::string dispositionText(RowDisposition::Kind kind) {
+    switch (kind) {
+        case RowDisposition::Kind::duplicate:
+            return "already saved";
+        case RowDisposition::Kind::replacesPending:
+            return "replaces pending";
+        case RowDisposition::Kind::possibleDuplicate:
+            return "held for you";
+        case RowDisposition::Kind::newRow:
+            break;
+    }
+    return "new";
+}
+
+std::string batchLine(const Ledger& ledger, const ImportBatch& batch) {
+    const auto* account = ledger.account(batch.accountID);
+    std::ostringstream out;
+    out << batch.fileName << " into " << (account ? account->name : batch.accountID.text());
+    return out.str();
+}
+
+void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) {
+    out << file.url.filename().string() << '\n';
+    out << "  Layout: "
+        << (file.analysis.profile ? file.analysis.profile->name : std::string("not recognised"))
+        << '\n';
+    out << "  Account: " << accountText(ledger, file) << '\n';
+    if (file.suggestionReason)
+        out << "  " << *file.suggestionReason << '\n';
+    if (const auto blocker = file.blocker())
+        out << "  Can't import: " << *blocker << '\n';
+    if (!file.plan)
+        return;
+    const auto& plan = *file.plan;
+    const auto currency = file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
+    out << "  Previous import: "
+        << (plan.previousImport ? plan.previousImport->fileName : std::string("none")) << '\n'
+        << "  Rows in file: " << plan.rows.size() << '\n'
+        << "  New: " << plan.newCount() << '\n'
+        << "  Already saved: " << plan.duplicateCount() << '\n'
+        << "  Replace pending: " << plan.replacesPendingCount() << '\n'
+        << "  Held for you: " << plan.possibleDuplicates().size() << '\n'
+        << "  Couldn't read: " << plan.issues.size() << '\n'
+        << "  Money in: " << Money::format(plan.totals().moneyIn, currency) << '\n'
+        << "  Money out: " << Money::format(plan.totals().moneyOut, currency) << '\n'
+        << "  Dates: "
+        << (plan.firstDate() ? plan.firstDate()->iso() + " to " + plan.lastDate()->iso()
+                             : std::string("none"))
+        << '\n'
+        << "  Blank or summary lines: " << plan.blankLines + plan.skippedLines << '\n';
+    for (const auto& planned : plan.rows) {
+        const auto& row = planned.row;
+        out << "    line " << row.line << "  " << row.date.iso() << "  "
+            << Money::format(row.amount, currency) << "  " << row.description() << "  "
+            << dispositionText(planned.disposition.kind);
+        if (planned.disposition.kind == RowDisposition::Kind::possibleDuplicate &&
+            file.forcedLines.contains(row.line))
+            out << " (importing anyway)";
+        const bool showsMatch =
+            planned.disposition.kind == RowDisposition::Kind::possibleDuplicate ||
+            planned.disposition.kind == RowDisposition::Kind::replacesPending;
+        if (showsMatch) {
+            if (const auto* match = ledger.transaction(planned.disposition.match)) {
+                out << ", matches " << match->date.iso() << "  "
+                    << Money::format(match->amount, currency) << "  " << match->rawDescription;
+            }
+        }
+        out << '\n';
+    }
+    for (const auto& issue : plan.issues)
+        out << "    line " << issue.line << ": " << issue.reason << '\n';
+}
+
+boost::json::value planJSON(const ImportFile& file) {
+    boost::json::object object{{"fileName", file.url.filename().string()}};
+    // Absent values have no key, as everywhere in the command's JSON.
+    if (file.analysis.profile)
+        object["profile"] = file.analysis.profile->id;
+    if (const auto account = file.targetAccountID())
+        object["account"] = account->text();
+    if (const auto blocker = file.blocker())
+        object["blocker"] = *blocker;
+    if (!file.plan)
+        return object;
+    const auto& plan = *file.plan;
+    boost::json::array rows;
+    for (const auto& planned : plan.rows) {
+        boost::json::object row{{"line", planned.row.line},
+                                {"date", planned.row.date.iso()},
+                                {"amount", planned.row.amount},
+                                {"description", planned.row.description()},
+                                {"disposition", rawValue(planned.disposition.kind)}};
+        if (planned.disposition.match)
+            row["matchID"] = planned.disposition.match->text();
+        rows.push_back(std::move(row));
+    }
+    boost::json::array held;
+    for (const auto* planned : plan.possibleDuplicates())
+        held.push_back(planned->row.line);
+    boost::json::array issues;
+    for (const auto& issue : plan.issues)
+        issues.push_back(boost::json::object{{"line", issue.line}, {"reason", issue.reason}});
+    boost::json::object p{{"rows", std::move(rows)},
+                          {"newCount", plan.newCount()},
+                          {"duplicateCount", plan.duplicateCount()},
+                          {"replacesPendingCount", plan.replacesPendingCount()},
+                          {"possibleDuplicates", std::move(held)},
+                          {"issues", std::move(issues)},
+                          {"moneyIn", plan.totals().moneyIn},
+                          {"moneyOut", plan.totals().moneyOut}};
+    if (const auto first = plan.firstDate())
+        p["firstDate"] = first->iso();
+    if (const auto last = plan.lastDate())
+        p["lastDate"] = last->iso();
+    if (plan.previousImport)
+        p["previousImport"] = record_json::toJSON(*plan.previousImport);
+    object["plan"] = std::move(p);
+    return object;
+}
+
+bool fail(CommandContext& context, const std::string& message) {
+    context.err << message << '\n';
+    context.exitCode = kExitFailure;
+    return false;
+}
+
+// Brings the session's cards in line with the command's options.
+bool applyOptions(CommandContext& context, LedgerRuntime& runtime, ImportModel& model,
+                  const ImportOptions& options) {
+    const Ledger& ledger = runtime.ledger();
+    std::set<int64_t> forced;
+    for (const auto& list : options.force) {
+        std::stringstream items(list);
+        std::string item;
+        while (std::getline(items, item, ',')) {
+            try {
+                forced.insert(std::stoll(std::string(text::trimmed(item))));
+            } catch (const std::exception&) {
+                return fail(context, "'" + item + "' isn't a line number.");
+            }
+        }
+    }
+    const Account* account = nullptr;
+    if (!options.account.empty()) {
+        account = findAccount(ledger, options.account);
+        if (!account)
+            return fail(context, "There is no account called " + options.account + ".");
+    }
+    std::optional<AccountType> type;
+    if (!options.type.empty()) {
+        type = enumFromRaw<AccountType>(options.type);
+        if (!type)
+            return fail(context, "There is no account type called " + options.type + ".");
+    }
+    std::optional<Uuid> personID;
+    if (!options.person.empty()) {
+        const auto* person = findPerson(ledger, options.person);
+        if (!person)
+            return fail(context, "There is no person called " + options.person + ".");
+        personID = person->id;
+    }
+
+    // Every file of one command goes to one new account when one is named.
+    std::optional<ImportFile::NewAccountDraft> sharedDraft;
+    std::vector<Uuid> ids;
+    for (const auto& file : model.files())
+        ids.push_back(file.id);
+    for (const auto& id : ids) {
+        if (account) {
+            runtime.setErrorMessage(std::nullopt);
+            model.setChoice(ImportFile::AccountChoice::existing(account->id), id, runtime);
+            if (runtime.errorMessage())
+                return fail(context, *runtime.errorMessage());
+        } else if (!options.newAccount.empty()) {
+            if (!sharedDraft) {
+                sharedDraft = model.file(id)->draft;
+                sharedDraft->id = Uuid::random();
+                sharedDraft->name = options.newAccount;
+                if (type)
+                    sharedDraft->type = *type;
+                if (!options.last4.empty())
+                    sharedDraft->last4 = options.last4;
+                if (personID)
+                    sharedDraft->personID = personID;
+                sharedDraft->isShared = options.shared;
+            }
+            model.setDraft(*sharedDraft, id);
+            model.setChoice(ImportFile::AccountChoice::newAccount(), id, runtime);
+        }
+        // After the choice, which would otherwise take over the account's own setting.
+        if (options.flipSigns)
+            model.setFlip(true, id, runtime);
+        if (options.skipProblemRows)
+            model.setSkipProblemRows(true, id);
+        if (!forced.empty())
+            model.setForcedLines(forced, id);
+    }
+    return true;
+}
+
+void runImport(CommandContext& context, const ImportOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    runtime->setErrorMessage(std::nullopt);
+    ImportModel model;
+
+    std::vector<std::filesystem::path> urls;
+    for (const auto& file : options.files)
+        urls.push_back(std::filesystem::absolute(file));
+    if (!options.layout.empty()) {
+        std::optional<ImportProfile> chosen;
+        for (const auto& profile : allProfiles(runtime->ledger())) {
+            if (profile.id == options.layout)
+                chosen = profile;
+        }
+        if (!chosen) {
+            fail(context, "There is no layout with the id " + options.layout +
+                              ". Run 'copperwick layouts list' to see them.");
+            return;
+        }
+        for (const auto& url : urls) {
+            std::ifstream in(url, std::ios::binary);
+            if (!in) {
+                fail(context, "Copperwick couldn't read " + url.filename().string() + ".");
+                return;
+            }
+            std::string data{std::istreambuf_iterator<char>(in), {}};
+            auto analysis = ImportAnalyzer::analyze(url.filename().string(), data, *chosen, false);
+            model.receive(url, std::move(data), std::move(analysis), *runtime);
+        }
+    } else {
+        model.add(urls, *runtime);
+        model.waitForAnalyses(*runtime);
+    }
+    if (runtime->errorMessage()) {
+        fail(context, *runtime->errorMessage());
+        return;
+    }
+    if (!applyOptions(context, *runtime, model, options))
+        return;
+
+    const Ledger& ledger = runtime->ledger();
+    if (options.dryRun) {
+        if (context.json) {
+            boost::json::array files;
+            for (const auto& file : model.files())
+                files.push_back(planJSON(file));
+            printJSON(context, boost::json::object{{"files", std::move(files)},
+                                                   {"totalToImport", model.totalToImport()}});
+        } else {
+            for (const auto& file : model.files())
+                printPlan(context.out, ledger, file);
+            context.out << model.totalToImport() << " transactions ready from "
+                        << model.readyFiles().size() << " file(s)\n";
+        }
+        return;
+    }
+
+    bool blocked = false;
+    for (const auto& file : model.files()) {
+        if (const auto blocker = file.blocker()) {
+            context.err << file.url.filename().string() << ": " << *blocker << '\n';
+            blocked = true;
+        }
+    }
+    if (blocked) {
+        context.err << "Nothing was imported.\n";
+        context.exitCode = kExitFailure;
+        return;
+    }
+
+    model.commit(*runtime, options.archive);
+    if (!model.lastResult()) {
+        fail(context, runtime->errorMessage().value_or("Nothing was imported."));
+        return;
+    }
+    // An archive that failed leaves the import standing; say so beside it.
+    if (runtime->errorMessage())
+        context.err << *runtime->errorMessage() << '\n';
+    if (context.json) {
+        boost::json::array batches;
+        for (const auto& batch : model.lastBatches())
+            batches.push_back(record_json::toJSON(batch));
+        printJSON(context,
+                  boost::json::object{{"result", *model.lastResult()}, {"batches", batches}});
+        return;
+    }
+    context.out << *model.lastResult() << '\n';
+}
+
+std::string localTime(Instant instant) {
+    const auto seconds = static_cast<std::time_t>(instant.unixSeconds());
+    std::tm parts{};
+    localtime_r(&seconds, &parts);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &parts);
+    return text;
+}
+
+void runImports(CommandContext& context) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    if (context.json) {
+        boost::json::array batches;
+        for (std::size_t i = ledger.batches.size(); i-- > 0;)
+            batches.push_back(record_json::toJSON(ledger.batches[i]));
+        printJSON(context, batches);
+        return;
+    }
+    if (ledger.batches.empty()) {
+        context.out << "Nothing has been imported yet.\n";
+        return;
+    }
+    for (std::size_t i = ledger.batches.size(); i-- > 0;) {
+        const auto& batch = ledger.batches[i];
+        const auto& counts = batch.counts;
+        context.out << batch.id.text() << "  " << localTime(batch.importedAt) << "  "
+                    << batchLine(ledger, batch) << '\n'
+                    << "    " << counts.totalRows << " rows: " << counts.imported << " imported, "
+                    << counts.replacedPending << " replaced pending, " << counts.duplicates
+                    << " already saved, " << counts.heldDuplicates << " held, "
+                    << counts.forcedDuplicates << " imported anyway, " << counts.errors
+                    << " couldn't be read\n";
+    }
+}
+
+void runUndoImport(CommandContext& context, const std::string& batchText) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const auto batchID = Uuid::parse(batchText);
+    const ImportBatch* batch = nullptr;
+    for (std::size_t i = 0; batchID && i < runtime->ledger().batches.size(); ++i) {
+        if (runtime->ledger().batches[i].id == *batchID)
+            batch = &runtime->ledger().batches[i];
+    }
+    if (!batch) {
+        fail(context, "There is no import with the id " + batchText +
+                          ". Run 'copperwick imports' to see them.");
+        return;
+    }
+    const std::string fileName = batch->fileName;
+    const Uuid id = *batchID;
+    runtime->setErrorMessage(std::nullopt);
+    const int64_t before = runtime->revision();
+    runtime->apply([id](Ledger& ledger) { return undoImport(ledger, id); });
+    if (runtime->revision() == before) {
+        fail(context,
+             runtime->errorMessage().value_or(std::string(LedgerRuntime::kNoStoreMessage)));
+        return;
+    }
+    const std::string message = "Removed the import of " + fileName + ".";
+    if (context.json) {
+        printJSON(context, boost::json::object{{"result", message}, {"batchID", id.text()}});
+        return;
+    }
+    context.out << message << '\n';
+}
+
+}  // namespace
+
+void addImportCommands(CLI::App& app, CommandContext& context) {
+    auto options = std::make_shared<ImportOptions>();
+    auto* import = app.add_subcommand("import", "Import bank files into the ledger");
+    import->add_option("FILE", options->files, "CSV, OFX or QFX files")->required();
+    import->add_option("--account", options->account, "Import into this account")
+        ->type_name("NAME|ID");
+    auto* newAccount =
+        import->add_option("--new-account", options->newAccount, "Import into a new account")
+            ->type_name("NAME")
+            ->excludes("--account");
+    import
+        ->add_option("--type", options->type,
+                     "The new account's type: checking, savings, creditCard, other or cash")
+        ->needs(newAccount);
+    import->add_option("--last4", options->last4, "The new account's last four digits")
+        ->type_name("DIGITS")
+        ->needs(newAccount);
+    import->add_option("--person", options->person, "Who uses the new account")
+        ->type_name("NAME")
+        ->needs(newAccount);
+    import->add_flag("--shared", options->shared, "The new account is the household's")
+        ->needs(newAccount);
+    import->add_flag("--flip-signs", options->flipSigns,
+                     "The bank writes spending as positive amounts");
+    import->add_option("--force", options->force, "Import these held lines anyway (see --dry-run)")
+        ->type_name("LINE[,LINE...]");
+    import->add_flag("--skip-problem-rows", options->skipProblemRows,
+                     "Leave out the rows that couldn't be read");
+    import
+        ->add_option("--layout", options->layout,
+                     "Read the files with this layout (see 'layouts list')")
+        ->type_name("ID");
+    import->add_option("--archive", options->archive, "Move imported files into month folders here")
+        ->type_name("DIR");
+    import->add_flag("--dry-run", options->dryRun, "Show what would be imported, and stop");
+    import->callback([&context, options] { runImport(context, *options);
+});
+
+auto* imports = app.add_subcommand("imports", "List what has been imported, newest first");
+imports->callback([&context] { runImports(context); });
+
+auto batch = std::make_shared<std::string>();
+auto* undo = app.add_subcommand("undo-import", "Take one import back out of the ledger");
+undo->add_option("BATCH_ID", *batch, "The import's id (see 'imports')")->required();
+undo->callback([&context, batch] { runUndoImport(context, *batch); });
+}  // namespace copperwick::cli
+
+}  // namespace copperwick::cli

@@ -1,0 +1,562 @@
+#include "runtime/import_model.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "core/import/builtin_profiles.h"
+#include "core/import/import_analyzer.h"
+#include "core/import/import_commit.h"
+#include "core/model/text.h"
+#include "core/operations/upsert_account.h"
+#include "core/operations/upsert_profile.h"
+
+namespace copperwick {
+
+namespace {
+
+std::vector<Account> accountList(const Ledger& ledger) {
+    std::vector<Account> accounts;
+    accounts.reserve(ledger.accounts.size());
+    for (std::size_t i = 0; i < ledger.accounts.size(); ++i)
+        accounts.push_back(ledger.accounts[i]);
+    return accounts;
+}
+
+bool hasProfile(const Ledger& ledger, const std::string& id) {
+    for (std::size_t i = 0; i < ledger.profiles.size(); ++i) {
+        if (ledger.profiles[i].id == id)
+            return true;
+    }
+    return false;
+}
+
+std::optional<std::string> readAll(const std::filesystem::path& url) {
+    std::ifstream in(url, std::ios::binary);
+    if (!in)
+        return std::nullopt;
+    std::string data{std::istreambuf_iterator<char>(in), {}};
+    if (in.bad())
+        return std::nullopt;
+    return data;
+}
+
+// A free name for `name` in `folder`: the name itself, else "{stem} 2{ext}" and up.
+std::filesystem::path freeTarget(const std::filesystem::path& folder,
+                                 const std::filesystem::path& name) {
+    auto target = folder / name;
+    const auto stem = name.stem().string();
+    const auto extension = name.extension().string();
+    for (int n = 2; std::filesystem::exists(target); ++n)
+        target = folder / (stem + " " + std::to_string(n) + extension);
+    return target;
+}
+
+void moveFile(const std::filesystem::path& from, const std::filesystem::path& to) {
+    std::error_code error;
+    std::filesystem::rename(from, to, error);
+    if (!error)
+        return;
+    // Another file system: copy, then take the original away.
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::none);
+    std::filesystem::remove(from);
+}
+
+}  // namespace
+
+std::optional<std::string> ImportFile::blocker() const {
+    if (layoutHelp.kind == LayoutHelp::Kind::working)
+        return "Local AI is reading this file's columns.";
+    if (analysis.problem)
+        return analysis.problem;
+    if (choice.kind == AccountChoice::Kind::undecided)
+        return "Choose which account this file belongs to.";
+    if (choice.kind == AccountChoice::Kind::newAccount && text::trimmed(draft.name).empty())
+        return "Give the new account a name.";
+    if (!analysis.issues.empty() && !skipProblemRows)
+        return "Some rows couldn't be read. Fix the file, or choose to skip those rows.";
+    return std::nullopt;
+}
+
+std::optional<Uuid> ImportFile::targetAccountID() const {
+    switch (choice.kind) {
+        case AccountChoice::Kind::existing:
+            return choice.accountID;
+        case AccountChoice::Kind::newAccount:
+            return draft.id;
+        case AccountChoice::Kind::undecided:
+            break;
+    }
+    return std::nullopt;
+}
+
+ImportModel::~ImportModel() {
+    // Analyses hold nothing of ours, but their threads must end before we do.
+    for (auto& pending : m_pending) {
+        if (pending.analysis.valid())
+            pending.analysis.wait();
+    }
+}
+
+const ImportFile* ImportModel::file(const Uuid& id) const {
+    for (const auto& file : m_files) {
+        if (file.id == id)
+            return &file;
+    }
+    return nullptr;
+}
+
+ImportFile* ImportModel::find(const Uuid& id) {
+    return const_cast<ImportFile*>(std::as_const(*this).file(id));
+}
+
+bool ImportModel::isBusy() const {
+    return !m_pending.empty() || m_isCommitting ||
+           std::any_of(m_files.begin(), m_files.end(), [](const ImportFile& file) {
+               return file.layoutHelp.kind == ImportFile::LayoutHelp::Kind::working;
+           });
+}
+
+std::vector<const ImportFile*> ImportModel::readyFiles() const {
+    std::vector<const ImportFile*> ready;
+    for (const auto& file : m_files) {
+        if (file.include && !file.blocker())
+            ready.push_back(&file);
+    }
+    return ready;
+}
+
+int64_t ImportModel::totalToImport() const {
+    int64_t total = 0;
+    for (const auto* file : readyFiles()) {
+        if (!file->plan)
+            continue;
+        total += file->plan->newCount() + file->plan->replacesPendingCount();
+        for (const auto* row : file->plan->possibleDuplicates()) {
+            if (file->forcedLines.contains(row->row.line))
+                ++total;
+        }
+    }
+    return total;
+}
+
+void ImportModel::setRequestFilePicker(bool request) {
+    m_requestFilePicker = request;
+    notify();
+}
+
+void ImportModel::setMappingFileID(std::optional<Uuid> id) {
+    m_mappingFileID = std::move(id);
+    notify();
+}
+
+void ImportModel::setInclude(bool include, const Uuid& id) {
+    if (auto* file = find(id)) {
+        file->include = include;
+        notify();
+    }
+}
+
+void ImportModel::setSkipProblemRows(bool skip, const Uuid& id) {
+    if (auto* file = find(id)) {
+        file->skipProblemRows = skip;
+        notify();
+    }
+}
+
+void ImportModel::setForcedLines(std::set<int64_t> lines, const Uuid& id) {
+    if (auto* file = find(id)) {
+        file->forcedLines = std::move(lines);
+        notify();
+    }
+}
+
+void ImportModel::setDraft(ImportFile::NewAccountDraft draft, const Uuid& id) {
+    if (auto* file = find(id)) {
+        file->draft = std::move(draft);
+        notify();
+    }
+}
+
+void ImportModel::add(const std::vector<std::filesystem::path>& urls, LedgerRuntime& runtime) {
+    if (urls.empty())
+        return;
+    const auto profiles = allProfiles(runtime.ledger());
+    for (const auto& url : urls) {
+        const auto known = [&](const std::filesystem::path& other) { return other == url; };
+        if (std::any_of(m_files.begin(), m_files.end(),
+                        [&](const ImportFile& file) { return known(file.url); }) ||
+            std::any_of(m_pending.begin(), m_pending.end(),
+                        [&](const Pending& pending) { return known(pending.url); }))
+            continue;
+        auto data = readAll(url);
+        if (!data) {
+            runtime.setErrorMessage("Copperwick couldn't read " + url.filename().string() + ".");
+            continue;
+        }
+        Pending pending{url, std::move(*data), {}};
+        // The task owns copies: the card may be removed, or the model gone, before it ends.
+        pending.analysis = std::async(
+            std::launch::async, [name = url.filename().string(), bytes = pending.data, profiles] {
+                return ImportAnalyzer::analyze(name, bytes, profiles, false);
+            });
+        m_pending.push_back(std::move(pending));
+    }
+    notify();
+}
+
+void ImportModel::receiveFinished(LedgerRuntime& runtime) {
+    for (std::size_t i = 0; i < m_pending.size();) {
+        if (m_pending[i].analysis.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+            ++i;
+            continue;
+        }
+        Pending pending = std::move(m_pending[i]);
+        m_pending.erase(m_pending.begin() + static_cast<std::ptrdiff_t>(i));
+        receive(pending.url, std::move(pending.data), pending.analysis.get(), runtime);
+    }
+}
+
+void ImportModel::waitForAnalyses(LedgerRuntime& runtime) {
+    while (!m_pending.empty()) {
+        Pending pending = std::move(m_pending.front());
+        m_pending.erase(m_pending.begin());
+        receive(pending.url, std::move(pending.data), pending.analysis.get(), runtime);
+    }
+}
+
+void ImportModel::receive(const std::filesystem::path& url, std::string data, FileAnalysis analysis,
+                          LedgerRuntime& runtime) {
+    if (std::any_of(m_files.begin(), m_files.end(),
+                    [&](const ImportFile& file) { return file.url == url; }))
+        return;
+    const Ledger& ledger = runtime.ledger();
+
+    ImportFile file;
+    file.id = Uuid::random();
+    file.url = url;
+    file.data = std::move(data);
+    file.analysis = std::move(analysis);
+    auto& draft = file.draft;
+    draft.id = Uuid::random();
+    draft.name = file.analysis.profile ? file.analysis.profile->name : url.stem().string();
+    if (!ledger.people.empty())
+        draft.personID = ledger.people[0].id;
+    draft.type = file.analysis.typeHint.value_or(AccountType::checking);
+    draft.last4 = file.analysis.digitHints.empty() ? "" : file.analysis.digitHints.front();
+    if (file.analysis.profile)
+        draft.profileID = file.analysis.profile->id;
+
+    applySuggestion(file, runtime);
+
+    if (file.choice.kind == ImportFile::AccountChoice::Kind::newAccount) {
+        for (const auto& other : m_files) {
+            if (other.choice.kind == ImportFile::AccountChoice::Kind::newAccount &&
+                other.draft.profileID == file.draft.profileID &&
+                other.draft.last4 == file.draft.last4 && other.draft.type == file.draft.type &&
+                other.analysis.currencyHint == file.analysis.currencyHint) {
+                file.draft = other.draft;
+                file.suggestionReason =
+                    "Goes to the same new account as " + other.url.filename().string() + ".";
+                break;
+            }
+        }
+    }
+
+    const Uuid id = file.id;
+    m_files.push_back(std::move(file));
+    replan(id, runtime);
+    // No local model is wired in here, so setUpLayout is never started on its own.
+    notify();
+}
+
+void ImportModel::applySuggestion(ImportFile& file, LedgerRuntime& runtime) {
+    const auto suggestion =
+        ImportAnalyzer::suggestAccount(file.analysis, accountList(runtime.ledger()));
+    std::visit(
+        [&](const auto& value) {
+            using T = std::decay_t<decltype(value)>;
+            if constexpr (std::is_same_v<T, AccountSuggestion::Existing>) {
+                file.choice = ImportFile::AccountChoice::existing(value.accountID);
+                file.suggestionReason = "Matched automatically: " + value.reason + ".";
+            } else if constexpr (std::is_same_v<T, AccountSuggestion::Choose>) {
+                file.choice = ImportFile::AccountChoice::undecided();
+                file.suggestionReason = value.reason;
+            } else if constexpr (std::is_same_v<T, AccountSuggestion::New>) {
+                file.choice = ImportFile::AccountChoice::newAccount();
+                file.draft.name = value.name;
+                file.draft.type = value.type;
+                file.draft.last4 = value.last4.value_or("");
+                file.draft.profileID = value.profileID;
+                file.suggestionReason = "A new account. Check the name and owner.";
+            } else {
+                file.choice = ImportFile::AccountChoice::undecided();
+                file.suggestionReason.reset();
+            }
+        },
+        suggestion.value);
+
+    if (file.choice.kind == ImportFile::AccountChoice::Kind::existing) {
+        const auto* account = runtime.ledger().account(file.choice.accountID);
+        if (account && account->flipSigns != file.flipSigns) {
+            file.flipSigns = account->flipSigns;
+            reanalyze(file, runtime);
+        }
+    }
+}
+
+void ImportModel::reanalyze(ImportFile& file, LedgerRuntime& runtime) {
+    const std::string name = file.url.filename().string();
+    if (file.analysis.profile) {
+        file.analysis =
+            ImportAnalyzer::analyze(name, file.data, *file.analysis.profile, file.flipSigns);
+    } else {
+        file.analysis =
+            ImportAnalyzer::analyze(name, file.data, allProfiles(runtime.ledger()), file.flipSigns);
+    }
+}
+
+void ImportModel::replan(const Uuid& id, LedgerRuntime& runtime) {
+    auto* file = find(id);
+    if (!file)
+        return;
+    const auto accountID = file->targetAccountID();
+    if (!accountID || !file->analysis.profile) {
+        file->plan.reset();
+    } else {
+        file->plan = ImportPlanner::plan(file->analysis, *accountID, runtime.ledger());
+        std::set<int64_t> held;
+        for (const auto* row : file->plan->possibleDuplicates())
+            held.insert(row->row.line);
+        std::erase_if(file->forcedLines, [&](int64_t line) { return !held.contains(line); });
+    }
+    notify();
+}
+
+void ImportModel::setChoice(ImportFile::AccountChoice choice, const Uuid& id,
+                            LedgerRuntime& runtime) {
+    auto* file = find(id);
+    if (!file)
+        return;
+    file->choice = choice;
+    if (choice.kind == ImportFile::AccountChoice::Kind::existing) {
+        const auto* account = runtime.ledger().account(choice.accountID);
+        if (account && file->analysis.currencyHint &&
+            *file->analysis.currencyHint != account->currency) {
+            runtime.setErrorMessage("This file uses " + *file->analysis.currencyHint +
+                                    ". Choose an account in that currency.");
+            replan(id, runtime);
+            return;
+        }
+        if (account && account->flipSigns != file->flipSigns) {
+            file->flipSigns = account->flipSigns;
+            reanalyze(*file, runtime);
+        }
+    }
+    replan(id, runtime);
+}
+
+void ImportModel::setFlip(bool flag, const Uuid& id, LedgerRuntime& runtime) {
+    auto* file = find(id);
+    if (!file)
+        return;
+    file->flipSigns = flag;
+    reanalyze(*file, runtime);
+    replan(id, runtime);
+}
+
+void ImportModel::applyMapping(ImportProfile profile, const Uuid& id, LedgerRuntime& runtime) {
+    // Saved at once: a taught layout is kept even if the file is then removed.
+    runtime.apply([profile](Ledger& ledger) { return upsertProfile(ledger, profile); });
+    auto* file = find(id);
+    if (!file)
+        return;
+    file->layoutHelp = {};
+    file->savesProposedProfile = false;
+    file->analysis = ImportAnalyzer::analyze(file->url.filename().string(), file->data,
+                                             std::move(profile), file->flipSigns);
+    applySuggestion(*file, runtime);
+    replan(id, runtime);
+}
+
+void ImportModel::setUpLayout(const Uuid& id, LedgerRuntime& /*runtime*/) {
+    // Proposing a layout needs the local model; without it the file is left
+    // for the mapping form rather than shown as working forever.
+    if (find(id))
+        notify();
+}
+
+void ImportModel::receiveLayout(LayoutOutcome outcome, const Uuid& id, LedgerRuntime& runtime) {
+    auto* file = find(id);
+    if (!file)
+        return;
+    if (outcome.check.profile)
+        file->proposedProfile = outcome.check.profile;
+    if (!outcome.check.accepted) {
+        file->layoutHelp = {ImportFile::LayoutHelp::Kind::failed, outcome.message};
+        notify();
+        return;
+    }
+    file->layoutHelp = {ImportFile::LayoutHelp::Kind::done, outcome.check.note};
+    file->savesProposedProfile = true;
+    file->flipSigns = false;
+    file->analysis = std::move(outcome.check.analysis);
+    if (file->analysis.profile) {
+        file->draft.profileID = file->analysis.profile->id;
+        if (file->analysis.typeHint)
+            file->draft.type = *file->analysis.typeHint;
+    }
+    applySuggestion(*file, runtime);
+    replan(id, runtime);
+}
+
+void ImportModel::remove(const Uuid& id) {
+    std::erase_if(m_files, [&](const ImportFile& file) { return file.id == id; });
+    notify();
+}
+
+void ImportModel::clear() {
+    m_files.clear();
+    notify();
+}
+
+void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& archiveFolder) {
+    std::vector<ImportFile> ready;
+    for (const auto* file : readyFiles())
+        ready.push_back(*file);
+    if (ready.empty())
+        return;
+    m_isCommitting = true;
+    notify();
+
+    if (!runtime.backUpBeforeImport()) {
+        if (!runtime.errorMessage())
+            runtime.setErrorMessage(std::string(LedgerRuntime::kNoStoreMessage));
+        m_isCommitting = false;
+        notify();
+        return;
+    }
+
+    const Instant now = Instant::now();
+    std::vector<std::pair<Uuid, ImportBatch>> committed;
+    const int64_t revisionBefore = runtime.revision();
+    runtime.apply([&](Ledger& ledger) {
+        committed.clear();
+        LedgerDelta delta;
+        for (const auto& file : ready) {
+            const auto accountID = file.targetAccountID();
+            if (!accountID)
+                continue;
+            const auto& profile = file.analysis.profile;
+            if (file.savesProposedProfile && profile && !hasProfile(ledger, profile->id))
+                delta.merge(upsertProfile(ledger, *profile));
+
+            const auto* existing = ledger.account(accountID);
+            if (file.choice.kind == ImportFile::AccountChoice::Kind::newAccount && !existing) {
+                const auto& draft = file.draft;
+                Account account(draft.id, std::string(text::trimmed(draft.name)), draft.type);
+                if (!draft.isShared && draft.personID) {
+                    account.setUserIDs({*draft.personID});
+                } else {
+                    // No users means the household; with nobody named it means nobody.
+                    account.isUnassigned = !draft.isShared;
+                }
+                account.currency =
+                    file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
+                if (draft.last4.size() == 4 &&
+                    std::all_of(draft.last4.begin(), draft.last4.end(),
+                                [](char c) { return c >= '0' && c <= '9'; }))
+                    account.last4 = draft.last4;
+                if (profile)
+                    account.profileID = profile->id;
+                account.flipSigns = file.flipSigns;
+                delta.merge(upsertAccount(ledger, std::move(account)));
+            } else if (existing && existing->flipSigns != file.flipSigns) {
+                Account account = *existing;
+                account.flipSigns = file.flipSigns;
+                delta.merge(upsertAccount(ledger, std::move(account)));
+            }
+
+            // Planned again: an earlier file of this same commit may have added lines.
+            ImportPlan plan = ImportPlanner::plan(file.analysis, *accountID, ledger);
+            auto result = commitImport(
+                ledger, {ImportCommitItem{file.analysis, std::move(plan), file.forcedLines}}, now);
+            delta.merge(result.delta);
+            for (auto& batch : result.batches)
+                committed.emplace_back(file.id, std::move(batch));
+        }
+        return delta;
+    });
+    if (runtime.revision() == revisionBefore) {
+        // The save failed and the runtime says why; the cards stay as they were.
+        m_isCommitting = false;
+        notify();
+        return;
+    }
+
+    int64_t imported = 0;
+    int64_t duplicates = 0;
+    m_lastBatches.clear();
+    for (const auto& [fileID, batch] : committed) {
+        imported +=
+            batch.counts.imported + batch.counts.replacedPending + batch.counts.forcedDuplicates;
+        duplicates += batch.counts.duplicates;
+        m_lastBatches.push_back(batch);
+    }
+    const auto fileCount = committed.size();
+    std::string result = "Imported " + std::to_string(imported) + " transactions from " +
+                         std::to_string(fileCount) + " file" + (fileCount == 1 ? "" : "s");
+    result += duplicates > 0 ? "; " + std::to_string(duplicates) + " were already saved." : ".";
+    m_lastResult = result;
+
+    if (!archiveFolder.empty())
+        archive(committed, archiveFolder, runtime);
+
+    std::erase_if(m_files, [&](const ImportFile& file) {
+        return std::any_of(ready.begin(), ready.end(),
+                           [&](const ImportFile& done) { return done.id == file.id; });
+    });
+    m_isCommitting = false;
+    notify();
+}
+
+void ImportModel::archive(const std::vector<std::pair<Uuid, ImportBatch>>& committed,
+                          const std::filesystem::path& folder, LedgerRuntime& runtime) {
+    for (const auto& [fileID, batch] : committed) {
+        const auto* file = this->file(fileID);
+        if (!file)
+            continue;
+        const std::string name = file->url.filename().string();
+        try {
+            const auto subfolder =
+                folder / (batch.firstDate ? batch.firstDate->monthKey() : std::string("Undated"));
+            std::filesystem::create_directories(subfolder);
+            moveFile(file->url, freeTarget(subfolder, file->url.filename()));
+        } catch (const std::exception& error) {
+            runtime.setErrorMessage("Imported, but couldn't move " + name +
+                                    " to your archive folder: " + error.what());
+        }
+    }
+}
+
+ObserverID ImportModel::observe(std::function<void()> callback) {
+    const ObserverID id = m_nextObserver++;
+    m_observers.emplace(id, std::move(callback));
+    return id;
+}
+
+void ImportModel::removeObserver(ObserverID id) {
+    m_observers.erase(id);
+}
+
+void ImportModel::notify() {
+    // Copied: an observer may remove itself.
+    const auto observers = m_observers;
+    for (const auto& [id, callback] : observers)
+        callback();
+}
+
+}  // namespace copperwick

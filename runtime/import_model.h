@@ -1,0 +1,170 @@
+#pragma once
+
+// The state behind the import screen: the files a person has dropped, what
+// each will do, and the one Import action. Nothing touches the ledger until
+// commit. Lives beside LedgerRuntime for the application's life; every
+// operation takes the runtime. Main thread only: analyses run on their own
+// threads and come back through receiveFinished or waitForAnalyses.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "core/import/file_analysis.h"
+#include "core/import/import_planner.h"
+#include "core/model/import_batch.h"
+#include "core/model/import_profile.h"
+#include "core/model/ledger_enums.h"
+#include "core/model/uuid.h"
+#include "runtime/ledger_runtime.h"
+
+namespace copperwick {
+
+// One dropped file: its bytes, what reading them found, and where the rows go.
+struct ImportFile {
+    struct AccountChoice {
+        enum class Kind { existing, newAccount, undecided };
+        Kind kind = Kind::undecided;
+        std::optional<Uuid> accountID;  // for `existing`
+
+        [[nodiscard]] static AccountChoice existing(const Uuid& id) { return {Kind::existing, id}; }
+        [[nodiscard]] static AccountChoice newAccount() { return {Kind::newAccount, {}}; }
+        [[nodiscard]] static AccountChoice undecided() { return {}; }
+        friend bool operator==(const AccountChoice&, const AccountChoice&) = default;
+    };
+
+    struct NewAccountDraft {
+        Uuid id;
+        std::string name;
+        std::optional<Uuid> personID;
+        AccountType type = AccountType::checking;
+        std::string last4;
+        std::optional<std::string> profileID;
+        bool isShared = false;
+        friend bool operator==(const NewAccountDraft&, const NewAccountDraft&) = default;
+    };
+
+    struct LayoutHelp {
+        enum class Kind { done, failed, none, working };
+        Kind kind = Kind::none;
+        std::string text;  // the note of `done`, the message of `failed`
+        friend bool operator==(const LayoutHelp&, const LayoutHelp&) = default;
+    };
+
+    Uuid id;
+    std::filesystem::path url;
+    std::string data;
+    FileAnalysis analysis;
+    AccountChoice choice;
+    NewAccountDraft draft;
+    std::optional<std::string> suggestionReason;
+    std::optional<ImportPlan> plan;
+    bool include = true;
+    std::set<int64_t> forcedLines;
+    bool skipProblemRows = false;
+    bool flipSigns = false;
+    LayoutHelp layoutHelp;
+    std::optional<ImportProfile> proposedProfile;
+    bool savesProposedProfile = false;
+
+    // Why this file can't be imported as it stands, or absent when it can.
+    [[nodiscard]] std::optional<std::string> blocker() const;
+    // The account the rows go to: the chosen one, or the draft's for a new one.
+    [[nodiscard]] std::optional<Uuid> targetAccountID() const;
+};
+
+// What the on-device layout proposal hands back.
+struct LayoutOutcome {
+    struct Check {
+        std::optional<ImportProfile> profile;
+        bool accepted = false;
+        std::string note;
+        FileAnalysis analysis;
+    };
+    Check check;
+    std::string message;
+};
+
+class ImportModel {
+  public:
+    ImportModel() = default;
+    ~ImportModel();
+    ImportModel(const ImportModel&) = delete;
+    ImportModel& operator=(const ImportModel&) = delete;
+
+    [[nodiscard]] const std::vector<ImportFile>& files() const { return m_files; }
+    [[nodiscard]] const ImportFile* file(const Uuid& id) const;
+    [[nodiscard]] bool requestFilePicker() const { return m_requestFilePicker; }
+    [[nodiscard]] const std::optional<std::string>& lastResult() const { return m_lastResult; }
+    [[nodiscard]] const std::optional<Uuid>& mappingFileID() const { return m_mappingFileID; }
+    [[nodiscard]] int pendingAnalyses() const { return static_cast<int>(m_pending.size()); }
+    [[nodiscard]] bool isCommitting() const { return m_isCommitting; }
+    [[nodiscard]] bool isBusy() const;
+    [[nodiscard]] std::vector<const ImportFile*> readyFiles() const;
+    [[nodiscard]] int64_t totalToImport() const;
+    // The batches of the last commit, in the order of their files.
+    [[nodiscard]] const std::vector<ImportBatch>& lastBatches() const { return m_lastBatches; }
+
+    void setRequestFilePicker(bool request);
+    void setMappingFileID(std::optional<Uuid> id);
+    void setInclude(bool include, const Uuid& id);
+    void setSkipProblemRows(bool skip, const Uuid& id);
+    void setForcedLines(std::set<int64_t> lines, const Uuid& id);
+    void setDraft(ImportFile::NewAccountDraft draft, const Uuid& id);
+
+    // Reads each file and starts its analysis; a file already on the list is skipped.
+    void add(const std::vector<std::filesystem::path>& urls, LedgerRuntime& runtime);
+    // Takes in the analyses that have finished, without waiting.
+    void receiveFinished(LedgerRuntime& runtime);
+    // Waits for every analysis still running and takes them in.
+    void waitForAnalyses(LedgerRuntime& runtime);
+    void receive(const std::filesystem::path& url, std::string data, FileAnalysis analysis,
+                 LedgerRuntime& runtime);
+    void replan(const Uuid& id, LedgerRuntime& runtime);
+    void setChoice(ImportFile::AccountChoice choice, const Uuid& id, LedgerRuntime& runtime);
+    void setFlip(bool flag, const Uuid& id, LedgerRuntime& runtime);
+    void applyMapping(ImportProfile profile, const Uuid& id, LedgerRuntime& runtime);
+    // Without a local model nothing proposes layouts; the file stays unrecognised.
+    void setUpLayout(const Uuid& id, LedgerRuntime& runtime);
+    void receiveLayout(LayoutOutcome outcome, const Uuid& id, LedgerRuntime& runtime);
+    void remove(const Uuid& id);
+    void clear();
+    // Imports every ready file in one save; an empty folder archives nothing.
+    void commit(LedgerRuntime& runtime, const std::filesystem::path& archiveFolder);
+
+    // Called after every change to the model's state.
+    ObserverID observe(std::function<void()> callback);
+    void removeObserver(ObserverID id);
+
+  private:
+    struct Pending {
+        std::filesystem::path url;
+        std::string data;
+        std::future<FileAnalysis> analysis;
+    };
+
+    ImportFile* find(const Uuid& id);
+    void applySuggestion(ImportFile& file, LedgerRuntime& runtime);
+    void reanalyze(ImportFile& file, LedgerRuntime& runtime);
+    void archive(const std::vector<std::pair<Uuid, ImportBatch>>& committed,
+                 const std::filesystem::path& folder, LedgerRuntime& runtime);
+    void notify();
+
+    std::vector<ImportFile> m_files;
+    std::vector<Pending> m_pending;
+    bool m_requestFilePicker = false;
+    std::optional<std::string> m_lastResult;
+    std::optional<Uuid> m_mappingFileID;
+    bool m_isCommitting = false;
+    std::vector<ImportBatch> m_lastBatches;
+    std::map<ObserverID, std::function<void()>> m_observers;
+    ObserverID m_nextObserver = 1;
+};
+
+}  // namespace copperwick

@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+#include <boost/json.hpp>
+
+#include "cli/command_line.h"
+#include "runtime/ledger_runtime.h"
+#include "tests/support/run_command.h"
+#include "tests/support/temp_folder.h"
+
+namespace copperwick::cli {
+namespace {
+
+using testing::TempFolder;
+constexpr auto runWith = testing::runCommand;
+
+const std::filesystem::path kData = COPPERWICK_TEST_DATA;
+
+class ImportCommandTest : public ::testing::Test {
+  protected:
+    testing::CommandResult run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--data-dir", (folder / "data").string()});
+        return runWith(arguments);
+    }
+    std::string sample(const std::string& name) { return (kData / "csv" / name).string(); }
+
+    TempFolder folder;
+};
+
+TEST_F(ImportCommandTest, DryRunChangesNothingAndShowsThePlan) {
+    auto result = run({"import", "--dry-run", sample("chase-checking.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("Rows in file: 2"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("2 transactions ready from 1 file(s)"), std::string::npos)
+        << result.out;
+
+    result = run({"--json", "import", "--dry-run", sample("chase-checking.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const auto answer = boost::json::parse(result.out).as_object();
+    EXPECT_EQ(answer.at("totalToImport").as_int64(), 2);
+    const auto& plan = answer.at("files").as_array().at(0).at("plan").as_object();
+    EXPECT_EQ(plan.at("rows").as_array().at(0).at("disposition").as_string(), "new");
+    EXPECT_EQ(plan.at("rows").as_array().at(0).at("amount").as_int64(), -4512);
+    EXPECT_EQ(plan.at("firstDate").as_string(), "2026-03-09");
+
+    result = run({"--json", "imports"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_TRUE(boost::json::parse(result.out).as_array().empty());
+}
+
+TEST_F(ImportCommandTest, ImportReimportListAndUndo) {
+    auto result = run({"import", sample("chase-checking.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Imported 2 transactions from 1 file.\n");
+
+    result = run({"--json", "import", sample("chase-checking.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    auto answer = boost::json::parse(result.out).as_object();
+    EXPECT_EQ(answer.at("result").as_string(),
+              "Imported 0 transactions from 1 file; 2 were already saved.");
+
+    result = run({"--json", "imports"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const auto batches = boost::json::parse(result.out).as_array();
+    ASSERT_EQ(batches.size(), 2u);
+    const std::string first = std::string(batches.at(1).at("id").as_string());
+
+    result = run({"imports"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find(first), std::string::npos) << result.out;
+
+    result = run({"undo-import", first});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Removed the import of chase-checking.csv.\n");
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+    EXPECT_TRUE(runtime.ledger().activeTransactions().empty());
+    EXPECT_EQ(runtime.ledger().batches.size(), 1u);
+
+    result = run({"undo-import", first});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("There is no import with the id"), std::string::npos);
+}
+
+TEST_F(ImportCommandTest, NamedNewAccountAndAccountByName) {
+    auto result = run({"import", "--new-account", "Joint card", "--type", "creditCard", "--last4",
+                       "4242", "--shared", sample("chase-card.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    {
+        LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+        ASSERT_EQ(runtime.ledger().accounts.size(), 1u);
+        const auto& account = runtime.ledger().accounts[0];
+        EXPECT_EQ(account.name, "Joint card");
+        EXPECT_EQ(account.last4, "4242");
+        EXPECT_EQ(account.type, AccountType::creditCard);
+        EXPECT_FALSE(account.isUnassigned);
+    }
+    result = run({"import", "--account", "Joint card", "--dry-run", sample("chase-card.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("Account: Joint card"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("0 transactions ready"), std::string::npos) << result.out;
+
+    result = run({"import", "--account", "Nobody's", sample("chase-card.csv")});
+    EXPECT_EQ(result.code, 1);
+}
+
+TEST_F(ImportCommandTest, HeldLineIsShownWithItsMatchAndImportedWhenForced) {
+    const std::string header =
+        "Details,Posting Date,Description,Amount,Type,Balance,Check or Slip #\n";
+    const auto first = folder / "first.csv";
+    const auto second = folder / "second.csv";
+    testing::writeFile(first,
+                       header + "DEBIT,03/02/2026,\"CORNER SHOP 42\",-12.50,DEBIT_CARD,1.00,\n");
+    // Same day and amount under other words: it may be the same purchase.
+    testing::writeFile(second, header +
+                                   "DEBIT,03/02/2026,\"CORNER STORE\",-12.50,DEBIT_CARD,1.00,\n"
+                                   "DEBIT,03/03/2026,\"BAKERY\",-3.00,DEBIT_CARD,1.00,\n");
+    auto result = run({"import", first.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+
+    result = run({"import", "--dry-run", second.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("Held for you: 1"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("CORNER STORE  held for you, matches 2026-03-02"), std::string::npos)
+        << result.out;
+    EXPECT_NE(result.out.find("1 transactions ready from 1 file(s)"), std::string::npos)
+        << result.out;
+
+    result = run({"--json", "import", "--dry-run", "--force", "2", second.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    auto answer = boost::json::parse(result.out).as_object();
+    EXPECT_EQ(answer.at("totalToImport").as_int64(), 2);
+    const auto& row = answer.at("files").at(0).at("plan").at("rows").at(0).as_object();
+    EXPECT_EQ(row.at("disposition").as_string(), "possibleDuplicate");
+    EXPECT_TRUE(row.contains("matchID"));
+
+    result = run({"import", "--force", "2", second.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Imported 2 transactions from 1 file.\n");
+}
+
+TEST_F(ImportCommandTest, BlockedFileImportsNothing) {
+    const auto file = folder / "notes.csv";
+    testing::writeFile(file, "just,some\nwords,here\n");
+    auto result = run({"import", file.string(), sample("chase-card.csv")});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("notes.csv: "), std::string::npos) << result.err;
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+    EXPECT_TRUE(runtime.ledger().batches.empty());
+}
+
+}  // namespace
+}  // namespace copperwick::cli

@@ -1,0 +1,257 @@
+#include "runtime/import_model.h"
+
+#include <gtest/gtest.h>
+
+#include "core/operations/upsert_account.h"
+#include "tests/support/ledger_builder.h"
+#include "tests/support/temp_folder.h"
+
+namespace copperwick {
+namespace {
+
+using testing::TempFolder;
+using testing::writeFile;
+
+const std::filesystem::path kData = COPPERWICK_TEST_DATA;
+
+constexpr std::string_view kCheckingHeader =
+    "Details,Posting Date,Description,Amount,Type,Balance,Check or Slip #\n";
+
+class ImportModelTest : public ::testing::Test {
+  protected:
+    ImportModelTest() : runtime(RuntimeOptions{.dataFolder = folder / "data"}) {}
+
+    // A copy in the drop folder, so archiving may move it.
+    std::filesystem::path dropped(const std::string& sample, const std::string& as = {}) {
+        const auto target = folder / "drop" / (as.empty() ? sample : as);
+        std::filesystem::create_directories(target.parent_path());
+        std::filesystem::copy_file(kData / "csv" / sample, target,
+                                   std::filesystem::copy_options::overwrite_existing);
+        return target;
+    }
+    std::filesystem::path written(const std::string& name, const std::string& contents) {
+        const auto target = folder / "drop" / name;
+        std::filesystem::create_directories(target.parent_path());
+        writeFile(target, contents);
+        return target;
+    }
+    void drop(const std::vector<std::filesystem::path>& urls) {
+        model.add(urls, runtime);
+        model.waitForAnalyses(runtime);
+    }
+    std::size_t activeCount() { return runtime.ledger().activeTransactions().size(); }
+
+    TempFolder folder;
+    LedgerRuntime runtime;
+    ImportModel model;
+};
+
+TEST_F(ImportModelTest, NewCardImportsAndTheSameFileAgainAddsNothing) {
+    drop({dropped("chase-checking.csv")});
+    ASSERT_EQ(model.files().size(), 1u);
+    const auto& file = model.files().front();
+    ASSERT_FALSE(file.blocker()) << *file.blocker();
+    EXPECT_EQ(file.choice.kind, ImportFile::AccountChoice::Kind::newAccount);
+    EXPECT_EQ(file.suggestionReason, "A new account. Check the name and owner.");
+    const int64_t total = model.totalToImport();
+    ASSERT_GT(total, 0);
+
+    model.commit(runtime, {});
+    EXPECT_EQ(model.lastResult(),
+              "Imported " + std::to_string(total) + " transactions from 1 file.");
+    EXPECT_TRUE(model.files().empty());
+    ASSERT_EQ(runtime.ledger().accounts.size(), 1u);
+    ASSERT_EQ(runtime.ledger().batches.size(), 1u);
+    EXPECT_EQ(activeCount(), static_cast<std::size_t>(total));
+
+    // The account now exists, so the same file is matched to it and planned as saved.
+    drop({dropped("chase-checking.csv")});
+    ASSERT_EQ(model.files().size(), 1u);
+    const auto& again = model.files().front();
+    EXPECT_EQ(again.choice.kind, ImportFile::AccountChoice::Kind::existing);
+    ASSERT_TRUE(again.plan);
+    EXPECT_TRUE(again.plan->previousImport);
+    EXPECT_EQ(again.plan->newCount(), 0);
+    EXPECT_EQ(model.totalToImport(), 0);
+    model.commit(runtime, {});
+    EXPECT_EQ(model.lastResult(), "Imported 0 transactions from 1 file; " + std::to_string(total) +
+                                      " were already saved.");
+    EXPECT_EQ(activeCount(), static_cast<std::size_t>(total));
+}
+
+TEST_F(ImportModelTest, DroppingTheSameFileTwiceGivesOneCard) {
+    const auto url = dropped("chase-card.csv");
+    drop({url, url});
+    drop({url});
+    EXPECT_EQ(model.files().size(), 1u);
+    EXPECT_EQ(model.pendingAnalyses(), 0);
+    EXPECT_FALSE(model.isBusy());
+}
+
+TEST_F(ImportModelTest, TwoStatementsOfOneNewCardMakeOneAccount) {
+    drop({dropped("chase-card.csv", "chase-card-march.csv")});
+    drop({written("chase-card-april.csv",
+                  "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n"
+                  "04/02/2026,04/03/2026,RIVERSIDE BAKERY,Food & Drink,Sale,-8.25,\n")});
+    ASSERT_EQ(model.files().size(), 2u);
+    const auto& first = model.files()[0];
+    const auto& second = model.files()[1];
+    ASSERT_EQ(first.choice.kind, ImportFile::AccountChoice::Kind::newAccount);
+    EXPECT_EQ(second.draft.id, first.draft.id);
+    EXPECT_EQ(second.suggestionReason, "Goes to the same new account as chase-card-march.csv.");
+
+    model.commit(runtime, {});
+    EXPECT_EQ(runtime.ledger().accounts.size(), 1u);
+    EXPECT_EQ(runtime.ledger().batches.size(), 2u);
+    EXPECT_EQ(model.lastResult(), "Imported 3 transactions from 2 files.");
+}
+
+TEST_F(ImportModelTest, OverlappingFilesInOneCommitAddOnlyNewLines) {
+    const std::string march =
+        "DEBIT,03/02/2026,\"CORNER SHOP\",-12.50,DEBIT_CARD,100.00,\n"
+        "DEBIT,03/05/2026,\"CITY WATER\",-40.00,ACH_DEBIT,60.00,\n";
+    const std::string later = "DEBIT,03/07/2026,\"RIVERSIDE BAKERY\",-6.00,DEBIT_CARD,54.00,\n";
+    drop({written("first.csv", std::string(kCheckingHeader) + march)});
+    drop({written("second.csv", std::string(kCheckingHeader) + march + later)});
+    ASSERT_EQ(model.files().size(), 2u);
+    // Planned on their own, both files look entirely new.
+    EXPECT_EQ(model.totalToImport(), 5);
+
+    model.commit(runtime, {});
+    EXPECT_EQ(activeCount(), 3u);
+    EXPECT_EQ(model.lastResult(), "Imported 3 transactions from 2 files; 2 were already saved.");
+}
+
+TEST_F(ImportModelTest, PaymentBetweenCheckingAndCardPairsOnceBothAreIn) {
+    drop({written("checking.csv", std::string(kCheckingHeader) +
+                                      "DEBIT,03/04/2026,\"CHASE CREDIT CRD AUTOPAY\",-250.00,"
+                                      "ACH_DEBIT,750.00,\n")});
+    model.commit(runtime, {});
+    ASSERT_EQ(activeCount(), 1u);
+    EXPECT_FALSE(runtime.ledger().activeTransactions().front()->transferPairID);
+
+    drop({written("card.csv",
+                  "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n"
+                  "03/05/2026,03/05/2026,AUTOMATIC PAYMENT - THANK,,Payment,250.00,\n")});
+    ASSERT_EQ(model.files().size(), 1u);
+    ASSERT_FALSE(model.files().front().blocker()) << *model.files().front().blocker();
+    model.commit(runtime, {});
+    ASSERT_EQ(activeCount(), 2u);
+    for (const auto* transaction : runtime.ledger().activeTransactions())
+        EXPECT_TRUE(transaction->transferPairID) << transaction->rawDescription;
+}
+
+TEST_F(ImportModelTest, ForcedLineIsDroppedWhenFlippingSignsMakesItNew) {
+    drop({written("first.csv",
+                  std::string(kCheckingHeader) +
+                      "DEBIT,03/02/2026,\"CORNER SHOP 42\",-12.50,DEBIT_CARD,1.00,\n")});
+    model.commit(runtime, {});
+    drop(
+        {written("second.csv", std::string(kCheckingHeader) +
+                                   "DEBIT,03/02/2026,\"CORNER STORE\",-12.50,DEBIT_CARD,1.00,\n")});
+    ASSERT_EQ(model.files().size(), 1u);
+    const auto id = model.files().front().id;
+    ASSERT_EQ(model.files().front().plan->possibleDuplicates().size(), 1u);
+    model.setForcedLines({2}, id);
+    EXPECT_EQ(model.totalToImport(), 1);
+
+    model.setFlip(true, id, runtime);
+    EXPECT_TRUE(model.files().front().forcedLines.empty());
+    EXPECT_EQ(model.files().front().plan->newCount(), 1);
+    EXPECT_EQ(model.totalToImport(), 1);
+}
+
+TEST_F(ImportModelTest, FailedSafetyBackupImportsNothing) {
+    drop({dropped("chase-checking.csv")});
+    // A file where the backups folder belongs: no permission games, which root ignores.
+    const auto backups = folder / "data" / "Backups";
+    std::filesystem::remove_all(backups);
+    writeFile(backups, "in the way");
+    const auto before = runtime.revision();
+    model.commit(runtime, {});
+
+    EXPECT_EQ(runtime.revision(), before);
+    EXPECT_TRUE(runtime.ledger().batches.empty());
+    EXPECT_EQ(model.files().size(), 1u);
+    EXPECT_FALSE(model.lastResult());
+    EXPECT_FALSE(model.isCommitting());
+    ASSERT_TRUE(runtime.errorMessage());
+    EXPECT_EQ(runtime.errorMessage()->rfind(
+                  "Copperwick couldn't make its safety backup, so nothing was imported: ", 0),
+              0u)
+        << *runtime.errorMessage();
+}
+
+TEST_F(ImportModelTest, UnreadableFileIsReportedAndOthersStay) {
+    drop({folder / "drop" / "missing.csv", dropped("chase-card.csv")});
+    EXPECT_EQ(runtime.errorMessage(), "Copperwick couldn't read missing.csv.");
+    EXPECT_EQ(model.files().size(), 1u);
+}
+
+TEST_F(ImportModelTest, UntickedAndUndecidedFilesStayBehind) {
+    drop({dropped("chase-card.csv"), dropped("chase-checking.csv")});
+    ASSERT_EQ(model.files().size(), 2u);
+    const auto cardID = model.files()[0].id;
+    const auto cardCount = model.files()[0].plan->newCount();
+    const auto total = model.totalToImport();
+    model.setInclude(false, cardID);
+    EXPECT_EQ(model.readyFiles().size(), 1u);
+    EXPECT_EQ(model.totalToImport(), total - cardCount);
+
+    model.setChoice(ImportFile::AccountChoice::undecided(), model.files()[1].id, runtime);
+    EXPECT_EQ(model.files()[1].blocker(), "Choose which account this file belongs to.");
+    EXPECT_FALSE(model.files()[1].plan);
+    EXPECT_TRUE(model.readyFiles().empty());
+    model.commit(runtime, {});
+    EXPECT_FALSE(model.lastResult());
+    EXPECT_EQ(model.files().size(), 2u);
+}
+
+TEST_F(ImportModelTest, ChoosingAnAccountInAnotherCurrencyIsRefused) {
+    Account euro(Uuid::random(), "Euro account", AccountType::checking);
+    euro.currency = "EUR";
+    runtime.apply([&](Ledger& ledger) { return upsertAccount(ledger, euro); });
+    drop({written("statement.ofx", testing::readFile(kData / "ofx" / "checking_tag_only.ofx"))});
+    ASSERT_EQ(model.files().size(), 1u);
+    const auto& file = model.files().front();
+    ASSERT_TRUE(file.analysis.currencyHint);
+    model.setChoice(ImportFile::AccountChoice::existing(euro.id), file.id, runtime);
+    EXPECT_EQ(model.files().front().choice, ImportFile::AccountChoice::existing(euro.id));
+    EXPECT_EQ(runtime.errorMessage(), "This file uses " + *file.analysis.currencyHint +
+                                          ". Choose an account in that "
+                                          "currency.");
+}
+
+TEST_F(ImportModelTest, ArchiveFilesByMonthWithFreeNames) {
+    const auto archive = folder / "archive";
+    drop({dropped("chase-checking.csv")});
+    model.commit(runtime, archive);
+    ASSERT_TRUE(model.lastResult());
+    EXPECT_TRUE(std::filesystem::exists(archive / "2026-03" / "chase-checking.csv"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "drop" / "chase-checking.csv"));
+
+    // The same name into the same month takes the next free number.
+    drop({dropped("chase-checking.csv")});
+    model.commit(runtime, archive);
+    EXPECT_TRUE(std::filesystem::exists(archive / "2026-03" / "chase-checking 2.csv"));
+}
+
+TEST_F(ImportModelTest, FileWithoutDatesIsArchivedAsUndated) {
+    // A statement with no transactions at all has no first date.
+    std::string statement = testing::readFile(kData / "ofx" / "checking_tag_only.ofx");
+    const auto first = statement.find("<STMTTRN>");
+    const auto last = statement.rfind("</STMTTRN>") + std::string_view("</STMTTRN>").size();
+    statement.erase(first, last - first);
+    const auto archive = folder / "archive";
+    drop({written("quiet-month.ofx", statement)});
+    ASSERT_EQ(model.files().size(), 1u);
+    const auto id = model.files().front().id;
+    model.setChoice(ImportFile::AccountChoice::newAccount(), id, runtime);
+    ASSERT_FALSE(model.files().front().blocker()) << *model.files().front().blocker();
+    model.commit(runtime, archive);
+    ASSERT_TRUE(model.lastResult());
+    EXPECT_TRUE(std::filesystem::exists(archive / "Undated" / "quiet-month.ofx"));
+}
+
+}  // namespace
+}  // namespace copperwick
