@@ -120,11 +120,8 @@ void runAssign(CommandContext& context, const AssignOptions& options) {
         changed = !delta.isEmpty();
         return delta;
     });
-    if (runtime->errorMessage()) {
-        context.err << *runtime->errorMessage() << '\n';
-        context.exitCode = kExitFailure;
+    if (reportFailedChange(*runtime, context))
         return;
-    }
     const Ledger& after = runtime->ledger();
     if (context.json) {
         boost::json::array lines;

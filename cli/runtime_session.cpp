@@ -23,6 +23,14 @@ bool reportUnavailable(const LedgerRuntime& runtime, CommandContext& context) {
     return true;
 }
 
+bool reportFailedChange(const LedgerRuntime& runtime, CommandContext& context) {
+    if (!runtime.errorMessage())
+        return false;
+    context.err << *runtime.errorMessage() << '\n';
+    context.exitCode = kExitFailure;
+    return true;
+}
+
 void reportNotes(const LedgerRuntime& runtime, CommandContext& context) {
     if (runtime.errorMessage())
         context.err << *runtime.errorMessage() << '\n';

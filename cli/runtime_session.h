@@ -20,6 +20,10 @@ namespace copperwick::cli {
 // true, and the command stops with a failure.
 [[nodiscard]] bool reportUnavailable(const LedgerRuntime& runtime, CommandContext& context);
 
+// After a change made through the runtime: when it left an error (the save
+// failed), prints it on stderr, fails the command and returns true.
+[[nodiscard]] bool reportFailedChange(const LedgerRuntime& runtime, CommandContext& context);
+
 // Prints a message the runtime left in its message bar (such as unreadable
 // records) on stderr, as a note beside the command's own output.
 void reportNotes(const LedgerRuntime& runtime, CommandContext& context);

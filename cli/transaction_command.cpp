@@ -84,11 +84,8 @@ void runTransaction(CommandContext& context, const TransactionOptions& options) 
         changed = !delta.isEmpty();
         return delta;
     });
-    if (runtime->errorMessage()) {
-        context.err << *runtime->errorMessage() << '\n';
-        context.exitCode = kExitFailure;
+    if (reportFailedChange(*runtime, context))
         return;
-    }
 
     const LedgerTransaction& transaction = *runtime->ledger().transaction(*id);
     if (context.json) {

@@ -6,6 +6,7 @@
 #include <boost/json.hpp>
 
 #include "core/model/record_json.h"
+#include "tests/support/random_records.h"
 
 namespace copperwick {
 namespace {
@@ -19,62 +20,8 @@ std::optional<LedgerTransaction> readThroughTree(const std::string& text) {
     return record_json::fromJSON<LedgerTransaction>(value).value;
 }
 
-std::string awkwardText(std::mt19937& random) {
-    static const std::vector<std::string> pieces{"ACME", " ",    "\"",           "\\", "/",
-                                                 "é",    "ß",    "\xE2\x88\x92", "\n", "\t",
-                                                 "\x01", "#552", "日本",         "😀",  "'"};
-    std::string text;
-    const auto count = random() % 12;
-    for (unsigned i = 0; i < count; ++i)
-        text += pieces[random() % pieces.size()];
-    return text;
-}
-
-LedgerTransaction randomFlatTransaction(std::mt19937& random) {
-    const auto maybe = [&] { return random() % 2 == 0; };
-    LedgerTransaction t{
-        .id = Uuid::random(),
-        .accountID = Uuid::random(),
-        .sourceLine = static_cast<int64_t>(random() % 100000),
-        .date = LocalDate::fromDayNumber(static_cast<int64_t>(random() % 60000) - 20000),
-        .amount = static_cast<int64_t>(random()) - static_cast<int64_t>(random()),
-        .currency = random() % 5 == 0 ? "EUR" : "USD",
-        .rawDescription = awkwardText(random),
-        .status = maybe() ? TransactionStatus::posted : TransactionStatus::pending,
-        .fingerprint = awkwardText(random),
-        .occurrence = static_cast<int64_t>(random() % 4) + 1};
-    t.kind = allCases<TransactionKind>()[random() % 4];
-    t.method = allCases<MatchMethod>()[random() % 10];
-    t.review = allCases<ReviewState>()[random() % 4];
-    t.evidence = awkwardText(random);
-    t.note = awkwardText(random);
-    t.voided = maybe();
-    if (maybe())
-        t.batchID = Uuid::random();
-    if (maybe())
-        t.postedDate = t.date.addingDays(2);
-    if (maybe())
-        t.bankMerchant = awkwardText(random);
-    if (maybe())
-        t.bankCategory = awkwardText(random);
-    if (maybe())
-        t.checkNumber = std::to_string(random() % 9999);
-    if (maybe())
-        t.categoryID = Uuid::random();
-    if (maybe())
-        t.merchantID = Uuid::random();
-    if (maybe())
-        t.transferPairID = Uuid::random();
-    if (maybe())
-        t.supersededBy = Uuid::random();
-    if (maybe())
-        t.cardIdentifier = "4421";
-    if (maybe())
-        t.entrySource = TransactionEntrySource::manual;
-    if (maybe())
-        t.externalID = awkwardText(random);
-    return t;
-}
+using testing::awkwardText;
+using testing::randomFlatTransaction;
 
 TEST(TransactionReader, ReadsEveryFlatRecordAsTheTreeReaderDoes) {
     std::mt19937 random(7);

@@ -16,6 +16,7 @@
 
 #include "core/model/record_json.h"
 #include "core/model/transaction_reader.h"
+#include "tests/support/random_records.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick {
@@ -420,79 +421,12 @@ TEST(LedgerStore, SourceLinesAreReplacedPerBatchAndErasable) {
     EXPECT_FALSE(store.sourceLine(batch, 2));
 }
 
-// Text a careless bank export or a person might put anywhere.
-std::string awkwardText(std::mt19937& random) {
-    static const std::vector<std::string> pieces{"ACME",
-                                                 " ",
-                                                 "\"",
-                                                 "\\",
-                                                 "/",
-                                                 "\u00e9",
-                                                 "\u00df",
-                                                 "\u2212",
-                                                 "\n",
-                                                 "\t",
-                                                 "\x01",
-                                                 "#552",
-                                                 "\u65e5\u672c",
-                                                 "\U0001F600",
-                                                 "'",
-                                                 "\x7f",
-                                                 "SOME LONGER TEXT THAN A WORD"};
-    std::string text;
-    const auto count = random() % 10;
-    for (unsigned i = 0; i < count; ++i)
-        text += pieces[random() % pieces.size()];
-    return text;
-}
+using testing::awkwardText;
 
 // Every optional field set or not at random, amounts up to the extremes, and
 // now and then a nested value, which only the ordinary reader takes.
 LedgerTransaction variedTransaction(std::mt19937& random) {
-    const auto maybe = [&] { return random() % 2 == 0; };
-    static const std::vector<int64_t> amounts{std::numeric_limits<int64_t>::min(),
-                                              std::numeric_limits<int64_t>::max(), 0, -1, 1};
-    LedgerTransaction t{.id = Uuid::random(),
-                        .accountID = Uuid::random(),
-                        .sourceLine = static_cast<int64_t>(random() % 100000),
-                        .date = LocalDate::fromDayNumber(static_cast<int64_t>(random() % 80000)),
-                        .amount = random() % 8 == 0 ? amounts[random() % amounts.size()]
-                                                    : -static_cast<int64_t>(random() % 100000),
-                        .currency = maybe() ? "USD" : "EUR",
-                        .rawDescription = awkwardText(random),
-                        .status = maybe() ? TransactionStatus::posted : TransactionStatus::pending,
-                        .fingerprint = awkwardText(random),
-                        .occurrence = static_cast<int64_t>(random() % 3) + 1};
-    t.kind = allCases<TransactionKind>()[random() % 4];
-    t.method = allCases<MatchMethod>()[random() % 10];
-    t.review = allCases<ReviewState>()[random() % 4];
-    t.evidence = awkwardText(random);
-    t.note = awkwardText(random);
-    t.voided = maybe();
-    if (maybe())
-        t.batchID = Uuid::random();
-    if (maybe())
-        t.postedDate = t.date.addingDays(1);
-    if (maybe())
-        t.bankMerchant = awkwardText(random);
-    if (maybe())
-        t.bankCategory = awkwardText(random);
-    if (maybe())
-        t.checkNumber = std::to_string(random() % 9999);
-    if (maybe())
-        t.categoryID = Uuid::random();
-    if (maybe())
-        t.merchantID = Uuid::random();
-    if (maybe())
-        t.transferPairID = Uuid::random();
-    if (maybe())
-        t.supersededBy = Uuid::random();
-    if (maybe())
-        t.cardIdentifier = awkwardText(random);
-    if (maybe())
-        t.entrySource = TransactionEntrySource::manual;
-    if (maybe())
-        t.externalID = awkwardText(random);
+    LedgerTransaction t = testing::randomFlatTransaction(random);
     if (random() % 10 == 0) {
         t.suggestion = Suggestion{awkwardText(random), Uuid::random(), TransactionKind::expense,
                                   MatchMethod::ai, awkwardText(random)};
