@@ -22,52 +22,49 @@ namespace copperwick::cli {
 
 namespace {
 
-void runAccounts(CommandContext& context) {
+// Prints one kind of record of the ledger: the stored records as JSON, or a
+// line each, or `emptyText` when there are none.
+template <typename T, typename Line>
+void listRecords(CommandContext& context, const SharedVector<T> Ledger::*records,
+                 std::string_view emptyText, Line&& line) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
+    const SharedVector<T>& list = ledger.*records;
     if (context.json) {
         boost::json::array array;
-        for (const auto& account : ledger.accounts)
-            array.push_back(record_json::toJSON(account));
+        for (const auto& record : list)
+            array.push_back(record_json::toJSON(record));
         printJSON(context, array);
         return;
     }
-    if (ledger.accounts.empty()) {
-        context.out << "No accounts yet.\n";
+    if (list.empty()) {
+        context.out << emptyText << '\n';
         return;
     }
-    for (const auto& account : ledger.accounts) {
-        context.out << fmt::format("{}  {}  {}{}  {}  {}\n", account.name, rawValue(account.type),
-                                   account.currency,
-                                   account.last4 ? "  \u2026" + *account.last4 : std::string(),
-                                   usersLabel(ledger, account), account.id.text());
-    }
+    for (const auto& record : list)
+        context.out << line(ledger, record) << '\n';
+}
+
+void runAccounts(CommandContext& context) {
+    listRecords(context, &Ledger::accounts, "No accounts yet.",
+                [](const Ledger& ledger, const Account& account) {
+                    return fmt::format("{}  {}  {}{}  {}  {}", account.name, rawValue(account.type),
+                                       account.currency,
+                                       account.last4 ? "  \u2026" + *account.last4 : std::string(),
+                                       usersLabel(ledger, account), account.id.text());
+                });
 }
 
 void runPeople(CommandContext& context) {
-    auto runtime = openRuntime(context);
-    if (reportUnavailable(*runtime, context))
-        return;
-    const Ledger& ledger = runtime->ledger();
-    if (context.json) {
-        boost::json::array array;
-        for (const auto& person : ledger.people)
-            array.push_back(record_json::toJSON(person));
-        printJSON(context, array);
-        return;
-    }
-    if (ledger.people.empty()) {
-        context.out << "No people yet.\n";
-        return;
-    }
-    for (const auto& person : ledger.people) {
-        std::string names;
-        for (const auto& name : person.bankNames)
-            names += (names.empty() ? "" : ", ") + name;
-        context.out << fmt::format("{}  {}  {}\n", person.name, names, person.id.text());
-    }
+    listRecords(context, &Ledger::people, "No people yet.",
+                [](const Ledger&, const Person& person) {
+                    std::string names;
+                    for (const auto& name : person.bankNames)
+                        names += (names.empty() ? "" : ", ") + name;
+                    return fmt::format("{}  {}  {}", person.name, names, person.id.text());
+                });
 }
 
 struct AssignOptions {
