@@ -9,6 +9,7 @@
 
 #include "bench/ledger_generator.h"
 #include "core/matching/matcher.h"
+#include "core/matching/merchant_key_index.h"
 #include "core/matching/merchant_keys.h"
 #include "core/matching/transfer_pairing.h"
 #include "core/operations/classification.h"
@@ -113,8 +114,10 @@ void RememberedDecision(benchmark::State& state) {
                                   .categoryID = ledger.categoryNamed("Dining")->id,
                                   .remember = true,
                                   .label = "Review Happy Crumb"};
+    // As the runtime does after a load.
     for (const auto& transaction : ledger.transactions)
         (void)MerchantKeys::of(transaction.rawDescription);
+    MerchantKeyIndex::warm(ledger.transactions);
     std::size_t touched = 0;
     double classifySeconds = 0;
     double saveSeconds = 0;

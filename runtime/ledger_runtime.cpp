@@ -1,5 +1,6 @@
 #include "runtime/ledger_runtime.h"
 
+#include "core/matching/merchant_key_index.h"
 #include "core/matching/merchant_keys.h"
 #include "core/operations/change_history.h"
 #include "core/operations/entry_error.h"
@@ -54,6 +55,7 @@ void LedgerRuntime::warmMerchantKeys() {
                 return;
             (void)MerchantKeys::of(transaction.rawDescription);
         }
+        MerchantKeyIndex::warm(ledger.transactions);
     });
 }
 

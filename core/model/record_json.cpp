@@ -1,5 +1,6 @@
 #include "core/model/record_json.h"
 
+#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -549,6 +550,163 @@ class Writer {
     json::object m_object;
 };
 
+// Writes a record's text directly, byte for byte what serialising its tree
+// gives. Transactions are nearly every row written and a change set may carry
+// thousands of them; building a tree for each cost more than the save's own
+// writes. Nested values are rare and still go through the tree.
+class TextWriter {
+  public:
+    explicit TextWriter(std::string& out) : m_out(out) { m_out.push_back('{'); }
+    void done() { m_out.push_back('}'); }
+
+    template <typename T>
+    TextWriter& put(std::string_view key, const T& v) {
+        name(key);
+        value(v);
+        return *this;
+    }
+    template <typename T>
+    TextWriter& put(std::string_view key, const std::optional<T>& v) {
+        if (v)
+            put(key, *v);
+        return *this;
+    }
+    // Elements written by `write`, which appends one element's text.
+    template <typename T, typename W>
+    TextWriter& putArray(std::string_view key, const std::vector<T>& items, W&& write) {
+        name(key);
+        m_out.push_back('[');
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (i > 0)
+                m_out.push_back(',');
+            write(items[i], m_out);
+        }
+        m_out.push_back(']');
+        return *this;
+    }
+
+  private:
+    void name(std::string_view key) {  // our own keys: plain ASCII, nothing to escape
+        if (m_out.back() != '{')
+            m_out.push_back(',');
+        m_out.push_back('"');
+        m_out.append(key);
+        m_out.append("\":");
+    }
+    void value(std::string_view text) {
+        static constexpr char kHex[] = "0123456789abcdef";
+        m_out.push_back('"');
+        for (const char c : text) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (c == '"' || c == '\\') {
+                m_out.push_back('\\');
+                m_out.push_back(c);
+            } else if (byte >= 0x20) {
+                m_out.push_back(c);
+            } else {
+                m_out.push_back('\\');
+                switch (c) {
+                    case '\b':
+                        m_out.push_back('b');
+                        break;
+                    case '\t':
+                        m_out.push_back('t');
+                        break;
+                    case '\n':
+                        m_out.push_back('n');
+                        break;
+                    case '\f':
+                        m_out.push_back('f');
+                        break;
+                    case '\r':
+                        m_out.push_back('r');
+                        break;
+                    default:
+                        m_out.append("u00");
+                        m_out.push_back(kHex[byte >> 4]);
+                        m_out.push_back(kHex[byte & 15]);
+                }
+            }
+        }
+        m_out.push_back('"');
+    }
+    void value(const std::string& text) { value(std::string_view(text)); }
+    void value(const Uuid& id) { value(id.text()); }
+    void value(const LocalDate& date) { value(date.iso()); }
+    void value(bool flag) { m_out.append(flag ? "true" : "false"); }
+    void value(int64_t number) {
+        char digits[24];
+        const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        m_out.append(digits, end);
+    }
+    template <typename E>
+    requires std::is_enum_v<E>
+    void value(E v) { value(rawValue(v)); }
+    template <typename T>
+    requires(!std::is_enum_v<T>) void value(const T& nested) {
+        m_out.append(json::serialize(valueOf(nested)));
+    }
+
+    std::string& m_out;
+};
+
+void writeText(const LedgerTransaction& t, std::string& out) {
+    TextWriter(out)
+        .put("id", t.id)
+        .put("accountID", t.accountID)
+        .put("batchID", t.batchID)
+        .put("sourceLine", t.sourceLine)
+        .put("date", t.date)
+        .put("postedDate", t.postedDate)
+        .put("amount", t.amount)
+        .put("currency", t.currency)
+        .put("rawDescription", t.rawDescription)
+        .put("bankMerchant", t.bankMerchant)
+        .put("bankCategory", t.bankCategory)
+        .put("checkNumber", t.checkNumber)
+        .put("status", t.status)
+        .put("fingerprint", t.fingerprint)
+        .put("occurrence", t.occurrence)
+        .put("kind", t.kind)
+        .put("categoryID", t.categoryID)
+        .put("merchantID", t.merchantID)
+        .put("method", t.method)
+        .put("evidence", t.evidence)
+        .put("review", t.review)
+        .put("suggestion", t.suggestion)
+        .put("transferPairID", t.transferPairID)
+        .put("supersededBy", t.supersededBy)
+        .put("voided", t.voided)
+        .put("note", t.note)
+        .put("spendingAssignment", t.spendingAssignment)
+        .put("inheritedAssignment", t.inheritedAssignment)
+        .put("cardIdentifier", t.cardIdentifier)
+        .put("entrySource", t.entrySource)
+        .put("originalDetails", t.originalDetails)
+        .put("revisions", t.revisions)
+        .put("splits", t.splits)
+        .put("externalID", t.externalID)
+        .done();
+}
+
+void writeText(const ChangeSet& c, std::string& out) {
+    const auto transaction = [](const LedgerTransaction& t, std::string& text) {
+        writeText(t, text);
+    };
+    TextWriter(out)
+        .put("id", c.id)
+        .put("date", c.date)
+        .put("label", c.label)
+        .putArray("before", c.before, transaction)
+        .put("merchantsBefore", c.merchantsBefore)
+        .put("createdMerchantIDs", c.createdMerchantIDs)
+        .put("createdRuleIDs", c.createdRuleIDs)
+        .put("createdAIFilingKeys", c.createdAIFilingKeys)
+        .put("aiFilingsBefore", c.aiFilingsBefore)
+        .put("createdTransactionIDs", c.createdTransactionIDs)
+        .done();
+}
+
 template <typename T>
 Decoded<T> decodeValue(const json::value& v) {
     try {
@@ -851,7 +1009,14 @@ Decoded<T> fromJSON(const json::value& v) {
 
 template <typename T>
 std::string encode(const T& record) {
-    return json::serialize(toJSON(record));
+    if constexpr (std::is_same_v<T, LedgerTransaction> || std::is_same_v<T, ChangeSet>) {
+        std::string text;
+        text.reserve(512);
+        writeText(record, text);
+        return text;
+    } else {
+        return json::serialize(toJSON(record));
+    }
 }
 
 template <typename T>

@@ -207,6 +207,8 @@ class SharedMap {
     };
 
   public:
+    using ChunkTable = Chunk;
+
     // Visits records chunk by chunk. The order is arbitrary but the same for
     // equal contents built the same way; callers that show an order sort.
     class const_iterator {
@@ -266,6 +268,15 @@ class SharedMap {
 
     [[nodiscard]] std::size_t size() const { return m_table ? m_table->size : 0; }
     [[nodiscard]] bool empty() const { return size() == 0; }
+
+    // For caches of what is derived from a whole chunk: while a caller holds
+    // a chunk, any write clones it first, so its address keeps naming the
+    // same records. Null for a chunk that was never written.
+    static constexpr std::size_t chunkCount() { return kChunkCount; }
+    [[nodiscard]] std::shared_ptr<const Chunk> chunk(std::size_t index) const {
+        return m_table ? m_table->chunks[index] : nullptr;
+    }
+
     [[nodiscard]] const_iterator begin() const { return const_iterator(m_table.get(), 0); }
     [[nodiscard]] const_iterator end() const { return const_iterator(m_table.get(), kChunkCount); }
 

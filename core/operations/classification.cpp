@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "core/matching/matcher.h"
+#include "core/matching/merchant_key_index.h"
 #include "core/matching/merchant_keys.h"
 #include "core/matching/merchant_text.h"
 #include "core/matching/transfer_pairing.h"
@@ -29,30 +30,19 @@ std::vector<Uuid> unprotectedCoveredBy(const Ledger& ledger, const std::vector<s
                                        const std::unordered_set<Uuid>& excluded,
                                        bool onlyModelFiled) {
     std::vector<Uuid> ids;
-    if (keys.empty())
-        return ids;
-    std::vector<const LedgerTransaction*> open;
-    for (const auto& transaction : ledger.transactions) {
-        if (!transaction.isActive() || excluded.contains(transaction.id))
+    for (const LedgerTransaction* transaction :
+         MerchantKeyIndex::covered(ledger.transactions, keys)) {
+        if (!transaction->isActive() || excluded.contains(transaction->id))
             continue;
         if (onlyModelFiled) {
-            if (transaction.method != MatchMethod::ai ||
-                transaction.review != ReviewState::automatic)
+            if (transaction->method != MatchMethod::ai ||
+                transaction->review != ReviewState::automatic)
                 continue;
-        } else if (transaction.review == ReviewState::confirmed) {
+        } else if (transaction->review == ReviewState::confirmed) {
             continue;
         }
-        open.push_back(&transaction);
+        ids.push_back(transaction->id);
     }
-    std::vector<const std::string*> descriptions;
-    descriptions.reserve(open.size());
-    for (const LedgerTransaction* transaction : open)
-        descriptions.push_back(&transaction->rawDescription);
-    MerchantKeys::visit(descriptions, [&](std::size_t i, std::string_view key) {
-        if (std::any_of(keys.begin(), keys.end(),
-                        [&](const std::string& k) { return MerchantKeys::isCoveredBy(key, k); }))
-            ids.push_back(open[i]->id);
-    });
     return ids;
 }
 

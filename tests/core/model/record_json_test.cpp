@@ -1,10 +1,13 @@
 #include "core/model/record_json.h"
 
+#include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <boost/json.hpp>
+
+#include "tests/support/random_records.h"
 
 namespace copperwick {
 namespace {
@@ -91,6 +94,35 @@ TEST(RecordJSON, TransactionRoundTripsByteForByte) {
         EXPECT_EQ(*decoded.value, original);
         EXPECT_EQ(record_json::encode(*decoded.value), first);
     }
+}
+
+TEST(RecordJSON, TransactionsAndChangeSetsAreWrittenAsTheirTreeSerialises) {
+    // Written directly for speed; the tree is the reference, so stored rows
+    // don't depend on which way a record took.
+    std::mt19937 random(7);
+    ChangeSet change{
+        .id = Uuid::random(), .date = Instant{812345678.125}, .label = "Review \"A\"\n"};
+    for (int i = 0; i < 2000; ++i) {
+        LedgerTransaction t =
+            i % 10 == 0 ? fullTransaction() : testing::randomFlatTransaction(random);
+        if (i % 10 == 0)
+            t.note = testing::awkwardText(random);
+        EXPECT_EQ(record_json::encode(t), json::serialize(record_json::toJSON(t)));
+        if (i % 100 == 0)
+            change.before.push_back(t);
+    }
+    std::string control;
+    for (int byte = 0; byte < 0x80; ++byte)
+        control.push_back(static_cast<char>(byte));
+    LedgerTransaction every = plainTransaction();
+    every.rawDescription = control + "\xff\xfe";
+    EXPECT_EQ(record_json::encode(every), json::serialize(record_json::toJSON(every)));
+    change.before.push_back(every);
+    change.merchantsBefore = {
+        Merchant{Uuid::random(), "Acme", std::nullopt, TransactionKind::expense, {"ACME"}, true}};
+    change.createdTransactionIDs = {Uuid::random()};
+    EXPECT_EQ(record_json::encode(change), json::serialize(record_json::toJSON(change)));
+    EXPECT_EQ(record_json::encode(ChangeSet{}), json::serialize(record_json::toJSON(ChangeSet{})));
 }
 
 TEST(RecordJSON, AbsentOptionalsLeaveNoKeyAndNeverNull) {
