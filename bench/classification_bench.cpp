@@ -118,6 +118,7 @@ void RememberedDecision(benchmark::State& state) {
     for (const auto& transaction : ledger.transactions)
         (void)MerchantKeys::of(transaction.rawDescription);
     MerchantKeyIndex::warm(ledger.transactions);
+    warmTransferPairing(ledger);
     std::size_t touched = 0;
     double classifySeconds = 0;
     double saveSeconds = 0;

@@ -2,6 +2,7 @@
 
 #include "core/matching/merchant_key_index.h"
 #include "core/matching/merchant_keys.h"
+#include "core/matching/transfer_pairing.h"
 #include "core/operations/change_history.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/update_settings.h"
@@ -56,6 +57,7 @@ void LedgerRuntime::warmMerchantKeys() {
             (void)MerchantKeys::of(transaction.rawDescription);
         }
         MerchantKeyIndex::warm(ledger.transactions);
+        warmTransferPairing(ledger);
     });
 }
 

@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "core/matching/merchant_text.h"
+#include "core/model/chunk_summaries.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
 
@@ -87,60 +88,78 @@ void unpair(Ledger& ledger, const Uuid& id, LedgerDelta& delta) {
 
 namespace {
 
-// One pass over the unpaired candidates. True when another pass could pair
-// more: only a debit left with equally near credits can, once others are taken.
-bool pairOnce(Ledger& ledger, std::vector<Uuid>& candidates, LedgerDelta& delta) {
+using Transactions = SharedMap<Uuid, LedgerTransaction>;
+using PairingLines = std::vector<const LedgerTransaction*>;
+
+// The lines of each chunk that pairing looks at: linked ones, whose links it
+// checks, and candidates. Most of a ledger is neither, and pairing runs after
+// nearly every change, so it reads these short lists rather than every record.
+ChunkSummaries<Transactions, PairingLines>& pairingLines() {
+    static ChunkSummaries<Transactions, PairingLines> shared(
+        [](const Transactions::ChunkTable& chunk) {
+            PairingLines lines;
+            for (const auto& [id, record] : chunk) {
+                if (record->transferPairID || isCandidate(*record))
+                    lines.push_back(record.get());
+            }
+            return lines;
+        });
+    return shared;
+}
+
+Candidate candidateOf(const LedgerTransaction& transaction) {
+    return Candidate{.id = transaction.id,
+                     .accountID = transaction.accountID,
+                     .date = transaction.date,
+                     .amount = transaction.amount,
+                     .isTransfer = transaction.kind == TransactionKind::transfer,
+                     .description = &transaction.rawDescription};
+}
+
+// One pass over the unpaired candidates, which loses those it pairs. True when
+// another pass could pair more: only a debit left with equally near credits
+// can, once others are taken. A candidate's record is never written unless it
+// pairs, so what a candidate copied, and its text, stay good between passes.
+bool pairOnce(Ledger& ledger, std::vector<Candidate>& candidates, LedgerDelta& delta) {
     bool ambiguous = false;
-    std::vector<Candidate> debits;
-    std::unordered_map<int64_t, std::vector<Candidate>> creditsByAmount;
-    // Lines paired by an earlier pass have dropped out.
-    std::erase_if(candidates, [&](const Uuid& id) {
-        const LedgerTransaction* transaction = ledger.transaction(id);
-        return !transaction || !isCandidate(*transaction);
-    });
-    for (const auto& id : candidates) {
-        const LedgerTransaction& transaction = *ledger.transaction(id);
-        Candidate candidate{.id = transaction.id,
-                            .accountID = transaction.accountID,
-                            .date = transaction.date,
-                            .amount = transaction.amount,
-                            .isTransfer = transaction.kind == TransactionKind::transfer,
-                            .description = &transaction.rawDescription};
-        if (transaction.amount > 0)
-            creditsByAmount[transaction.amount].push_back(std::move(candidate));
+    std::vector<const Candidate*> debits;
+    std::unordered_map<int64_t, std::vector<const Candidate*>> creditsByAmount;
+    for (const auto& candidate : candidates) {
+        if (candidate.amount > 0)
+            creditsByAmount[candidate.amount].push_back(&candidate);
         else
-            debits.push_back(std::move(candidate));
+            debits.push_back(&candidate);
     }
-    std::sort(debits.begin(), debits.end(), [](const Candidate& a, const Candidate& b) {
-        if (a.date != b.date)
-            return a.date < b.date;
-        return a.id < b.id;
+    std::sort(debits.begin(), debits.end(), [](const Candidate* a, const Candidate* b) {
+        if (a->date != b->date)
+            return a->date < b->date;
+        return a->id < b->id;
     });
 
     std::unordered_set<Uuid> used;
     std::vector<std::pair<Uuid, Uuid>> pairs;  // debit, credit
-    for (const auto& debit : debits) {
+    for (const Candidate* debit : debits) {
         // Every amount is a real cent figure, so the negation can't overflow
         // except at the one value no bank prints; such a debit has no mirror.
-        if (debit.amount == INT64_MIN)
+        if (debit->amount == INT64_MIN)
             continue;
-        const auto credits = creditsByAmount.find(-debit.amount);
+        const auto credits = creditsByAmount.find(-debit->amount);
         if (credits == creditsByAmount.end())
             continue;
         int64_t nearest = kMaximumDaysApart + 1;
         const Candidate* chosen = nullptr;
         int atNearest = 0;
-        for (const auto& credit : credits->second) {
-            if (used.contains(credit.id) || credit.accountID == debit.accountID)
+        for (const Candidate* credit : credits->second) {
+            if (used.contains(credit->id) || credit->accountID == debit->accountID)
                 continue;
-            const int64_t apart = std::abs(debit.date.daysUntil(credit.date));
+            const int64_t apart = std::abs(debit->date.daysUntil(credit->date));
             if (apart > kMaximumDaysApart)
                 continue;
-            if (!debit.hasMarker() && !credit.hasMarker())
+            if (!debit->hasMarker() && !credit->hasMarker())
                 continue;
             if (apart < nearest) {
                 nearest = apart;
-                chosen = &credit;
+                chosen = credit;
                 atNearest = 1;
             } else if (apart == nearest) {
                 ++atNearest;
@@ -151,9 +170,9 @@ bool pairOnce(Ledger& ledger, std::vector<Uuid>& candidates, LedgerDelta& delta)
             ambiguous = true;
         if (!chosen || atNearest != 1)
             continue;
-        used.insert(debit.id);
+        used.insert(debit->id);
         used.insert(chosen->id);
-        pairs.emplace_back(debit.id, chosen->id);
+        pairs.emplace_back(debit->id, chosen->id);
     }
 
     const auto link = [&](const Uuid& id, const LedgerTransaction& partner) {
@@ -184,6 +203,8 @@ bool pairOnce(Ledger& ledger, std::vector<Uuid>& candidates, LedgerDelta& delta)
         link(debitID, credit);
         link(creditID, debit);
     }
+    std::erase_if(candidates,
+                  [&](const Candidate& candidate) { return used.contains(candidate.id); });
     return !pairs.empty() && ambiguous;
 }
 
@@ -195,15 +216,15 @@ LedgerDelta pairTransfers(Ledger& ledger) {
     // One walk over the ledger finds both the links to check and the lines
     // that could pair.
     std::vector<Uuid> broken;
-    std::vector<Uuid> candidates;
-    for (const auto& transaction : ledger.transactions) {
-        if (transaction.transferPairID) {
-            if (!isLinkIntact(ledger, transaction))
-                broken.push_back(transaction.id);
-        } else if (isCandidate(transaction)) {
-            candidates.push_back(transaction.id);
+    std::vector<Candidate> candidates;
+    pairingLines().each(ledger.transactions, [&](const PairingLines& lines) {
+        for (const LedgerTransaction* transaction : lines) {
+            if (!transaction->transferPairID)
+                candidates.push_back(candidateOf(*transaction));
+            else if (!isLinkIntact(ledger, *transaction))
+                broken.push_back(transaction->id);
         }
-    }
+    });
     // A link is judged from each side as it stands before any repair: one
     // side's fault always breaks the other's test too, so the order of
     // repairs can't change the outcome.
@@ -211,8 +232,9 @@ LedgerDelta pairTransfers(Ledger& ledger) {
     for (const auto& id : broken)
         unpair(ledger, id, delta);
     for (const auto& id : broken) {
-        if (isCandidate(*ledger.transaction(id)))
-            candidates.push_back(id);
+        if (const LedgerTransaction* transaction = ledger.transaction(id);
+            isCandidate(*transaction))
+            candidates.push_back(candidateOf(*transaction));
     }
 
     // A pair taken leaves fewer credits, and a debit that had two equally
@@ -221,6 +243,10 @@ LedgerDelta pairTransfers(Ledger& ledger) {
     while (pairOnce(ledger, candidates, delta)) {
     }
     return delta;
+}
+
+void warmTransferPairing(const Ledger& ledger) {
+    pairingLines().each(ledger.transactions, [](const PairingLines&) {});
 }
 
 }  // namespace copperwick

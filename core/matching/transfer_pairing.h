@@ -21,4 +21,8 @@ namespace copperwick {
 // stays as it is.
 void unpair(Ledger& ledger, const Uuid& id, LedgerDelta& delta);
 
+// Sorts out, ahead of the first pairing, which lines of each part of the
+// table pairing must look at, as after a load.
+void warmTransferPairing(const Ledger& ledger);
+
 }  // namespace copperwick
