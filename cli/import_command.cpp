@@ -12,6 +12,7 @@
 #include <boost/json/object.hpp>
 
 #include "cli/commands.h"
+#include "cli/ledger_lookup.h"
 #include "cli/runtime_session.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
@@ -21,6 +22,7 @@
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "runtime/import_model.h"
+#include "runtime/instant_text.h"
 
 namespace copperwick::cli {
 
@@ -41,30 +43,6 @@ struct ImportOptions {
     std::string archive;
     bool dryRun = false;
 };
-
-const Account* findAccount(const Ledger& ledger, std::string_view nameOrID) {
-    if (const auto id = Uuid::parse(nameOrID)) {
-        if (const auto* account = ledger.account(*id))
-            return account;
-    }
-    for (std::size_t i = 0; i < ledger.accounts.size(); ++i) {
-        if (ledger.accounts[i].name == nameOrID)
-            return &ledger.accounts[i];
-    }
-    return nullptr;
-}
-
-const Person* findPerson(const Ledger& ledger, std::string_view nameOrID) {
-    if (const auto id = Uuid::parse(nameOrID)) {
-        if (const auto* person = ledger.person(*id))
-            return person;
-    }
-    for (std::size_t i = 0; i < ledger.people.size(); ++i) {
-        if (ledger.people[i].name == nameOrID)
-            return &ledger.people[i];
-    }
-    return nullptr;
-}
 
 std::string accountText(const Ledger& ledger, const ImportFile& file) {
     using Kind = ImportFile::AccountChoice::Kind;
@@ -109,21 +87,25 @@ std::string batchLine(const Ledger& ledger, const ImportBatch& batch) {
 
 void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) {
     out << file.url.filename().string() << '\n';
-    out << "  Layout: "
-        << (file.analysis.profile ? file.analysis.profile->name : std::string("not recognised"))
+    out << "  "
+        << (file.analysis.profile ? "Layout: " + file.analysis.profile->name
+                                  : std::string("Layout not recognized"))
         << '\n';
     out << "  Account: " << accountText(ledger, file) << '\n';
     if (file.suggestionReason)
         out << "  " << *file.suggestionReason << '\n';
     if (const auto blocker = file.blocker())
-        out << "  Can't import: " << *blocker << '\n';
+        out << "  " << *blocker << '\n';
     if (!file.plan)
         return;
     const auto& plan = *file.plan;
     const auto currency = file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
-    out << "  Previous import: "
-        << (plan.previousImport ? plan.previousImport->fileName : std::string("none")) << '\n'
-        << "  Rows in file: " << plan.rows.size() << '\n'
+    if (plan.previousImport) {
+        out << "  You imported this exact file on "
+            << abbreviatedDateTime(plan.previousImport->importedAt)
+            << ". Rows already saved are skipped.\n";
+    }
+    out << "  Rows in file: " << plan.rows.size() + plan.issues.size() << '\n'
         << "  New: " << plan.newCount() << '\n'
         << "  Already saved: " << plan.duplicateCount() << '\n'
         << "  Replace pending: " << plan.replacesPendingCount() << '\n'
@@ -134,8 +116,9 @@ void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) 
         << "  Dates: "
         << (plan.firstDate() ? plan.firstDate()->iso() + " to " + plan.lastDate()->iso()
                              : std::string("none"))
-        << '\n'
-        << "  Blank or summary lines: " << plan.blankLines + plan.skippedLines << '\n';
+        << '\n';
+    if (const auto blank = plan.blankLines + plan.skippedLines; blank > 0)
+        out << "  Blank or summary lines: " << blank << '\n';
     for (const auto& planned : plan.rows) {
         const auto& row = planned.row;
         out << "    line " << row.line << "  " << row.date.iso() << "  "
@@ -155,54 +138,76 @@ void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) 
         }
         out << '\n';
     }
-    for (const auto& issue : plan.issues)
-        out << "    line " << issue.line << ": " << issue.reason << '\n';
+    if (!plan.possibleDuplicates().empty()) {
+        out << "  Possible duplicates held back (" << plan.possibleDuplicates().size()
+            << "): they look like transactions you already have, but aren't exact matches. "
+               "They're not imported unless you name their lines with --force.\n";
+    }
+    if (!plan.issues.empty()) {
+        out << "  Rows Copperwick couldn't read (" << plan.issues.size() << ")\n";
+        for (const auto& issue : plan.issues) {
+            out << "    Line " << issue.line << ": " << issue.reason << '\n';
+            if (!issue.rawText.empty())
+                out << "      " << issue.rawText << '\n';
+        }
+        if (!file.skipProblemRows) {
+            out << "  Some rows couldn't be read. Fix the file, or choose to skip those rows "
+                   "(--skip-problem-rows).\n";
+        }
+    }
+}
+
+// Absent values are null: every key of a file's plan is always there.
+template <typename T, typename F>
+boost::json::value orNull(const std::optional<T>& value, F&& convert) {
+    return value ? boost::json::value(convert(*value)) : boost::json::value(nullptr);
 }
 
 boost::json::value planJSON(const ImportFile& file) {
     boost::json::object object{{"fileName", file.url.filename().string()}};
-    // Absent values have no key, as everywhere in the command's JSON.
-    if (file.analysis.profile)
-        object["profile"] = file.analysis.profile->id;
-    if (const auto account = file.targetAccountID())
-        object["account"] = account->text();
-    if (const auto blocker = file.blocker())
-        object["blocker"] = *blocker;
-    if (!file.plan)
+    object["profile"] = file.analysis.profile ? boost::json::value(file.analysis.profile->id)
+                                              : boost::json::value(nullptr);
+    object["account"] = orNull(file.targetAccountID(), [](const Uuid& id) { return id.text(); });
+    object["blocker"] = orNull(file.blocker(), [](const std::string& words) { return words; });
+    if (!file.plan) {
+        object["plan"] = nullptr;
         return object;
+    }
     const auto& plan = *file.plan;
     boost::json::array rows;
     for (const auto& planned : plan.rows) {
-        boost::json::object row{{"line", planned.row.line},
-                                {"date", planned.row.date.iso()},
-                                {"amount", planned.row.amount},
-                                {"description", planned.row.description()},
-                                {"disposition", rawValue(planned.disposition.kind)}};
-        if (planned.disposition.match)
-            row["matchID"] = planned.disposition.match->text();
-        rows.push_back(std::move(row));
+        rows.push_back(boost::json::object{
+            {"line", planned.row.line},
+            {"date", planned.row.date.iso()},
+            {"amount", planned.row.amount},
+            {"description", planned.row.description()},
+            {"disposition", rawValue(planned.disposition.kind)},
+            {"matchID",
+             orNull(planned.disposition.match, [](const Uuid& id) { return id.text(); })}});
     }
     boost::json::array held;
     for (const auto* planned : plan.possibleDuplicates())
         held.push_back(planned->row.line);
     boost::json::array issues;
-    for (const auto& issue : plan.issues)
-        issues.push_back(boost::json::object{{"line", issue.line}, {"reason", issue.reason}});
-    boost::json::object p{{"rows", std::move(rows)},
-                          {"newCount", plan.newCount()},
-                          {"duplicateCount", plan.duplicateCount()},
-                          {"replacesPendingCount", plan.replacesPendingCount()},
-                          {"possibleDuplicates", std::move(held)},
-                          {"issues", std::move(issues)},
-                          {"moneyIn", plan.totals().moneyIn},
-                          {"moneyOut", plan.totals().moneyOut}};
-    if (const auto first = plan.firstDate())
-        p["firstDate"] = first->iso();
-    if (const auto last = plan.lastDate())
-        p["lastDate"] = last->iso();
-    if (plan.previousImport)
-        p["previousImport"] = record_json::toJSON(*plan.previousImport);
-    object["plan"] = std::move(p);
+    for (const auto& issue : plan.issues) {
+        issues.push_back(boost::json::object{
+            {"line", issue.line}, {"reason", issue.reason}, {"rawText", issue.rawText}});
+    }
+    const auto iso = [](const LocalDate& date) { return date.iso(); };
+    object["plan"] = boost::json::object{
+        {"rows", std::move(rows)},
+        {"newCount", plan.newCount()},
+        {"duplicateCount", plan.duplicateCount()},
+        {"replacesPendingCount", plan.replacesPendingCount()},
+        {"possibleDuplicates", std::move(held)},
+        {"issues", std::move(issues)},
+        {"moneyIn", plan.totals().moneyIn},
+        {"moneyOut", plan.totals().moneyOut},
+        {"firstDate", orNull(plan.firstDate(), iso)},
+        {"lastDate", orNull(plan.lastDate(), iso)},
+        {"previousImport", orNull(plan.previousImport, [](const ImportBatch& batch) {
+             return record_json::toJSON(batch);
+         })}};
     return object;
 }
 
@@ -329,6 +334,9 @@ void runImport(CommandContext& context, const ImportOptions& options) {
         return;
 
     const Ledger& ledger = runtime->ledger();
+    std::size_t blocked = 0;
+    for (const auto& file : model.files())
+        blocked += file.blocker() ? 1 : 0;
     if (options.dryRun) {
         if (context.json) {
             boost::json::array files;
@@ -339,20 +347,26 @@ void runImport(CommandContext& context, const ImportOptions& options) {
         } else {
             for (const auto& file : model.files())
                 printPlan(context.out, ledger, file);
-            context.out << model.totalToImport() << " transactions ready from "
-                        << model.readyFiles().size() << " file(s)\n";
+            const auto ready = model.readyFiles().size();
+            context.out << model.totalToImport() << " transactions ready from " << ready
+                        << (ready == 1 ? " file" : " files") << '\n';
+            if (blocked == 1)
+                context.out << "1 file needs a decision first (see above), or turn it off.\n";
+            else if (blocked > 1)
+                context.out << blocked
+                            << " files need a decision first (see above), or turn them off.\n";
         }
+        // As the real import would: a file waiting for a decision stops it.
+        if (blocked > 0)
+            context.exitCode = kExitFailure;
         return;
     }
 
-    bool blocked = false;
     for (const auto& file : model.files()) {
-        if (const auto blocker = file.blocker()) {
+        if (const auto blocker = file.blocker())
             context.err << file.url.filename().string() << ": " << *blocker << '\n';
-            blocked = true;
-        }
     }
-    if (blocked) {
+    if (blocked > 0) {
         context.err << "Nothing was imported.\n";
         context.exitCode = kExitFailure;
         return;

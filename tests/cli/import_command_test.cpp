@@ -29,7 +29,7 @@ TEST_F(ImportCommandTest, DryRunChangesNothingAndShowsThePlan) {
     auto result = run({"import", "--dry-run", sample("chase-checking.csv")});
     ASSERT_EQ(result.code, 0) << result.err;
     EXPECT_NE(result.out.find("Rows in file: 2"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("2 transactions ready from 1 file(s)"), std::string::npos)
+    EXPECT_NE(result.out.find("2 transactions ready from 1 file\n"), std::string::npos)
         << result.out;
 
     result = run({"--json", "import", "--dry-run", sample("chase-checking.csv")});
@@ -40,6 +40,10 @@ TEST_F(ImportCommandTest, DryRunChangesNothingAndShowsThePlan) {
     EXPECT_EQ(plan.at("rows").as_array().at(0).at("disposition").as_string(), "new");
     EXPECT_EQ(plan.at("rows").as_array().at(0).at("amount").as_int64(), -4512);
     EXPECT_EQ(plan.at("firstDate").as_string(), "2026-03-09");
+    // Every key is there; what is absent is null.
+    EXPECT_TRUE(plan.at("previousImport").is_null());
+    EXPECT_TRUE(plan.at("rows").as_array().at(0).at("matchID").is_null());
+    EXPECT_TRUE(answer.at("files").as_array().at(0).at("blocker").is_null());
 
     result = run({"--json", "imports"});
     ASSERT_EQ(result.code, 0) << result.err;
@@ -50,6 +54,22 @@ TEST_F(ImportCommandTest, ImportReimportListAndUndo) {
     auto result = run({"import", sample("chase-checking.csv")});
     ASSERT_EQ(result.code, 0) << result.err;
     EXPECT_EQ(result.out, "Imported 2 transactions from 1 file.\n");
+
+    result = run({"import", "--dry-run", sample("chase-checking.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("You imported this exact file on "), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find(". Rows already saved are skipped.\n"), std::string::npos);
+    EXPECT_NE(result.out.find("Already saved: 2\n"), std::string::npos);
+    result = run({"--json", "import", "--dry-run", sample("chase-checking.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(boost::json::parse(result.out)
+                  .at("files")
+                  .at(0)
+                  .at("plan")
+                  .at("previousImport")
+                  .at("fileName")
+                  .as_string(),
+              "chase-checking.csv");
 
     result = run({"--json", "import", sample("chase-checking.csv")});
     ASSERT_EQ(result.code, 0) << result.err;
@@ -120,7 +140,7 @@ TEST_F(ImportCommandTest, HeldLineIsShownWithItsMatchAndImportedWhenForced) {
     EXPECT_NE(result.out.find("Held for you: 1"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("CORNER STORE  held for you, matches 2026-03-02"), std::string::npos)
         << result.out;
-    EXPECT_NE(result.out.find("1 transactions ready from 1 file(s)"), std::string::npos)
+    EXPECT_NE(result.out.find("1 transactions ready from 1 file\n"), std::string::npos)
         << result.out;
 
     result = run({"--json", "import", "--dry-run", "--force", "2", second.string()});
@@ -139,11 +159,37 @@ TEST_F(ImportCommandTest, HeldLineIsShownWithItsMatchAndImportedWhenForced) {
 TEST_F(ImportCommandTest, BlockedFileImportsNothing) {
     const auto file = folder / "notes.csv";
     testing::writeFile(file, "just,some\nwords,here\n");
-    auto result = run({"import", file.string(), sample("chase-card.csv")});
+    auto result = run({"import", "--dry-run", file.string(), sample("chase-card.csv")});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.out.find("Layout not recognized"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("1 file needs a decision first (see above), or turn it off.\n"),
+              std::string::npos)
+        << result.out;
+    result = run({"import", file.string(), sample("chase-card.csv")});
     EXPECT_EQ(result.code, 1);
     EXPECT_NE(result.err.find("notes.csv: "), std::string::npos) << result.err;
     LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
     EXPECT_TRUE(runtime.ledger().batches.empty());
+}
+
+TEST_F(ImportCommandTest, UnreadableRowsAreListedAndSkippedOnlyWhenAsked) {
+    const auto file = folder / "damaged.csv";
+    testing::writeFile(file,
+                       "Details,Posting Date,Description,Amount,Type,Balance,Check or Slip #\n"
+                       "DEBIT,03/02/2026,\"CORNER SHOP 42\",-12.50,DEBIT_CARD,1.00,\n"
+                       "DEBIT,03/03/2026,\"BAKERY\",lots,DEBIT_CARD,1.00,\n");
+    auto result = run({"import", "--dry-run", file.string()});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.out.find("Rows in file: 2\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("Couldn't read: 1\n"), std::string::npos);
+    EXPECT_NE(result.out.find("Rows Copperwick couldn't read (1)\n    Line 3: "), std::string::npos)
+        << result.out;
+    EXPECT_NE(result.out.find("BAKERY"), std::string::npos);
+
+    result = run({"import", "--skip-problem-rows", file.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+    EXPECT_EQ(runtime.ledger().activeTransactions().size(), 1u);
 }
 
 }  // namespace
