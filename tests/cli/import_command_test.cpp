@@ -192,5 +192,21 @@ TEST_F(ImportCommandTest, UnreadableRowsAreListedAndSkippedOnlyWhenAsked) {
     EXPECT_EQ(runtime.ledger().activeTransactions().size(), 1u);
 }
 
+// The quick start of the README: the bundled samples import as it says.
+TEST_F(ImportCommandTest, BundledSamplesImportAndPairTheCardPayments) {
+    const auto samples = kData.parent_path().parent_path() / "samples";
+    auto result = run({"import", (samples / "chase-checking.csv").string(),
+                       (samples / "chase-card.csv").string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Imported 56 transactions from 2 files.\n");
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+    const Ledger& ledger = runtime.ledger();
+    EXPECT_EQ(ledger.accounts.size(), 2u);
+    int paired = 0;
+    for (const auto& transaction : ledger.transactions)
+        paired += transaction.transferPairID ? 1 : 0;
+    EXPECT_EQ(paired, 6);  // three autopay lines and their three card payments
+}
+
 }  // namespace
 }  // namespace copperwick::cli
