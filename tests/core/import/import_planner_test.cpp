@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/import/import_commit.h"
+#include "core/operations/classification.h"
 #include "tests/support/ledger_builder.h"
 
 namespace copperwick {
@@ -205,6 +206,40 @@ TEST_F(ImportPlannerTest, CommitKeepsAConfirmedFilingAndUndoBringsThePendingBack
     EXPECT_FALSE(ledger().transaction(pendingID)->supersededBy);
     EXPECT_EQ(ledger().transactions.size(), 1u);
     EXPECT_EQ(undo.deletedSourceBatches, std::vector{batches[0].id});
+}
+
+TEST_F(ImportPlannerTest, UndoingAnImportForgetsDecisionsAboutItsLinesOnly) {
+    (void)importFile(file({{day(2026, 3, 1), -450, "BLUE BOTTLE COFFEE"}}));
+    const auto kept = ledger().transactions.begin()->id;
+    const auto second = file({{day(2026, 3, 2), -520, "LARDO"}}, "hash-2");
+    const auto plan = ImportPlanner::plan(second, account, ledger());
+    auto [delta, batches] = commitImport(ledger(), {{second, plan, {}}}, Instant{});
+    ASSERT_EQ(batches.size(), 1u);
+    Uuid removed;
+    for (const auto& transaction : ledger().transactions) {
+        if (transaction.id != kept)
+            removed = transaction.id;
+    }
+    const auto dining = builder.category("Dining");
+    const auto decide = [&](const Uuid& id, const std::string& label) {
+        (void)classify(ledger(),
+                       Classification{.ids = {id},
+                                      .kind = TransactionKind::expense,
+                                      .categoryID = dining,
+                                      .label = label},
+                       Instant{});
+    };
+    decide(kept, "Review Blue Bottle");
+    decide(removed, "Review Lardo");
+    ASSERT_EQ(ledger().changes.size(), 2u);
+
+    const auto undo = undoImport(ledger(), batches[0].id);
+    EXPECT_EQ(ledger().transaction(removed), nullptr);
+    // Undo must never reach for a line that isn't there.
+    ASSERT_EQ(ledger().changes.size(), 1u);
+    EXPECT_EQ(ledger().changes[0].label, "Review Blue Bottle");
+    EXPECT_TRUE(undo.deleted.contains(RecordKind::change));
+    EXPECT_EQ(ledger().transaction(kept)->review, ReviewState::confirmed);
 }
 
 TEST_F(ImportPlannerTest, ForcedAndHeldRowsAreCounted) {
