@@ -97,8 +97,10 @@ std::string importOnce(LedgerRuntime& runtime, const Uuid& account) {
     ImportModel model;
     model.add({workspace().exportFile}, runtime);
     model.waitForAnalyses(runtime);
-    model.setChoice(ImportFile::AccountChoice::existing(account), model.files().front().id,
-                    runtime);
+    // The person changes the account only when the session suggested another.
+    if (model.files().front().targetAccountID() != account)
+        model.setChoice(ImportFile::AccountChoice::existing(account), model.files().front().id,
+                        runtime);
     model.commit(runtime, {});
     return model.lastResult().value_or(runtime.errorMessage().value_or("nothing happened"));
 }

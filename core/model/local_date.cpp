@@ -164,7 +164,19 @@ int LocalDate::daysInMonth(int year, int month) {
 }
 
 std::string LocalDate::iso() const {
-    return monthKey() + "-" + zeroPadded(day, 2);
+    // Written on every stored date and on every row shown: the common
+    // four-digit year without building pieces.
+    if (year < 1000 || year > 9999)
+        return monthKey() + "-" + zeroPadded(day, 2);
+    std::string text(10, '-');
+    const auto put = [&](std::size_t at, int value, int digits) {
+        for (int i = digits - 1; i >= 0; --i, value /= 10)
+            text[at + static_cast<std::size_t>(i)] = static_cast<char>('0' + value % 10);
+    };
+    put(0, year, 4);
+    put(5, month, 2);
+    put(8, day, 2);
+    return text;
 }
 
 std::string LocalDate::monthKey() const {

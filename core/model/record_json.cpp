@@ -631,7 +631,11 @@ class TextWriter {
         m_out.push_back('"');
     }
     void value(const std::string& text) { value(std::string_view(text)); }
-    void value(const Uuid& id) { value(id.text()); }
+    void value(const Uuid& id) {  // nothing in it to escape
+        m_out.push_back('"');
+        id.appendText(m_out);
+        m_out.push_back('"');
+    }
     void value(const LocalDate& date) { value(date.iso()); }
     void value(bool flag) { m_out.append(flag ? "true" : "false"); }
     void value(int64_t number) {

@@ -62,13 +62,17 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
 std::string Uuid::text() const {
     std::string out;
     out.reserve(36);
+    appendText(out);
+    return out;
+}
+
+void Uuid::appendText(std::string& out) const {
     for (std::size_t i = 0; i < m_bytes.size(); ++i) {
         if (i == 4 || i == 6 || i == 8 || i == 10)
             out.push_back('-');
         out.push_back(kHexDigits[m_bytes[i] >> 4]);
         out.push_back(kHexDigits[m_bytes[i] & 0x0F]);
     }
-    return out;
 }
 
 }  // namespace copperwick

@@ -29,6 +29,8 @@ class Uuid {
     [[nodiscard]] static std::optional<Uuid> parse(std::string_view text);
 
     [[nodiscard]] std::string text() const;
+    // The same text at the end of `out`, for writers of many records.
+    void appendText(std::string& out) const;
     [[nodiscard]] const std::array<uint8_t, 16>& bytes() const { return m_bytes; }
     [[nodiscard]] bool isNil() const { return *this == Uuid(); }
 
