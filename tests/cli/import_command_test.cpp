@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <filesystem>
+
 #include <gtest/gtest.h>
 #include <boost/json.hpp>
 
@@ -190,6 +193,43 @@ TEST_F(ImportCommandTest, UnreadableRowsAreListedAndSkippedOnlyWhenAsked) {
     ASSERT_EQ(result.code, 0) << result.err;
     LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
     EXPECT_EQ(runtime.ledger().activeTransactions().size(), 1u);
+}
+
+// Each bank's sample: what the dry run promises is what the import does, and
+// the same file again adds nothing.
+TEST_F(ImportCommandTest, EverySampleImportsWhatItsDryRunPromised) {
+    std::vector<std::filesystem::path> samples;
+    for (const char* folderName : {"csv", "ofx"}) {
+        for (const auto& entry : std::filesystem::directory_iterator(kData / folderName))
+            samples.push_back(entry.path());
+    }
+    std::sort(samples.begin(), samples.end());
+    ASSERT_GE(samples.size(), 18u);
+    int index = 0;
+    for (const auto& sample : samples) {
+        SCOPED_TRACE(sample.filename().string());
+        const std::string dataFolder = (folder / ("data-" + std::to_string(index++))).string();
+        const auto dryRun = runWith({"--data-dir", dataFolder, "--json", "import", "--dry-run",
+                                     "--skip-problem-rows", sample.string()});
+        ASSERT_EQ(dryRun.code, 0) << dryRun.err << dryRun.out;
+        const auto plan = boost::json::parse(dryRun.out).as_object();
+        const int64_t promised = plan.at("totalToImport").as_int64();
+        EXPECT_GT(promised, 0);
+
+        const auto committed = runWith(
+            {"--data-dir", dataFolder, "--json", "import", "--skip-problem-rows", sample.string()});
+        ASSERT_EQ(committed.code, 0) << committed.err;
+        const auto answer = boost::json::parse(committed.out).as_object();
+        const auto& batch = answer.at("batches").at(0).as_object();
+        EXPECT_EQ(batch.at("counts").at("imported").as_int64(), promised);
+
+        const auto again = runWith({"--data-dir", dataFolder, "--json", "import", "--dry-run",
+                                    "--skip-problem-rows", sample.string()});
+        ASSERT_EQ(again.code, 0) << again.err;
+        const auto replanned = boost::json::parse(again.out).as_object();
+        EXPECT_EQ(replanned.at("totalToImport").as_int64(), 0);
+        EXPECT_FALSE(replanned.at("files").at(0).at("plan").at("previousImport").is_null());
+    }
 }
 
 // The quick start of the README: the bundled samples import as it says.
