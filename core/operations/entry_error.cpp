@@ -1,5 +1,7 @@
 #include "core/operations/entry_error.h"
 
+#include "core/model/money.h"
+
 namespace copperwick {
 
 std::string_view EntryError::text(Case c) {
@@ -25,6 +27,10 @@ std::string_view EntryError::text(Case c) {
             return "Add a brief reason for this correction.";
     }
     return {};
+}
+
+bool isEnterableAmount(int64_t amount) {
+    return amount != 0 && amount >= -Money::kLargestAmount && amount <= Money::kLargestAmount;
 }
 
 }  // namespace copperwick

@@ -4,6 +4,7 @@
 // a split) was refused, in the words the person reads. Thrown before anything
 // is changed, so a refused entry leaves the ledger as it was.
 
+#include <cstdint>
 #include <stdexcept>
 #include <string_view>
 
@@ -32,5 +33,8 @@ class EntryError : public std::runtime_error {
   private:
     Case m_case;
 };
+
+// What an entry may carry: not zero, and no more than the program reads.
+[[nodiscard]] bool isEnterableAmount(int64_t amount);
 
 }  // namespace copperwick

@@ -1,0 +1,27 @@
+#pragma once
+
+// Putting right what the bank got wrong, and dividing one charge between
+// categories. What the bank said is never lost: the first correction keeps
+// the bank's version in `originalDetails`, and every correction leaves a
+// revision with its reason. Refusals are EntryErrors thrown before any change.
+
+#include <string>
+#include <vector>
+
+#include "core/model/instant.h"
+#include "core/model/ledger.h"
+#include "core/model/ledger_delta.h"
+#include "core/operations/entry_error.h"
+
+namespace copperwick {
+
+// An empty delta, and no undo step, when nothing but the reason differs.
+[[nodiscard]] LedgerDelta correctTransaction(Ledger& ledger, const Uuid& id, LocalDate date,
+                                             int64_t amount, const std::string& description,
+                                             const std::string& reason, Instant now);
+
+// No parts removes the split.
+[[nodiscard]] LedgerDelta splitTransaction(Ledger& ledger, const Uuid& id,
+                                           const std::vector<TransactionSplit>& parts, Instant now);
+
+}  // namespace copperwick
