@@ -40,6 +40,7 @@ class CommandLine {
         addTransactionsCommand(m_app, m_context);
         addHouseholdCommands(m_app, m_context);
         addImportCommands(m_app, m_context);
+        addEntryCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

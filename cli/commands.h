@@ -22,5 +22,6 @@ void addTransactionCommand(CLI::App& app, CommandContext& context);
 void addTransactionsCommand(CLI::App& app, CommandContext& context);
 void addHouseholdCommands(CLI::App& app, CommandContext& context);
 void addImportCommands(CLI::App& app, CommandContext& context);
+void addEntryCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

@@ -30,4 +30,14 @@ inline const Person* findPerson(const Ledger& ledger, std::string_view nameOrID)
     return nullptr;
 }
 
+inline const LedgerCategory* findCategory(const Ledger& ledger, std::string_view nameOrID) {
+    if (const auto id = Uuid::parse(nameOrID))
+        return ledger.category(*id);
+    for (const auto& category : ledger.categories) {
+        if (text::equalsIgnoringCase(category.name, nameOrID))
+            return &category;
+    }
+    return nullptr;
+}
+
 }  // namespace copperwick::cli
