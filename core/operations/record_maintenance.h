@@ -1,0 +1,32 @@
+#pragma once
+
+// The records around the transactions: people, and the removal of people,
+// accounts and categories. None is undoable. A removal goes the long way
+// round so that no transaction is left pointing at nothing: every reference
+// is rewritten first, then the record goes, then everything is matched again.
+
+#include <optional>
+
+#include "core/model/ledger.h"
+#include "core/model/ledger_delta.h"
+
+namespace copperwick {
+
+// Replaces the person with the same id, or appends it, then matches every
+// transaction again: new bank names can change what a description means.
+[[nodiscard]] LedgerDelta upsertPerson(Ledger& ledger, Person person);
+
+// The person leaves every account, card and assignment; lines set to them
+// become unassigned rather than nobody's at all.
+[[nodiscard]] LedgerDelta deletePerson(Ledger& ledger, const Uuid& id);
+
+// Absent, changing nothing, while any transaction (voided ones too) names the
+// account: its imports must be undone first, or the account archived.
+[[nodiscard]] std::optional<LedgerDelta> deleteAccount(Ledger& ledger, const Uuid& id);
+
+// Lines, rules and merchants move to the replacement, or without one go back
+// to Review; the category's budgets go with it.
+[[nodiscard]] LedgerDelta deleteCategory(Ledger& ledger, const Uuid& id,
+                                         const std::optional<Uuid>& replacement);
+
+}  // namespace copperwick
