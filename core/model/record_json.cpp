@@ -571,19 +571,6 @@ class TextWriter {
             put(key, *v);
         return *this;
     }
-    // Elements written by `write`, which appends one element's text.
-    template <typename T, typename W>
-    TextWriter& putArray(std::string_view key, const std::vector<T>& items, W&& write) {
-        name(key);
-        m_out.push_back('[');
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            if (i > 0)
-                m_out.push_back(',');
-            write(items[i], m_out);
-        }
-        m_out.push_back(']');
-        return *this;
-    }
 
   private:
     void name(std::string_view key) {  // our own keys: plain ASCII, nothing to escape
@@ -650,13 +637,17 @@ class TextWriter {
     requires(!std::is_enum_v<T>) void value(const T& nested) {
         m_out.append(json::serialize(valueOf(nested)));
     }
+    // A change set's snapshots are written directly too.
+    void value(const std::vector<LedgerTransaction>& transactions);
 
     std::string& m_out;
 };
 
-void writeText(const LedgerTransaction& t, std::string& out) {
-    TextWriter(out)
-        .put("id", t.id)
+// The keys of a transaction and of a change set, in their stored order, for
+// the tree and for the direct text alike.
+template <typename W>
+void putFields(W& w, const LedgerTransaction& t) {
+    w.put("id", t.id)
         .put("accountID", t.accountID)
         .put("batchID", t.batchID)
         .put("sourceLine", t.sourceLine)
@@ -689,26 +680,38 @@ void writeText(const LedgerTransaction& t, std::string& out) {
         .put("originalDetails", t.originalDetails)
         .put("revisions", t.revisions)
         .put("splits", t.splits)
-        .put("externalID", t.externalID)
-        .done();
+        .put("externalID", t.externalID);
 }
 
-void writeText(const ChangeSet& c, std::string& out) {
-    const auto transaction = [](const LedgerTransaction& t, std::string& text) {
-        writeText(t, text);
-    };
-    TextWriter(out)
-        .put("id", c.id)
+template <typename W>
+void putFields(W& w, const ChangeSet& c) {
+    w.put("id", c.id)
         .put("date", c.date)
         .put("label", c.label)
-        .putArray("before", c.before, transaction)
+        .put("before", c.before)
         .put("merchantsBefore", c.merchantsBefore)
         .put("createdMerchantIDs", c.createdMerchantIDs)
         .put("createdRuleIDs", c.createdRuleIDs)
         .put("createdAIFilingKeys", c.createdAIFilingKeys)
         .put("aiFilingsBefore", c.aiFilingsBefore)
-        .put("createdTransactionIDs", c.createdTransactionIDs)
-        .done();
+        .put("createdTransactionIDs", c.createdTransactionIDs);
+}
+
+template <typename T>
+void writeText(const T& record, std::string& out) {
+    TextWriter writer(out);
+    putFields(writer, record);
+    writer.done();
+}
+
+void TextWriter::value(const std::vector<LedgerTransaction>& transactions) {
+    m_out.push_back('[');
+    for (std::size_t i = 0; i < transactions.size(); ++i) {
+        if (i > 0)
+            m_out.push_back(',');
+        writeText(transactions[i], m_out);
+    }
+    m_out.push_back(']');
 }
 
 template <typename T>
@@ -792,42 +795,9 @@ json::value toJSON(const TransactionSplit& value) {
 }
 
 json::value toJSON(const LedgerTransaction& t) {
-    return Writer(34)
-        .put("id", t.id)
-        .put("accountID", t.accountID)
-        .put("batchID", t.batchID)
-        .put("sourceLine", t.sourceLine)
-        .put("date", t.date)
-        .put("postedDate", t.postedDate)
-        .put("amount", t.amount)
-        .put("currency", t.currency)
-        .put("rawDescription", t.rawDescription)
-        .put("bankMerchant", t.bankMerchant)
-        .put("bankCategory", t.bankCategory)
-        .put("checkNumber", t.checkNumber)
-        .put("status", t.status)
-        .put("fingerprint", t.fingerprint)
-        .put("occurrence", t.occurrence)
-        .put("kind", t.kind)
-        .put("categoryID", t.categoryID)
-        .put("merchantID", t.merchantID)
-        .put("method", t.method)
-        .put("evidence", t.evidence)
-        .put("review", t.review)
-        .put("suggestion", t.suggestion)
-        .put("transferPairID", t.transferPairID)
-        .put("supersededBy", t.supersededBy)
-        .put("voided", t.voided)
-        .put("note", t.note)
-        .put("spendingAssignment", t.spendingAssignment)
-        .put("inheritedAssignment", t.inheritedAssignment)
-        .put("cardIdentifier", t.cardIdentifier)
-        .put("entrySource", t.entrySource)
-        .put("originalDetails", t.originalDetails)
-        .put("revisions", t.revisions)
-        .put("splits", t.splits)
-        .put("externalID", t.externalID)
-        .done();
+    Writer writer(34);
+    putFields(writer, t);
+    return writer.done();
 }
 
 json::value toJSON(const Person& p) {
@@ -945,18 +915,9 @@ json::value toJSON(const Budget& b) {
 }
 
 json::value toJSON(const ChangeSet& c) {
-    return Writer(10)
-        .put("id", c.id)
-        .put("date", c.date)
-        .put("label", c.label)
-        .put("before", c.before)
-        .put("merchantsBefore", c.merchantsBefore)
-        .put("createdMerchantIDs", c.createdMerchantIDs)
-        .put("createdRuleIDs", c.createdRuleIDs)
-        .put("createdAIFilingKeys", c.createdAIFilingKeys)
-        .put("aiFilingsBefore", c.aiFilingsBefore)
-        .put("createdTransactionIDs", c.createdTransactionIDs)
-        .done();
+    Writer writer(10);
+    putFields(writer, c);
+    return writer.done();
 }
 
 json::value toJSON(const LedgerSettings& s) {
