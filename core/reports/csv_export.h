@@ -1,0 +1,28 @@
+#pragma once
+
+// Transactions as CSV text that a spreadsheet opens safely. Bank text that
+// looks like a formula is defused with a leading apostrophe, while real
+// negative amounts stay numbers. Pure functions giving text; whoever asked
+// writes the file (as UTF-8).
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/model/ledger.h"
+
+namespace copperwick::CSVExport {
+
+// One cell: quoted when it holds a comma, a quote or a line break or has a
+// space at either end; otherwise given an apostrophe when it would start a
+// formula and isn't an amount.
+[[nodiscard]] std::string quote(std::string_view text);
+
+// One line of cells, without its line feed.
+[[nodiscard]] std::string row(const std::vector<std::string>& cells);
+
+// The named transactions (ids not in the ledger are passed over), by date
+// then id, under a header of 19 columns. No line feed after the last line.
+[[nodiscard]] std::string transactions(const std::vector<Uuid>& ids, const Ledger& ledger);
+
+}  // namespace copperwick::CSVExport
