@@ -41,6 +41,7 @@ class CommandLine {
         addHouseholdCommands(m_app, m_context);
         addImportCommands(m_app, m_context);
         addEntryCommands(m_app, m_context);
+        addMaintenanceCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

@@ -23,5 +23,7 @@ void addTransactionsCommand(CLI::App& app, CommandContext& context);
 void addHouseholdCommands(CLI::App& app, CommandContext& context);
 void addImportCommands(CLI::App& app, CommandContext& context);
 void addEntryCommands(CLI::App& app, CommandContext& context);
+// Adds to `people` and `accounts`, so it comes after addHouseholdCommands.
+void addMaintenanceCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

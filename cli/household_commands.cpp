@@ -145,11 +145,18 @@ void runAssign(CommandContext& context, const AssignOptions& options) {
 }  // namespace
 
 void addHouseholdCommands(CLI::App& app, CommandContext& context) {
-    app.add_subcommand("accounts", "List the accounts")->callback([&context] {
-        runAccounts(context);
+    // Listing is what either does without a subcommand of its own.
+    auto* accounts = app.add_subcommand("accounts", "List the accounts, or change one");
+    accounts->require_subcommand(0, 1);
+    accounts->callback([&context, accounts] {
+        if (accounts->get_subcommands().empty())
+            runAccounts(context);
     });
-    app.add_subcommand("people", "List the people of the household")->callback([&context] {
-        runPeople(context);
+    auto* people = app.add_subcommand("people", "List the people of the household, or change one");
+    people->require_subcommand(0, 1);
+    people->callback([&context, people] {
+        if (people->get_subcommands().empty())
+            runPeople(context);
     });
 
     auto* assign = app.add_subcommand(

@@ -1,0 +1,551 @@
+// The records around the transactions, as Settings keeps them: `people
+// add|update|rename|delete`, `accounts add|update|archive|delete`,
+// `categories [add|rename|delete]` and `settings [KEY VALUE]`. None of these
+// is undoable; each is saved through the runtime like any change.
+
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <unicode/timezone.h>
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+
+#include "cli/commands.h"
+#include "cli/ledger_lookup.h"
+#include "cli/runtime_session.h"
+#include "core/model/money.h"
+#include "core/model/payment_service.h"
+#include "core/model/record_json.h"
+#include "core/model/text.h"
+#include "core/operations/household_assignment.h"
+#include "core/operations/record_maintenance.h"
+#include "core/operations/update_settings.h"
+#include "core/operations/upsert_account.h"
+#include "core/operations/upsert_category.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+struct MaintenanceOptions {
+    std::string record;  // the person, account or category named
+    std::string name;
+    std::optional<std::string> newName;
+    std::vector<std::string> bankNames;
+    bool clearBankNames = false;
+    std::optional<std::string> allowance;
+    std::optional<std::string> type;
+    std::optional<std::string> currency;
+    std::optional<std::string> last4;
+    std::vector<std::string> users;
+    bool shared = false;
+    bool nobody = false;
+    std::optional<std::string> flipSigns;
+    std::optional<std::string> rarelyUsed;
+    std::vector<std::string> cards;
+    std::vector<std::string> removeCards;
+    bool restore = false;
+    std::string group = "expense";
+    std::string replacement;
+    std::string key;
+    std::string value;
+};
+
+bool refuse(CommandContext& context, const std::string& message, int code = kExitFailure) {
+    context.err << message << '\n';
+    context.exitCode = code;
+    return false;
+}
+
+// Runs one change and reports a failed save; true when it was saved.
+bool save(CommandContext& context, LedgerRuntime& runtime,
+          const std::function<LedgerDelta(Ledger&)>& change) {
+    runtime.setErrorMessage(std::nullopt);
+    runtime.apply(change);
+    return !reportFailedChange(runtime, context);
+}
+
+std::optional<bool> onOff(std::string_view word) {
+    if (word == "on")
+        return true;
+    if (word == "off")
+        return false;
+    return std::nullopt;
+}
+
+// ---- People -------------------------------------------------------------
+
+void runPersonChange(CommandContext& context, const MaintenanceOptions& options, bool adding) {
+    std::optional<int64_t> allowance;
+    if (options.allowance && !options.allowance->empty()) {
+        allowance = Money::parseCents(*options.allowance);
+        if (!allowance || *allowance < 0)
+            return (void)refuse(context, "\u201C" + *options.allowance + "\u201D isn't an amount.",
+                                kExitUsage);
+    }
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    Person person{Uuid::random(), std::string(text::trimmed(options.name)), {}};
+    if (!adding) {
+        const Person* existing = findPerson(runtime->ledger(), options.record);
+        if (!existing)
+            return (void)refuse(context, "There is no person called " + options.record + ".");
+        person = *existing;
+        if (options.newName)
+            person.name = std::string(text::trimmed(*options.newName));
+    }
+    if (person.name.empty())
+        return (void)refuse(context, "Enter the person's name.", kExitUsage);
+    if (options.clearBankNames)
+        person.bankNames.clear();
+    for (const auto& bankName : options.bankNames) {
+        if (!text::trimmed(bankName).empty())
+            person.bankNames.emplace_back(text::trimmed(bankName));
+    }
+    if (options.allowance)
+        person.monthlyAllowance = allowance;
+    if (!save(context, *runtime, [&](Ledger& ledger) { return upsertPerson(ledger, person); }))
+        return;
+    if (context.json)
+        printJSON(context, record_json::toJSON(person));
+    else
+        context.out << (adding ? "Added " : "Saved ") << person.name << " (" << person.id.text()
+                    << ").\n";
+}
+
+void runPersonDelete(CommandContext& context, const MaintenanceOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Person* person = findPerson(runtime->ledger(), options.record);
+    if (!person)
+        return (void)refuse(context, "There is no person called " + options.record + ".");
+    const Person gone = *person;
+    if (save(context, *runtime, [&](Ledger& ledger) { return deletePerson(ledger, gone.id); }))
+        context.out << "Removed " << gone.name << ".\n";
+}
+
+// ---- Accounts -----------------------------------------------------------
+
+// A card's owner as typed: a person, "shared" or "unassigned".
+std::optional<SpendingAssignment> cardOwner(const Ledger& ledger, std::string_view who) {
+    if (who == "shared")
+        return SpendingAssignment::shared();
+    if (who == "unassigned")
+        return SpendingAssignment::unassigned();
+    if (const Person* person = findPerson(ledger, who))
+        return SpendingAssignment::person(person->id);
+    return std::nullopt;
+}
+
+// The account as the options leave it, or absent after a refusal.
+std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledger, Account account,
+                                     const MaintenanceOptions& options) {
+    if (options.newName)
+        account.name = std::string(text::trimmed(*options.newName));
+    if (account.name.empty())
+        return refuse(context, "Enter the account's name.", kExitUsage), std::nullopt;
+    if (options.type) {
+        const auto type = enumFromRaw<AccountType>(*options.type);
+        if (!type)
+            return refuse(context, "There is no account type called " + *options.type + ".",
+                          kExitUsage),
+                   std::nullopt;
+        account.type = *type;
+    }
+    if (options.currency) {
+        const std::string code = text::uppercased(text::trimmed(*options.currency));
+        if (code.size() != 3)
+            return refuse(context, "A currency is three letters, such as USD.", kExitUsage),
+                   std::nullopt;
+        account.currency = code;
+    }
+    if (options.last4) {
+        const auto digits = text::trimmed(*options.last4);
+        const bool fourDigits =
+            digits.size() == 4 &&
+            std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; });
+        if (!digits.empty() && !fourDigits)
+            return refuse(context, "The last four are four digits.", kExitUsage), std::nullopt;
+        account.last4 = digits.empty() ? std::nullopt : std::optional<std::string>(digits);
+    }
+    if (!options.users.empty() || options.shared || options.nobody) {
+        std::vector<Uuid> users;
+        for (const auto& name : options.users) {
+            const Person* person = findPerson(ledger, name);
+            if (!person)
+                return refuse(context, "There is no person called " + name + "."), std::nullopt;
+            users.push_back(person->id);
+        }
+        account.setUserIDs(std::move(users));
+        // No users is the household's account, unless it is nobody's.
+        account.isUnassigned = options.nobody && options.users.empty();
+    }
+    for (const auto& [flag, field] : {std::pair{&options.flipSigns, &account.flipSigns},
+                                      std::pair{&options.rarelyUsed, &account.rarelyUsed}}) {
+        if (!*flag)
+            continue;
+        const auto value = onOff(**flag);
+        if (!value)
+            return refuse(context, "Write on or off.", kExitUsage), std::nullopt;
+        *field = *value;
+    }
+    for (const auto& card : options.cards) {
+        const auto equals = card.find('=');
+        const auto owner = equals == std::string::npos
+                               ? std::nullopt
+                               : cardOwner(ledger, std::string_view(card).substr(equals + 1));
+        if (!owner || equals == 0)
+            return refuse(context,
+                          "\u201C" + card +
+                              "\u201D isn't a card: write CARD=PERSON, CARD=shared or "
+                              "CARD=unassigned.",
+                          kExitUsage),
+                   std::nullopt;
+        account.cardAssignments[card.substr(0, equals)] = *owner;
+    }
+    for (const auto& card : options.removeCards)
+        account.cardAssignments.erase(card);
+    return account;
+}
+
+void printAccount(CommandContext& context, const Ledger& ledger, const Account& account,
+                  std::string_view verb) {
+    if (context.json)
+        printJSON(context, record_json::toJSON(account));
+    else
+        context.out << verb << ' ' << account.name << " (" << account.id.text() << "), "
+                    << usersLabel(ledger, account) << ".\n";
+}
+
+void runAccountChange(CommandContext& context, const MaintenanceOptions& options, bool adding) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    Account account;
+    if (adding) {
+        account = Account(Uuid::random(), options.name, AccountType::checking);
+        account.currency = ledger.settings->reportCurrency;
+    } else {
+        const Account* existing = findAccount(ledger, options.record);
+        if (!existing)
+            return (void)refuse(context, "There is no account called " + options.record + ".");
+        account = *existing;
+    }
+    const auto edited = editedAccount(context, ledger, std::move(account), options);
+    if (!edited)
+        return;
+    if (!save(context, *runtime, [&](Ledger& copy) { return upsertAccount(copy, *edited); }))
+        return;
+    printAccount(context, runtime->ledger(), *edited, adding ? "Added" : "Saved");
+}
+
+void runAccountArchive(CommandContext& context, const MaintenanceOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Account* existing = findAccount(runtime->ledger(), options.record);
+    if (!existing)
+        return (void)refuse(context, "There is no account called " + options.record + ".");
+    Account account = *existing;
+    account.isArchived = !options.restore;
+    if (save(context, *runtime, [&](Ledger& copy) { return upsertAccount(copy, account); }))
+        printAccount(context, runtime->ledger(), account,
+                     options.restore ? "Brought back" : "Archived");
+}
+
+void runAccountDelete(CommandContext& context, const MaintenanceOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Account* existing = findAccount(runtime->ledger(), options.record);
+    if (!existing)
+        return (void)refuse(context, "There is no account called " + options.record + ".");
+    const Account account = *existing;
+    if (Ledger trial = runtime->ledger(); !deleteAccount(trial, account.id))
+        return (void)refuse(
+            context, "This account has transactions. Undo its imports first, or archive it.");
+    if (save(context, *runtime,
+             [&](Ledger& copy) { return deleteAccount(copy, account.id).value_or(LedgerDelta()); }))
+        context.out << "Removed " << account.name << ".\n";
+}
+
+// ---- Categories ---------------------------------------------------------
+
+void runCategories(CommandContext& context) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    if (context.json) {
+        boost::json::array list;
+        for (const auto& category : ledger.categories)
+            list.push_back(record_json::toJSON(category));
+        printJSON(context, list);
+        return;
+    }
+    for (const CategoryGroup group : {CategoryGroup::expense, CategoryGroup::income}) {
+        context.out << (group == CategoryGroup::expense ? "Spending" : "Income") << '\n';
+        for (const auto& category : ledger.categories) {
+            if (category.group == group)
+                context.out << "  " << category.name << "  " << category.id.text() << '\n';
+        }
+    }
+}
+
+void runCategoryChange(CommandContext& context, const MaintenanceOptions& options, bool adding) {
+    const auto group = enumFromRaw<CategoryGroup>(options.group);
+    if (!group)
+        return (void)refuse(context, "A category's group is expense or income.", kExitUsage);
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    LedgerCategory category;
+    if (adding) {
+        const auto inGroup =
+            std::count_if(ledger.categories.begin(), ledger.categories.end(),
+                          [&](const LedgerCategory& each) { return each.group == *group; });
+        category = LedgerCategory{
+            .id = Uuid::random(), .group = *group, .colorIndex = static_cast<int>(inGroup)};
+    } else {
+        const LedgerCategory* existing = findCategory(ledger, options.record);
+        if (!existing)
+            return (void)refuse(context, "There is no category called " + options.record + ".");
+        category = *existing;
+    }
+    category.name =
+        std::string(text::trimmed(adding ? options.name : options.newName.value_or("")));
+    if (category.name.empty())
+        return (void)refuse(context, "Enter the category's name.", kExitUsage);
+    const LedgerCategory* clash = findCategory(ledger, category.name);
+    if (clash && clash->id != category.id)
+        return (void)refuse(context, "There is already a category called " + clash->name + ".");
+    if (save(context, *runtime, [&](Ledger& copy) { return upsertCategory(copy, category); }))
+        context.out << (adding ? "Added " : "Renamed to ") << category.name << " ("
+                    << category.id.text() << ").\n";
+}
+
+void runCategoryDelete(CommandContext& context, const MaintenanceOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    const LedgerCategory* category = findCategory(ledger, options.record);
+    if (!category)
+        return (void)refuse(context, "There is no category called " + options.record + ".");
+    std::optional<Uuid> replacement;
+    if (!options.replacement.empty()) {
+        const LedgerCategory* other = findCategory(ledger, options.replacement);
+        if (!other || other->id == category->id)
+            return (void)refuse(context,
+                                "There is no other category called " + options.replacement + ".");
+        replacement = other->id;
+    }
+    const LedgerCategory gone = *category;
+    if (save(context, *runtime,
+             [&](Ledger& copy) { return deleteCategory(copy, gone.id, replacement); }))
+        context.out << "Removed " << gone.name << ".\n";
+}
+
+// ---- Settings -----------------------------------------------------------
+
+boost::json::object settingsJSON(const LedgerSettings& settings) {
+    return record_json::toJSON(settings).as_object();
+}
+
+void printSettings(CommandContext& context, const Ledger& ledger) {
+    const LedgerSettings& settings = *ledger.settings;
+    if (context.json)
+        return printJSON(context, settingsJSON(settings));
+    std::string services;
+    for (const auto& service : settings.paymentServices)
+        services += (services.empty() ? "" : ", ") + std::string(rawValue(service));
+    context.out << "timeZoneID: " << settings.timeZoneID << '\n'
+                << "reportCurrency: " << settings.reportCurrency << '\n'
+                << "monthlySavingsGoal: "
+                << (settings.monthlySavingsGoal
+                        ? Money::format(
+                              *settings.monthlySavingsGoal,
+                              settings.monthlySavingsGoalCurrency.value_or(settings.reportCurrency))
+                        : std::string("none"))
+                << '\n'
+                << "keepSourceText: " << (settings.keepSourceText ? "on" : "off") << '\n'
+                << "paymentServices: " << (services.empty() ? "none" : services) << '\n';
+}
+
+bool isKnownTimeZone(const std::string& id) {
+    std::unique_ptr<icu::TimeZone> zone(
+        icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(id)));
+    return zone && *zone != icu::TimeZone::getUnknown();
+}
+
+void runSettings(CommandContext& context, const MaintenanceOptions& options) {
+    // A goal given as nothing clears it; every other setting needs its value.
+    if (!options.key.empty() && options.value.empty() && options.key != "monthlySavingsGoal")
+        return (void)refuse(context, "Give the setting's new value after its name.", kExitUsage);
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    if (options.key.empty())
+        return printSettings(context, runtime->ledger());
+
+    const std::string value(text::trimmed(options.value));
+    std::function<void(LedgerSettings&)> change;
+    if (options.key == "timeZoneID") {
+        if (!isKnownTimeZone(value))
+            return (void)refuse(context, "There is no time zone called " + value + ".", kExitUsage);
+        change = [value](LedgerSettings& settings) { settings.timeZoneID = value; };
+    } else if (options.key == "reportCurrency") {
+        const std::string code = text::uppercased(value);
+        if (code.size() != 3)
+            return (void)refuse(context, "A currency is three letters, such as USD.", kExitUsage);
+        change = [code](LedgerSettings& settings) { settings.reportCurrency = code; };
+    } else if (options.key == "monthlySavingsGoal") {
+        const auto goal = value.empty() ? std::optional<int64_t>(0) : Money::parseCents(value);
+        if (!goal || *goal < 0)
+            return (void)refuse(context, "\u201C" + value + "\u201D isn't an amount.", kExitUsage);
+        change = [goal](LedgerSettings& settings) {
+            // Nothing, or nothing at all, means no goal.
+            settings.monthlySavingsGoal = *goal > 0 ? goal : std::nullopt;
+            settings.monthlySavingsGoalCurrency =
+                *goal > 0 ? std::optional<std::string>(settings.reportCurrency) : std::nullopt;
+        };
+    } else if (options.key == "keepSourceText") {
+        const auto keep = onOff(value);
+        if (!keep)
+            return (void)refuse(context, "Write on or off.", kExitUsage);
+        runtime->setErrorMessage(std::nullopt);
+        // Turning it off erases every raw line kept so far.
+        runtime->setKeepSourceText(*keep);
+        if (!reportFailedChange(*runtime, context))
+            printSettings(context, runtime->ledger());
+        return;
+    } else if (options.key == "paymentServices") {
+        std::vector<PaymentService> services;
+        for (const auto word : text::splitDroppingEmpty(value, ",")) {
+            const auto trimmed = std::string(text::trimmed(word));
+            if (trimmed.empty() || trimmed == "none")
+                continue;
+            const auto service = enumFromRaw<PaymentService>(trimmed);
+            if (!service)
+                return (void)refuse(context,
+                                    "There is no payment service called " + trimmed +
+                                        "; choose from zelle, venmo, cashApp, paypal, appleCash.",
+                                    kExitUsage);
+            if (std::find(services.begin(), services.end(), *service) == services.end())
+                services.push_back(*service);
+        }
+        change = [services](LedgerSettings& settings) { settings.paymentServices = services; };
+    } else {
+        return (void)refuse(context,
+                            "There is no setting called " + options.key +
+                                "; choose from timeZoneID, reportCurrency, monthlySavingsGoal, "
+                                "keepSourceText, paymentServices.",
+                            kExitUsage);
+    }
+    if (save(context, *runtime, [&](Ledger& ledger) { return updateSettings(ledger, change); }))
+        printSettings(context, runtime->ledger());
+}
+
+}  // namespace
+
+void addMaintenanceCommands(CLI::App& app, CommandContext& context) {
+    auto options = std::make_shared<MaintenanceOptions>();
+
+    auto* people = app.get_subcommand("people");
+    auto* addPerson = people->add_subcommand("add", "Add a person to the household");
+    addPerson->add_option("NAME", options->name, "Their name")->required();
+    addPerson->add_option("--bank-name", options->bankNames,
+                          "A form of the name banks print (more than one allowed)");
+    addPerson->add_option("--allowance", options->allowance, "A monthly personal allowance");
+    addPerson->callback([&context, options] { runPersonChange(context, *options, true); });
+    auto* updatePerson =
+        people->add_subcommand("update", "Change a person's name, bank names or allowance");
+    updatePerson->add_option("PERSON", options->record, "The person, by name or id")->required();
+    updatePerson->add_option("--name", options->newName, "The new name");
+    updatePerson->add_option("--bank-name", options->bankNames, "A bank name to add");
+    updatePerson->add_flag("--clear-bank-names", options->clearBankNames,
+                           "Forget the bank names first");
+    updatePerson->add_option("--allowance", options->allowance, "Monthly allowance; \"\" clears");
+    updatePerson->callback([&context, options] { runPersonChange(context, *options, false); });
+    auto* renamePerson = people->add_subcommand("rename", "Rename a person");
+    renamePerson->add_option("PERSON", options->record, "The person, by name or id")->required();
+    renamePerson->add_option("NAME", options->newName, "The new name")->required();
+    renamePerson->callback([&context, options] { runPersonChange(context, *options, false); });
+    auto* deletePerson = people->add_subcommand("delete", "Remove a person from the household");
+    deletePerson->add_option("PERSON", options->record, "The person, by name or id")->required();
+    deletePerson->callback([&context, options] { runPersonDelete(context, *options); });
+
+    auto* accounts = app.get_subcommand("accounts");
+    const auto accountOptions = [&](CLI::App* command) {
+        command->add_option("--type", options->type,
+                            "checking, savings, creditCard, cash or other");
+        command->add_option("--currency", options->currency, "Three letters, such as USD");
+        command->add_option("--last4", options->last4, "The account's last four digits");
+        command->add_option("--user", options->users, "Who uses it (more than one allowed)");
+        command->add_flag("--shared", options->shared, "The household's, with no one user");
+        command->add_flag("--nobody", options->nobody, "Nobody's: its spending is unassigned");
+        command->add_option("--flip-signs", options->flipSigns,
+                            "on when the bank writes purchases as positive amounts");
+        command->add_option("--rarely-used", options->rarelyUsed, "on for an occasional account");
+        command->add_option("--card", options->cards,
+                            "CARD=PERSON, CARD=shared or CARD=unassigned");
+    };
+    auto* addAccount = accounts->add_subcommand("add", "Add an account");
+    addAccount->add_option("NAME", options->name, "The account's name")->required();
+    accountOptions(addAccount);
+    addAccount->callback([&context, options] { runAccountChange(context, *options, true); });
+    auto* updateAccount = accounts->add_subcommand("update", "Change an account");
+    updateAccount->add_option("ACCOUNT", options->record, "The account, by name or id")->required();
+    updateAccount->add_option("--name", options->newName, "The new name");
+    accountOptions(updateAccount);
+    updateAccount->add_option("--remove-card", options->removeCards, "Forget a card's owner");
+    updateAccount->callback([&context, options] { runAccountChange(context, *options, false); });
+    auto* archive = accounts->add_subcommand("archive", "Archive an account, or bring it back");
+    archive->add_option("ACCOUNT", options->record, "The account, by name or id")->required();
+    archive->add_flag("--restore", options->restore, "Bring an archived account back");
+    archive->callback([&context, options] { runAccountArchive(context, *options); });
+    auto* deleteAccountCommand =
+        accounts->add_subcommand("delete", "Remove an account that has no transactions");
+    deleteAccountCommand->add_option("ACCOUNT", options->record, "The account, by name or id")
+        ->required();
+    deleteAccountCommand->callback([&context, options] { runAccountDelete(context, *options); });
+
+    auto* categories = app.add_subcommand("categories", "List, add, rename and remove categories");
+    categories->require_subcommand(0, 1);
+    categories->callback([&context, categories] {
+        if (categories->get_subcommands().empty())
+            runCategories(context);
+    });
+    auto* addCategory = categories->add_subcommand("add", "Add a category");
+    addCategory->add_option("NAME", options->name, "Its name")->required();
+    addCategory->add_option("--group", options->group, "expense (the default) or income");
+    addCategory->callback([&context, options] { runCategoryChange(context, *options, true); });
+    auto* renameCategory = categories->add_subcommand("rename", "Rename a category");
+    renameCategory->add_option("CATEGORY", options->record, "The category, by name or id")
+        ->required();
+    renameCategory->add_option("NAME", options->newName, "The new name")->required();
+    renameCategory->callback([&context, options] { runCategoryChange(context, *options, false); });
+    auto* deleteCategoryCommand = categories->add_subcommand(
+        "delete", "Remove a category; its transactions move to another, or go back to Review");
+    deleteCategoryCommand->add_option("CATEGORY", options->record, "The category, by name or id")
+        ->required();
+    deleteCategoryCommand->add_option("--replace-with", options->replacement,
+                                      "The category that takes its place");
+    deleteCategoryCommand->callback([&context, options] { runCategoryDelete(context, *options); });
+
+    auto* settings = app.add_subcommand("settings", "Show the ledger's settings, or change one");
+    settings->add_option("KEY", options->key,
+                         "timeZoneID, reportCurrency, monthlySavingsGoal, keepSourceText or "
+                         "paymentServices");
+    settings->add_option("VALUE", options->value, "The new value");
+    settings->callback([&context, options] { runSettings(context, *options); });
+}
+
+}  // namespace copperwick::cli
