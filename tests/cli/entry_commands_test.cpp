@@ -139,5 +139,47 @@ TEST_F(EntryCommandsTest, AddCorrectSplitShowAndUndo) {
     EXPECT_FALSE(runtime.ledger().transaction(atm)->originalDetails);
 }
 
+// From a bank file to a wallet and back: the ATM line of the import feeds the
+// wallet once, and every step comes undone in turn.
+TEST(EntryCommandsScenario, WalletFedFromAnImportedATMLineThenUndoneStepByStep) {
+    testing::TempFolder folder;
+    const auto run = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--data-dir", folder.path().string()});
+        return testing::runCommand(arguments);
+    };
+    const auto samples =
+        std::filesystem::path(COPPERWICK_TEST_DATA).parent_path().parent_path() / "samples";
+    ASSERT_EQ(run({"import", (samples / "chase-checking.csv").string()}).code, 0);
+    auto result = run({"--json", "transactions", "--search", "ATM WITHDRAWAL", "--limit", "1"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const std::string atm(boost::json::parse(result.out).at(0).at("id").as_string());
+
+    ASSERT_EQ(
+        run({"cash", "add-wallet", "Pocket", "--opening-cash", "20", "--date", "2026-08-01"}).code,
+        0);
+    result =
+        run({"cash", "withdrawal", "--wallet", "Pocket", "--amount", "60", "--date", "2026-10-12",
+             "--bank-account", "Chase checking or savings", "--bank-transaction", atm});
+    ASSERT_EQ(result.code, 0) << result.err;
+    ASSERT_EQ(run({"cash", "spending", "--wallet", "Pocket", "--amount", "7.25", "--date",
+                   "2026-10-13", "--description", "Farmers market", "--category", "Groceries"})
+                  .code,
+              0);
+    EXPECT_EQ(run({"cash", "balance", "Pocket"}).out, "Pocket: $72.75\n");  // 20 + 60 - 7.25
+    {
+        LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder.path()});
+        const LedgerTransaction& bankLeg = *runtime.ledger().transaction(Uuid::parse(atm));
+        EXPECT_EQ(bankLeg.kind, TransactionKind::transfer) << "counted once, as a move";
+    }
+
+    for (const char* label : {"Add manual transaction", "Move cash", "Add opening cash"}) {
+        result = run({"undo"});
+        EXPECT_EQ(result.out, std::string("Undone.\n") + label + "\n");
+    }
+    EXPECT_EQ(run({"cash", "balance", "Pocket"}).out, "Pocket: $0.00\n");
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder.path()});
+    EXPECT_FALSE(runtime.ledger().transaction(Uuid::parse(atm))->transferPairID);
+}
+
 }  // namespace
 }  // namespace copperwick::cli
