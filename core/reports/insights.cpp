@@ -1,0 +1,234 @@
+#include "core/reports/insights.h"
+
+#include <algorithm>
+#include <map>
+#include <unordered_map>
+
+#include "core/model/checked.h"
+#include "core/model/money.h"
+#include "core/reports/report_engine.h"
+
+namespace copperwick {
+
+namespace {
+
+struct CadenceRule {
+    int64_t shortestGap;
+    int64_t longestGap;
+    int64_t activeWithinDays;
+    int64_t perYear;
+};
+
+CadenceRule rule(Cadence cadence) {
+    switch (cadence) {
+        case Cadence::weekly:
+            return {6, 8, 13, 52};
+        case Cadence::monthly:
+            return {26, 35, 48, 12};
+        case Cadence::yearly:
+            return {350, 380, 550, 1};
+    }
+    return {0, 0, 0, 0};
+}
+
+// Posted charges in the filter's scope, grouped by merchant identity, each
+// group in date order. Refunds are never candidates, so they can't break a
+// series.
+std::map<std::string, std::vector<const LedgerTransaction*>> candidateGroups(
+    const Ledger& ledger, const ReportFilter& filter, std::optional<LocalDate> asOf) {
+    std::map<std::string, std::vector<const LedgerTransaction*>> groups;
+    for (const auto& transaction : ledger.transactions) {
+        if (!transaction.isActive() || transaction.status != TransactionStatus::posted ||
+            transaction.kind != TransactionKind::expense || transaction.amount >= 0)
+            continue;
+        if (asOf && transaction.date > *asOf)
+            continue;
+        if (!filter.includes(transaction, ledger))
+            continue;
+        groups[ReportEngine::merchantIdentity(transaction, ledger).id].push_back(&transaction);
+    }
+    for (auto& [key, group] : groups) {
+        std::sort(group.begin(), group.end(), [](const auto* a, const auto* b) {
+            if (a->date != b->date)
+                return a->date < b->date;
+            return a->id < b->id;
+        });
+    }
+    return groups;
+}
+
+int64_t magnitude(const LedgerTransaction& transaction) {
+    return checked::neg(transaction.amount);
+}
+
+}  // namespace
+
+std::string_view label(Cadence cadence) {
+    switch (cadence) {
+        case Cadence::weekly:
+            return "Weekly";
+        case Cadence::monthly:
+            return "Monthly";
+        case Cadence::yearly:
+            return "Yearly";
+    }
+    return "";
+}
+
+int64_t RecurringCharge::yearlyCost() const {
+    return checked::mul(typicalAmount, rule(cadence).perYear);
+}
+
+namespace Insights {
+
+int64_t median(std::vector<int64_t> values) {
+    if (values.empty())
+        return 0;
+    std::sort(values.begin(), values.end());
+    const std::size_t middle = values.size() / 2;
+    if (values.size() % 2 == 1)
+        return values[middle];
+    return checked::add(values[middle - 1], values[middle]) / 2;
+}
+
+std::optional<Cadence> cadenceFor(const std::vector<int64_t>& gaps) {
+    if (gaps.empty())
+        return std::nullopt;
+    const auto n = static_cast<int64_t>(gaps.size());
+    const int64_t needed = n <= 2 ? 2 : std::max<int64_t>(2, (2 * n + 2) / 3);
+    for (const Cadence cadence : {Cadence::monthly, Cadence::weekly, Cadence::yearly}) {
+        const CadenceRule band = rule(cadence);
+        const auto inBand = std::count_if(gaps.begin(), gaps.end(), [&](int64_t gap) {
+            return band.shortestGap <= gap && gap <= band.longestGap;
+        });
+        if (inBand >= needed)
+            return cadence;
+    }
+    return std::nullopt;
+}
+
+std::vector<RecurringCharge> recurring(const Ledger& ledger, const ReportFilter& filter,
+                                       LocalDate asOf) {
+    std::vector<RecurringCharge> charges;
+    for (auto& [key, group] : candidateGroups(ledger, filter, asOf)) {
+        if (group.size() < 3)
+            continue;
+        const std::size_t recentCount = std::min<std::size_t>(group.size(), 12);
+        const std::vector<const LedgerTransaction*> recent(group.end() - recentCount, group.end());
+        std::vector<int64_t> gaps;
+        for (std::size_t i = 1; i < recent.size(); ++i)
+            gaps.push_back(recent[i - 1]->date.daysUntil(recent[i]->date));
+        const auto cadence = cadenceFor(gaps);
+        if (!cadence)
+            continue;
+        std::vector<int64_t> amounts;
+        for (const auto* transaction : recent)
+            amounts.push_back(magnitude(*transaction));
+        const int64_t typical = median(std::vector<int64_t>(amounts.end() - 3, amounts.end()));
+        // Only the last six charges must be steady; a price change long ago
+        // leaves the series standing.
+        const std::size_t steadyFrom = amounts.size() > 6 ? amounts.size() - 6 : 0;
+        const bool steady = std::all_of(
+            amounts.begin() + static_cast<std::ptrdiff_t>(steadyFrom), amounts.end(),
+            [&](int64_t amount) {
+                const int64_t difference = amount > typical ? amount - typical : typical - amount;
+                return difference <= 300 || checked::mul(4, difference) <= typical;
+            });
+        if (!steady)
+            continue;
+
+        const LedgerTransaction& last = *recent.back();
+        const LedgerTransaction& previous = *recent[recent.size() - 2];
+        RecurringCharge charge{
+            .id = key,
+            .merchantName = ReportEngine::merchantIdentity(last, ledger).name,
+            .cadence = *cadence,
+            .typicalAmount = typical,
+            .lastAmount = magnitude(last),
+            .previousAmount = magnitude(previous),
+            .lastDate = last.date,
+            .count = static_cast<int64_t>(group.size()),
+        };
+        switch (*cadence) {
+            case Cadence::weekly:
+                charge.nextExpected = last.date.addingDays(7);
+                break;
+            case Cadence::monthly:
+                charge.nextExpected = last.date.addingMonths(1);
+                break;
+            case Cadence::yearly:
+                charge.nextExpected = last.date.addingDays(365);
+                break;
+        }
+        charge.isActive = last.date.daysUntil(asOf) <= rule(*cadence).activeWithinDays;
+        for (const auto* transaction : group)
+            charge.transactionIDs.push_back(transaction->id);
+        charges.push_back(std::move(charge));
+    }
+    std::sort(charges.begin(), charges.end(),
+              [](const RecurringCharge& a, const RecurringCharge& b) {
+                  if (a.isActive != b.isActive)
+                      return a.isActive;
+                  if (a.yearlyCost() != b.yearlyCost())
+                      return a.yearlyCost() > b.yearlyCost();
+                  if (a.merchantName != b.merchantName)
+                      return a.merchantName < b.merchantName;
+                  return a.id < b.id;
+              });
+    return charges;
+}
+
+std::vector<UnusualCharge> unusual(const Ledger& ledger, const ReportFilter& filter) {
+    std::vector<UnusualCharge> found;
+    for (const auto& [key, group] : candidateGroups(ledger, filter, std::nullopt)) {
+        for (std::size_t i = 0; i < group.size(); ++i) {
+            const LedgerTransaction& charge = *group[i];
+            if (!filter.span.contains(charge.date))
+                continue;
+            const int64_t amount = magnitude(charge);
+            const LocalDate historyStart = charge.date.addingDays(-180);
+            std::vector<int64_t> prior;
+            bool anyEarlier = false;
+            for (std::size_t j = 0; j < i; ++j) {
+                const LedgerTransaction& before = *group[j];
+                if (before.date >= charge.date)
+                    continue;  // same-day charges are not history
+                anyEarlier = true;
+                if (before.date > historyStart)
+                    prior.push_back(magnitude(before));
+            }
+            const std::string name = ReportEngine::merchantIdentity(charge, ledger).name;
+            if (prior.size() >= 3) {
+                const int64_t usual = median(prior);
+                if (amount >= checked::mul(3, usual) && amount - usual >= 2500) {
+                    found.push_back(
+                        {.transactionID = charge.id,
+                         .merchantName = name,
+                         .date = charge.date,
+                         .amount = amount,
+                         .usualAmount = usual,
+                         .reason = "About " + std::to_string(amount / std::max<int64_t>(usual, 1)) +
+                                   "\u00D7 your usual " + Money::format(usual, "USD") + " at " +
+                                   name + "."});
+                }
+            } else if (!anyEarlier && amount >= 20000) {
+                found.push_back({.transactionID = charge.id,
+                                 .merchantName = name,
+                                 .date = charge.date,
+                                 .amount = amount,
+                                 .usualAmount = std::nullopt,
+                                 .reason = "First charge at " + name + ", and a large one."});
+            }
+        }
+    }
+    std::sort(found.begin(), found.end(), [](const UnusualCharge& a, const UnusualCharge& b) {
+        if (a.amount != b.amount)
+            return a.amount > b.amount;
+        return a.transactionID > b.transactionID;
+    });
+    return found;
+}
+
+}  // namespace Insights
+
+}  // namespace copperwick
