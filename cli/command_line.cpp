@@ -40,6 +40,9 @@ class CommandLine {
         addTransactionsCommand(m_app, m_context);
         addHouseholdCommands(m_app, m_context);
         addImportCommands(m_app, m_context);
+        addReportCommand(m_app, m_context);
+        addBudgetCommands(m_app, m_context);
+        addNotesCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

@@ -22,5 +22,8 @@ void addTransactionCommand(CLI::App& app, CommandContext& context);
 void addTransactionsCommand(CLI::App& app, CommandContext& context);
 void addHouseholdCommands(CLI::App& app, CommandContext& context);
 void addImportCommands(CLI::App& app, CommandContext& context);
+void addReportCommand(CLI::App& app, CommandContext& context);
+void addBudgetCommands(CLI::App& app, CommandContext& context);
+void addNotesCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli
