@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "core/model/date_text.h"
 
@@ -15,8 +16,13 @@ std::vector<AccountFreshness> AccountFreshness::build(const Ledger& ledger, Loca
             it->second = batch.importedAt;
     }
     std::unordered_map<Uuid, LocalDate> latest;
+    // Pending lines don't make an account current, but they do show it was imported.
+    std::unordered_set<Uuid> withTransactions;
     for (const auto& transaction : ledger.transactions) {
-        if (!transaction.isActive() || transaction.status != TransactionStatus::posted)
+        if (!transaction.isActive())
+            continue;
+        withTransactions.insert(transaction.accountID);
+        if (transaction.status != TransactionStatus::posted)
             continue;
         auto [it, inserted] = latest.try_emplace(transaction.accountID, transaction.date);
         if (!inserted && it->second < transaction.date)
@@ -28,11 +34,9 @@ std::vector<AccountFreshness> AccountFreshness::build(const Ledger& ledger, Loca
         AccountFreshness line{.account = account};
         if (auto it = lastImport.find(account.id); it != lastImport.end())
             line.lastImportedAt = it->second;
-        bool hasTransaction = false;
-        if (auto it = latest.find(account.id); it != latest.end()) {
+        const bool hasTransaction = withTransactions.contains(account.id);
+        if (auto it = latest.find(account.id); it != latest.end())
             line.latestTransaction = it->second;
-            hasTransaction = true;
-        }
         if (account.upToDateThrough &&
             (!line.latestTransaction || *line.latestTransaction < *account.upToDateThrough))
             line.latestTransaction = account.upToDateThrough;

@@ -125,7 +125,10 @@ std::vector<DataNote> dataNotes(const Ledger& ledger, const ReportFilter& filter
                                          ", after this period begins.",
                                  .acknowledgement = DataNote::HistoryStart{account->id, first}});
             }
-        } else if (last >= start.addingDays(-62) || first <= filter.span.end.addingDays(62)) {
+        } else if ((last < start && last >= start.addingDays(-62)) ||
+                   (first > filter.span.end && first <= filter.span.end.addingDays(62))) {
+            // Data that stops shortly before the period or starts shortly after
+            // it means a missing file; further away, the account wasn't in use.
             notes.push_back({.id = "nodata-" + uuid,
                              .severity = DataNote::Severity::warning,
                              .text = account->name +
