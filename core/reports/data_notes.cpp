@@ -79,24 +79,38 @@ std::vector<DataNote> dataNotes(const Ledger& ledger, const ReportFilter& filter
     }
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const Account* a, const Account* b) { return a->name < b->name; });
-    std::unordered_map<Uuid, std::set<LocalDate>> datesByAccount;
+    // Every date of each account, kept unsorted: only a late account needs
+    // them as a set, to see whether it is usually this quiet.
+    struct History {
+        std::vector<LocalDate> dates;
+        LocalDate first;
+        LocalDate last;
+    };
+    std::unordered_map<Uuid, History> histories;
     for (const Account* account : sorted)
-        datesByAccount[account->id];
+        histories[account->id];
     if (!sorted.empty()) {
         for (const auto& transaction : ledger.transactions) {
             if (!transaction.isActive())
                 continue;
-            if (auto it = datesByAccount.find(transaction.accountID); it != datesByAccount.end())
-                it->second.insert(transaction.date);
+            auto it = histories.find(transaction.accountID);
+            if (it == histories.end())
+                continue;
+            History& history = it->second;
+            if (history.dates.empty() || transaction.date < history.first)
+                history.first = transaction.date;
+            if (history.dates.empty() || history.last < transaction.date)
+                history.last = transaction.date;
+            history.dates.push_back(transaction.date);
         }
     }
 
     for (const Account* account : sorted) {
-        const std::set<LocalDate>& dates = datesByAccount[account->id];
-        if (dates.empty())
+        const History& history = histories[account->id];
+        if (history.dates.empty())
             continue;
-        const LocalDate first = *dates.begin();
-        const LocalDate last = *dates.rbegin();
+        const LocalDate first = history.first;
+        const LocalDate last = history.last;
         const std::string uuid = account->id.text();
         const bool overlaps = last >= start && first <= filter.span.end;
         if (overlaps) {
@@ -106,6 +120,7 @@ std::vector<DataNote> dataNotes(const Ledger& ledger, const ReportFilter& filter
                 const int64_t missingDays = last.daysUntil(end);
                 DataNote note{.id = "late-" + uuid,
                               .acknowledgement = DataNote::UpToDate{account->id, end}};
+                const std::set<LocalDate> dates(history.dates.begin(), history.dates.end());
                 if (usuallyQuiet(dates, missingDays)) {
                     note.severity = DataNote::Severity::info;
                     note.text = account->name + " has nothing after " + DateText::medium(last) +

@@ -1,7 +1,6 @@
 #include "core/reports/insights.h"
 
 #include <algorithm>
-#include <map>
 #include <unordered_map>
 
 #include "core/model/checked.h"
@@ -34,9 +33,9 @@ CadenceRule rule(Cadence cadence) {
 // Posted charges in the filter's scope, grouped by merchant identity, each
 // group in date order. Refunds are never candidates, so they can't break a
 // series.
-std::map<std::string, std::vector<const LedgerTransaction*>> candidateGroups(
+std::unordered_map<std::string, std::vector<const LedgerTransaction*>> candidateGroups(
     const Ledger& ledger, const ReportFilter& filter, std::optional<LocalDate> asOf) {
-    std::map<std::string, std::vector<const LedgerTransaction*>> groups;
+    std::unordered_map<std::string, std::vector<const LedgerTransaction*>> groups;
     for (const auto& transaction : ledger.transactions) {
         if (!transaction.isActive() || transaction.status != TransactionStatus::posted ||
             transaction.kind != TransactionKind::expense || transaction.amount >= 0)
@@ -45,7 +44,7 @@ std::map<std::string, std::vector<const LedgerTransaction*>> candidateGroups(
             continue;
         if (!filter.includes(transaction, ledger))
             continue;
-        groups[ReportEngine::merchantIdentity(transaction, ledger).id].push_back(&transaction);
+        groups[ReportEngine::merchantIdentityID(transaction, ledger)].push_back(&transaction);
     }
     for (auto& [key, group] : groups) {
         std::sort(group.begin(), group.end(), [](const auto* a, const auto* b) {
@@ -181,26 +180,30 @@ std::vector<RecurringCharge> recurring(const Ledger& ledger, const ReportFilter&
 std::vector<UnusualCharge> unusual(const Ledger& ledger, const ReportFilter& filter) {
     std::vector<UnusualCharge> found;
     for (const auto& [key, group] : candidateGroups(ledger, filter, std::nullopt)) {
+        // The group is in date order, so a charge's history is one run of it:
+        // from the first charge inside the 180 days to the last one of an
+        // earlier day.
+        std::size_t historyStart = 0;
+        std::size_t earlierDays = 0;
         for (std::size_t i = 0; i < group.size(); ++i) {
             const LedgerTransaction& charge = *group[i];
+            while (earlierDays < i && group[earlierDays]->date < charge.date)
+                ++earlierDays;
             if (!filter.span.contains(charge.date))
                 continue;
+            const LocalDate oldest = charge.date.addingDays(-180);
+            while (historyStart < earlierDays && group[historyStart]->date <= oldest)
+                ++historyStart;
             const int64_t amount = magnitude(charge);
-            const LocalDate historyStart = charge.date.addingDays(-180);
-            std::vector<int64_t> prior;
-            bool anyEarlier = false;
-            for (std::size_t j = 0; j < i; ++j) {
-                const LedgerTransaction& before = *group[j];
-                if (before.date >= charge.date)
-                    continue;  // same-day charges are not history
-                anyEarlier = true;
-                if (before.date > historyStart)
-                    prior.push_back(magnitude(before));
-            }
-            const std::string name = ReportEngine::merchantIdentity(charge, ledger).name;
-            if (prior.size() >= 3) {
-                const int64_t usual = median(prior);
+            const std::size_t priorCount = earlierDays - historyStart;
+            if (priorCount >= 3) {
+                std::vector<int64_t> prior;
+                prior.reserve(priorCount);
+                for (std::size_t j = historyStart; j < earlierDays; ++j)
+                    prior.push_back(magnitude(*group[j]));
+                const int64_t usual = median(std::move(prior));
                 if (amount >= checked::mul(3, usual) && amount - usual >= 2500) {
+                    const std::string name = ReportEngine::merchantIdentity(charge, ledger).name;
                     found.push_back(
                         {.transactionID = charge.id,
                          .merchantName = name,
@@ -211,7 +214,10 @@ std::vector<UnusualCharge> unusual(const Ledger& ledger, const ReportFilter& fil
                                    "\u00D7 your usual " + Money::format(usual, "USD") + " at " +
                                    name + "."});
                 }
-            } else if (!anyEarlier && amount >= 20000) {
+            } else if (earlierDays == 0 && amount >= 20000) {
+                // Thin history is no evidence; only a merchant's very first
+                // charge stands out on its own.
+                const std::string name = ReportEngine::merchantIdentity(charge, ledger).name;
                 found.push_back({.transactionID = charge.id,
                                  .merchantName = name,
                                  .date = charge.date,

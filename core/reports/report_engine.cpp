@@ -16,51 +16,66 @@ namespace {
 
 constexpr std::string_view kGiftsReceived = "gifts received";
 
-// The id half of merchantIdentity, without the name: the name is worked out
-// once per line rather than once per transaction.
-std::string identityID(const LedgerTransaction& transaction, const Ledger& ledger) {
-    if (transaction.merchantID && ledger.merchants.contains(*transaction.merchantID))
-        return transaction.merchantID->text();
-    return "key:" + MerchantKeys::of(transaction.rawDescription);
-}
+// Who a line was paid to, without building the id text or the name: those
+// are made once per line of the report rather than once per transaction.
+struct Payee {
+    const Merchant* merchant = nullptr;
+    std::string key;  // the bank text's key when there is no merchant
+};
 
-std::string identityName(const std::string& id, const LedgerTransaction& transaction,
-                         const Ledger& ledger) {
-    if (id.starts_with("key:"))
-        return MerchantText::titleCase(std::string_view(id).substr(4));
-    return ledger.merchants.find(*transaction.merchantID)->name;
-}
-
-using MerchantTable = std::unordered_map<std::string, MerchantLine>;
-
-void addToMerchant(MerchantTable& table, const std::string& id,
-                   const LedgerTransaction& transaction, const Ledger& ledger, int64_t amount) {
-    auto [it, inserted] = table.try_emplace(id);
-    MerchantLine& line = it->second;
-    if (inserted) {
-        line.id = id;
-        line.name = identityName(id, transaction, ledger);
+Payee payeeOf(const LedgerTransaction& transaction, const Ledger& ledger) {
+    if (transaction.merchantID) {
+        if (const Merchant* merchant = ledger.merchants.find(*transaction.merchantID))
+            return {merchant, {}};
     }
-    line.amount = checked::add(line.amount, amount);
-    ++line.count;
-    line.transactionIDs.push_back(transaction.id);
+    return {nullptr, MerchantKeys::of(transaction.rawDescription)};
 }
 
-// Amount descending, then name: the order of every merchant table.
-std::vector<MerchantLine> sortedLines(MerchantTable&& table) {
-    std::vector<MerchantLine> lines;
-    lines.reserve(table.size());
-    for (auto& [id, line] : table)
-        lines.push_back(std::move(line));
-    std::sort(lines.begin(), lines.end(), [](const MerchantLine& a, const MerchantLine& b) {
-        if (a.amount != b.amount)
-            return a.amount > b.amount;
-        if (a.name != b.name)
-            return a.name < b.name;
-        return a.id < b.id;
-    });
-    return lines;
-}
+// Filed merchants by id, unfiled texts by key.
+struct MerchantTable {
+    std::unordered_map<Uuid, MerchantLine> filed;
+    std::unordered_map<std::string, MerchantLine> unfiled;
+
+    void add(const Payee& payee, const LedgerTransaction& transaction, int64_t amount) {
+        MerchantLine* line;
+        if (payee.merchant) {
+            auto [it, inserted] = filed.try_emplace(payee.merchant->id);
+            line = &it->second;
+            if (inserted) {
+                line->id = payee.merchant->id.text();
+                line->name = payee.merchant->name;
+            }
+        } else {
+            auto [it, inserted] = unfiled.try_emplace(payee.key);
+            line = &it->second;
+            if (inserted) {
+                line->id = "key:" + payee.key;
+                line->name = MerchantText::titleCase(payee.key);
+            }
+        }
+        line->amount = checked::add(line->amount, amount);
+        ++line->count;
+        line->transactionIDs.push_back(transaction.id);
+    }
+
+    // Amount descending, then name: the order of every merchant table.
+    [[nodiscard]] std::vector<MerchantLine> sorted() && {
+        std::vector<MerchantLine> lines;
+        lines.reserve(filed.size() + unfiled.size());
+        for (auto& [id, line] : filed)
+            lines.push_back(std::move(line));
+        for (auto& [key, line] : unfiled)
+            lines.push_back(std::move(line));
+        std::sort(lines.begin(), lines.end(), [](const MerchantLine& a, const MerchantLine& b) {
+            if (a.amount != b.amount)
+                return a.amount > b.amount;
+            if (a.name != b.name)
+                return a.name < b.name;
+            return a.id < b.id;
+        });
+        return lines;
+    }
+};
 
 struct CategoryAccumulator {
     int64_t amount = 0;
@@ -70,18 +85,27 @@ struct CategoryAccumulator {
     MerchantTable merchants;
 };
 
-std::string categoryKey(const std::optional<Uuid>& categoryID, const Ledger& ledger) {
-    if (categoryID && ledger.category(categoryID))
-        return categoryID->text();
-    return std::string(CategoryLine::kUncategorizedID);
+// The first eight bytes of an id as a number, so that most ties on a date
+// are broken without reading the whole id.
+uint64_t idPrefix(const Uuid& id) {
+    uint64_t prefix = 0;
+    for (int i = 0; i < 8; ++i)
+        prefix = (prefix << 8) | id.bytes()[static_cast<std::size_t>(i)];
+    return prefix;
 }
 
 }  // namespace
 
 MerchantIdentity merchantIdentity(const LedgerTransaction& transaction, const Ledger& ledger) {
-    std::string id = identityID(transaction, ledger);
-    std::string name = identityName(id, transaction, ledger);
-    return {std::move(id), std::move(name)};
+    Payee payee = payeeOf(transaction, ledger);
+    if (payee.merchant)
+        return {payee.merchant->id.text(), payee.merchant->name};
+    return {"key:" + payee.key, MerchantText::titleCase(payee.key)};
+}
+
+std::string merchantIdentityID(const LedgerTransaction& transaction, const Ledger& ledger) {
+    Payee payee = payeeOf(transaction, ledger);
+    return payee.merchant ? payee.merchant->id.text() : "key:" + payee.key;
 }
 
 Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) {
@@ -108,10 +132,22 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
             accounts.push_back(&account);
     }
 
-    std::sort(inSpan.begin(), inSpan.end(), [](const auto* a, const auto* b) {
-        if (a->date != b->date)
-            return a->date < b->date;
-        return a->id < b->id;
+    // Sorted on a compact key, so that most comparisons don't leave the array.
+    struct Ordered {
+        int64_t day;
+        uint64_t idPrefix;
+        const LedgerTransaction* transaction;
+    };
+    std::vector<Ordered> ordered;
+    ordered.reserve(inSpan.size());
+    for (const LedgerTransaction* transaction : inSpan)
+        ordered.push_back({transaction->date.dayNumber(), idPrefix(transaction->id), transaction});
+    std::sort(ordered.begin(), ordered.end(), [](const Ordered& a, const Ordered& b) {
+        if (a.day != b.day)
+            return a.day < b.day;
+        if (a.idPrefix != b.idPrefix)
+            return a.idPrefix < b.idPrefix;
+        return a.transaction->id < b.transaction->id;
     });
 
     const std::vector<std::string> monthKeys = filter.span.monthKeys();
@@ -124,11 +160,24 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
             .months[static_cast<std::size_t>(int64_t{date.year} * 12 + date.month - firstMonth)];
     };
 
-    std::unordered_map<std::string, CategoryAccumulator> categories;
+    std::unordered_map<Uuid, const LedgerCategory*> categoryIndex;
+    for (const auto& category : ledger.categories)
+        categoryIndex.try_emplace(category.id, &category);
+    const auto categoryOf = [&](const std::optional<Uuid>& id) -> const LedgerCategory* {
+        if (!id)
+            return nullptr;
+        const auto it = categoryIndex.find(*id);
+        return it == categoryIndex.end() ? nullptr : it->second;
+    };
+
+    // Keyed by the category, or by nullptr for "uncategorized".
+    std::unordered_map<const LedgerCategory*, CategoryAccumulator> categories;
     MerchantTable incomeSources;
     MerchantTable spendingMerchants;
+    std::vector<std::pair<const LedgerCategory*, int64_t>> pieces;
 
-    for (const LedgerTransaction* transaction : inSpan) {
+    for (const Ordered& entry : ordered) {
+        const LedgerTransaction* transaction = entry.transaction;
         const int64_t amount = transaction->amount;
         if (transaction->status == TransactionStatus::pending) {
             ++report.pendingCount;
@@ -160,11 +209,10 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                 report.income = checked::add(report.income, amount);
                 MonthLine& month = monthOf(transaction->date);
                 month.income = checked::add(month.income, amount);
-                const LedgerCategory* category = ledger.category(transaction->categoryID);
+                const LedgerCategory* category = categoryOf(transaction->categoryID);
                 if (category && text::lowercased(category->name) == kGiftsReceived)
                     report.giftsReceived = checked::add(report.giftsReceived, amount);
-                addToMerchant(incomeSources, identityID(*transaction, ledger), *transaction, ledger,
-                              amount);
+                incomeSources.add(payeeOf(*transaction, ledger), *transaction, amount);
                 break;
             }
             case TransactionKind::expense: {
@@ -176,52 +224,51 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                 if (amount >= 1)
                     report.refunds = checked::add(report.refunds, amount);
 
-                // A split's parts carry the money out as negative amounts, so each
-                // part takes its own amount off its category's piece of the spend.
-                std::vector<std::pair<std::string, int64_t>> pieces;
+                // A split's parts carry the money out as negative amounts, so
+                // each part takes its own amount off its category's piece.
+                pieces.clear();
                 if (!transaction->splits || transaction->splits->empty()) {
-                    pieces.emplace_back(categoryKey(transaction->categoryID, ledger), spend);
+                    pieces.emplace_back(categoryOf(transaction->categoryID), spend);
                 } else {
                     for (const auto& split : *transaction->splits) {
-                        auto key = categoryKey(split.categoryID, ledger);
-                        auto it =
-                            std::find_if(pieces.begin(), pieces.end(),
-                                         [&](const auto& piece) { return piece.first == key; });
+                        const LedgerCategory* category = categoryOf(split.categoryID);
+                        auto it = std::find_if(pieces.begin(), pieces.end(),
+                                               [&](const auto& p) { return p.first == category; });
                         if (it == pieces.end())
-                            pieces.emplace_back(std::move(key), checked::neg(split.amount));
+                            pieces.emplace_back(category, checked::neg(split.amount));
                         else
                             it->second = checked::sub(it->second, split.amount);
                     }
                 }
-                const std::string merchantID = identityID(*transaction, ledger);
-                for (const auto& [key, piece] : pieces) {
-                    CategoryAccumulator& category = categories[key];
-                    category.amount = checked::add(category.amount, piece);
+                const Payee payee = payeeOf(*transaction, ledger);
+                for (const auto& [category, piece] : pieces) {
+                    CategoryAccumulator& line = categories[category];
+                    line.amount = checked::add(line.amount, piece);
                     if (piece < 0)
-                        category.refunds = checked::sub(category.refunds, piece);
-                    ++category.count;
-                    category.transactionIDs.push_back(transaction->id);
-                    addToMerchant(category.merchants, merchantID, *transaction, ledger, piece);
+                        line.refunds = checked::sub(line.refunds, piece);
+                    ++line.count;
+                    line.transactionIDs.push_back(transaction->id);
+                    line.merchants.add(payee, *transaction, piece);
                 }
-                addToMerchant(spendingMerchants, merchantID, *transaction, ledger, spend);
+                spendingMerchants.add(payee, *transaction, spend);
                 break;
             }
         }
     }
 
-    for (auto& [key, accumulator] : categories) {
-        CategoryLine line{.id = key,
-                          .amount = accumulator.amount,
+    for (auto& [category, accumulator] : categories) {
+        CategoryLine line{.amount = accumulator.amount,
                           .refunds = accumulator.refunds,
                           .count = accumulator.count,
-                          .merchants = sortedLines(std::move(accumulator.merchants)),
+                          .merchants = std::move(accumulator.merchants).sorted(),
                           .transactionIDs = std::move(accumulator.transactionIDs)};
-        const auto id = Uuid::parse(key);
-        if (const LedgerCategory* category = id ? ledger.category(*id) : nullptr) {
+        if (category) {
+            line.id = category->id.text();
             line.categoryID = category->id;
             line.name = category->name;
             line.colorIndex = category->colorIndex;
         } else {
+            line.id = std::string(CategoryLine::kUncategorizedID);
             line.name = "Uncategorized";
             line.colorIndex = -1;
         }
@@ -263,8 +310,8 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
     }
 
     report.scopeLabel = filter.scopeLabel(ledger);
-    report.incomeSources = sortedLines(std::move(incomeSources));
-    report.topMerchants = sortedLines(std::move(spendingMerchants));
+    report.incomeSources = std::move(incomeSources).sorted();
+    report.topMerchants = std::move(spendingMerchants).sorted();
     if (report.topMerchants.size() > Report::kTopMerchantCount)
         report.topMerchants.resize(Report::kTopMerchantCount);
 
