@@ -8,6 +8,7 @@
 #include "core/model/checked.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
+#include "core/reports/account_history.h"
 #include "core/reports/report_engine.h"
 
 namespace copperwick::ReportEngine {
@@ -49,6 +50,30 @@ std::vector<DataNote> dataNotes(const Ledger& ledger, const ReportFilter& filter
                                 const std::vector<const Account*>& accounts, LocalDate today,
                                 int64_t unknownCount, int64_t unknownIn, int64_t unknownOut,
                                 int64_t pendingCount, int64_t pendingTotal) {
+    detail::AccountHistories histories;
+    for (const Account* account : accounts) {
+        if (detail::isJudgedByItsFiles(*account))
+            histories[account->id];
+    }
+    if (!histories.empty()) {
+        for (const auto& transaction : ledger.transactions) {
+            if (!transaction.isActive())
+                continue;
+            if (auto it = histories.find(transaction.accountID); it != histories.end())
+                it->second.add(transaction.date);
+        }
+    }
+    return detail::dataNotes(ledger, filter, accounts, histories, today, unknownCount, unknownIn,
+                             unknownOut, pendingCount, pendingTotal);
+}
+
+namespace detail {
+
+std::vector<DataNote> dataNotes(const Ledger& ledger, const ReportFilter& filter,
+                                const std::vector<const Account*>& accounts,
+                                const AccountHistories& histories, LocalDate today,
+                                int64_t unknownCount, int64_t unknownIn, int64_t unknownOut,
+                                int64_t pendingCount, int64_t pendingTotal) {
     std::vector<DataNote> notes;
     if (unknownCount >= 1) {
         notes.push_back(
@@ -74,41 +99,17 @@ std::vector<DataNote> dataNotes(const Ledger& ledger, const ReportFilter& filter
 
     std::vector<const Account*> sorted;
     for (const Account* account : accounts) {
-        if (!account->rarelyUsed && account->type != AccountType::cash)
+        if (isJudgedByItsFiles(*account))
             sorted.push_back(account);
     }
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const Account* a, const Account* b) { return a->name < b->name; });
-    // Every date of each account, kept unsorted: only a late account needs
-    // them as a set, to see whether it is usually this quiet.
-    struct History {
-        std::vector<LocalDate> dates;
-        LocalDate first;
-        LocalDate last;
-    };
-    std::unordered_map<Uuid, History> histories;
-    for (const Account* account : sorted)
-        histories[account->id];
-    if (!sorted.empty()) {
-        for (const auto& transaction : ledger.transactions) {
-            if (!transaction.isActive())
-                continue;
-            auto it = histories.find(transaction.accountID);
-            if (it == histories.end())
-                continue;
-            History& history = it->second;
-            if (history.dates.empty() || transaction.date < history.first)
-                history.first = transaction.date;
-            if (history.dates.empty() || history.last < transaction.date)
-                history.last = transaction.date;
-            history.dates.push_back(transaction.date);
-        }
-    }
 
     for (const Account* account : sorted) {
-        const History& history = histories[account->id];
-        if (history.dates.empty())
+        const auto found = histories.find(account->id);
+        if (found == histories.end() || found->second.dates.empty())
             continue;
+        const AccountHistory& history = found->second;
         const LocalDate first = history.first;
         const LocalDate last = history.last;
         const std::string uuid = account->id.text();
@@ -185,5 +186,7 @@ std::vector<DataNote> dataNotes(const Ledger& ledger, const ReportFilter& filter
     }
     return notes;
 }
+
+}  // namespace detail
 
 }  // namespace copperwick::ReportEngine

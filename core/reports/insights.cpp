@@ -30,32 +30,6 @@ CadenceRule rule(Cadence cadence) {
     return {0, 0, 0, 0};
 }
 
-// Posted charges in the filter's scope, grouped by merchant identity, each
-// group in date order. Refunds are never candidates, so they can't break a
-// series.
-std::unordered_map<std::string, std::vector<const LedgerTransaction*>> candidateGroups(
-    const Ledger& ledger, const ReportFilter& filter, std::optional<LocalDate> asOf) {
-    std::unordered_map<std::string, std::vector<const LedgerTransaction*>> groups;
-    for (const auto& transaction : ledger.transactions) {
-        if (!transaction.isActive() || transaction.status != TransactionStatus::posted ||
-            transaction.kind != TransactionKind::expense || transaction.amount >= 0)
-            continue;
-        if (asOf && transaction.date > *asOf)
-            continue;
-        if (!filter.includes(transaction, ledger))
-            continue;
-        groups[ReportEngine::merchantIdentityID(transaction, ledger)].push_back(&transaction);
-    }
-    for (auto& [key, group] : groups) {
-        std::sort(group.begin(), group.end(), [](const auto* a, const auto* b) {
-            if (a->date != b->date)
-                return a->date < b->date;
-            return a->id < b->id;
-        });
-    }
-    return groups;
-}
-
 int64_t magnitude(const LedgerTransaction& transaction) {
     return checked::neg(transaction.amount);
 }
@@ -108,8 +82,45 @@ std::optional<Cadence> cadenceFor(const std::vector<int64_t>& gaps) {
 
 std::vector<RecurringCharge> recurring(const Ledger& ledger, const ReportFilter& filter,
                                        LocalDate asOf) {
+    return detail::recurring(detail::candidates(ledger, filter), ledger, asOf);
+}
+
+std::vector<UnusualCharge> unusual(const Ledger& ledger, const ReportFilter& filter) {
+    return detail::unusual(detail::candidates(ledger, filter), ledger, filter);
+}
+
+namespace detail {
+
+CandidateGroups candidates(const Ledger& ledger, const ReportFilter& filter) {
+    // Refunds are never candidates, so they can't break a series.
+    CandidateGroups groups;
+    for (const auto& transaction : ledger.transactions) {
+        if (!transaction.isActive() || transaction.status != TransactionStatus::posted ||
+            transaction.kind != TransactionKind::expense || transaction.amount >= 0)
+            continue;
+        if (!filter.includes(transaction, ledger))
+            continue;
+        groups[ReportEngine::merchantIdentityID(transaction, ledger)].push_back(&transaction);
+    }
+    for (auto& [key, group] : groups) {
+        std::sort(group.begin(), group.end(), [](const auto* a, const auto* b) {
+            if (a->date != b->date)
+                return a->date < b->date;
+            return a->id < b->id;
+        });
+    }
+    return groups;
+}
+
+std::vector<RecurringCharge> recurring(const CandidateGroups& groups, const Ledger& ledger,
+                                       LocalDate asOf) {
     std::vector<RecurringCharge> charges;
-    for (auto& [key, group] : candidateGroups(ledger, filter, asOf)) {
+    for (const auto& [key, all] : groups) {
+        // Charges after asOf haven't happened yet as far as this list knows.
+        const auto seen = std::upper_bound(
+            all.begin(), all.end(), asOf,
+            [](LocalDate date, const LedgerTransaction* t) { return date < t->date; });
+        const std::vector<const LedgerTransaction*> group(all.begin(), seen);
         if (group.size() < 3)
             continue;
         const std::size_t recentCount = std::min<std::size_t>(group.size(), 12);
@@ -177,9 +188,10 @@ std::vector<RecurringCharge> recurring(const Ledger& ledger, const ReportFilter&
     return charges;
 }
 
-std::vector<UnusualCharge> unusual(const Ledger& ledger, const ReportFilter& filter) {
+std::vector<UnusualCharge> unusual(const CandidateGroups& groups, const Ledger& ledger,
+                                   const ReportFilter& filter) {
     std::vector<UnusualCharge> found;
-    for (const auto& [key, group] : candidateGroups(ledger, filter, std::nullopt)) {
+    for (const auto& [key, group] : groups) {
         // The group is in date order, so a charge's history is one run of it:
         // from the first charge inside the 180 days to the last one of an
         // earlier day.
@@ -234,6 +246,8 @@ std::vector<UnusualCharge> unusual(const Ledger& ledger, const ReportFilter& fil
     });
     return found;
 }
+
+}  // namespace detail
 
 }  // namespace Insights
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "core/model/enum_text.h"
@@ -84,6 +85,19 @@ namespace Insights {
 
 // The middle value, or the truncated mean of the two middle ones; 0 when empty.
 [[nodiscard]] int64_t median(std::vector<int64_t> values);
+
+namespace detail {
+
+// Posted charges in the filter's scope, grouped by merchant identity, each
+// group in date order. Computed once when one caller wants both lists.
+using CandidateGroups = std::unordered_map<std::string, std::vector<const LedgerTransaction*>>;
+[[nodiscard]] CandidateGroups candidates(const Ledger& ledger, const ReportFilter& filter);
+[[nodiscard]] std::vector<RecurringCharge> recurring(const CandidateGroups& groups,
+                                                     const Ledger& ledger, LocalDate asOf);
+[[nodiscard]] std::vector<UnusualCharge> unusual(const CandidateGroups& groups,
+                                                 const Ledger& ledger, const ReportFilter& filter);
+
+}  // namespace detail
 
 }  // namespace Insights
 

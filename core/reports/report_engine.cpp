@@ -9,6 +9,7 @@
 #include "core/model/checked.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
+#include "core/reports/account_history.h"
 
 namespace copperwick::ReportEngine {
 
@@ -113,10 +114,22 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
 
     // Scope first, over all dates: a person's report names the accounts where
     // they have transactions at all, not only in this period.
+    // One walk over the ledger: the scope, the period, and the dates the data
+    // notes judge each account's files by (all of the account's lines,
+    // whoever they belong to).
+    detail::AccountHistories histories;
+    for (const auto& account : ledger.accounts) {
+        if (filter.includes(account) && detail::isJudgedByItsFiles(account))
+            histories[account.id];
+    }
     std::unordered_set<Uuid> scopedAccounts;
     std::vector<const LedgerTransaction*> inSpan;
     for (const auto& transaction : ledger.transactions) {
-        if (transaction.supersededBy || transaction.voided || !filter.includes(transaction, ledger))
+        if (transaction.supersededBy || transaction.voided)
+            continue;
+        if (auto it = histories.find(transaction.accountID); it != histories.end())
+            it->second.add(transaction.date);
+        if (!filter.includes(transaction, ledger))
             continue;
         scopedAccounts.insert(transaction.accountID);
         if (filter.span.start <= transaction.date && transaction.date <= filter.span.end)
@@ -283,8 +296,9 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                   return a.id < b.id;
               });
 
-    report.notes = dataNotes(ledger, filter, accounts, today, report.unknownCount, report.unknownIn,
-                             report.unknownOut, report.pendingCount, report.pendingTotal);
+    report.notes = detail::dataNotes(ledger, filter, accounts, histories, today,
+                                     report.unknownCount, report.unknownIn, report.unknownOut,
+                                     report.pendingCount, report.pendingTotal);
     if (!report.aiFiledIDs.empty()) {
         int64_t total = 0;
         for (const auto& id : report.aiFiledIDs) {
