@@ -122,9 +122,26 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
         if (filter.includes(account) && detail::isJudgedByItsFiles(account))
             histories[account.id];
     }
+    // The records lie scattered on the heap and each is read once, so the
+    // walk is bound by memory latency: take the addresses first (the table
+    // alone), then read ahead a few records while working on the current one.
+    std::vector<const LedgerTransaction*> all;
+    all.reserve(ledger.transactions.size());
+    for (const auto& transaction : ledger.transactions)
+        all.push_back(&transaction);
+    constexpr std::size_t kReadAhead = 12;
     std::unordered_set<Uuid> scopedAccounts;
     std::vector<const LedgerTransaction*> inSpan;
-    for (const auto& transaction : ledger.transactions) {
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (i + kReadAhead < all.size()) {
+            const LedgerTransaction* next = all[i + kReadAhead];
+            __builtin_prefetch(&next->accountID);
+            __builtin_prefetch(&next->status);
+            __builtin_prefetch(&next->kind);
+            __builtin_prefetch(&next->supersededBy);
+            __builtin_prefetch(&next->voided);
+        }
+        const LedgerTransaction& transaction = *all[i];
         if (transaction.supersededBy || transaction.voided)
             continue;
         if (auto it = histories.find(transaction.accountID); it != histories.end())
@@ -189,8 +206,15 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
     MerchantTable spendingMerchants;
     std::vector<std::pair<const LedgerCategory*, int64_t>> pieces;
 
-    for (const Ordered& entry : ordered) {
-        const LedgerTransaction* transaction = entry.transaction;
+    for (std::size_t i = 0; i < ordered.size(); ++i) {
+        if (i + kReadAhead < ordered.size()) {
+            const LedgerTransaction* next = ordered[i + kReadAhead].transaction;
+            __builtin_prefetch(&next->amount);
+            __builtin_prefetch(&next->rawDescription);
+            __builtin_prefetch(&next->categoryID);
+            __builtin_prefetch(&next->splits);
+        }
+        const LedgerTransaction* transaction = ordered[i].transaction;
         const int64_t amount = transaction->amount;
         if (transaction->status == TransactionStatus::pending) {
             ++report.pendingCount;
