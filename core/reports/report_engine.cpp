@@ -1,6 +1,7 @@
 #include "core/reports/report_engine.h"
 
 #include <algorithm>
+#include <cstring>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -86,6 +87,22 @@ struct CategoryAccumulator {
     MerchantTable merchants;
 };
 
+constexpr std::size_t kReadAhead = 12;
+
+// An id as two machine words, for cheap equality.
+using IDWords = std::pair<uint64_t, uint64_t>;
+IDWords idWords(const Uuid& id) {
+    IDWords words;
+    std::memcpy(&words.first, id.bytes().data(), 8);
+    std::memcpy(&words.second, id.bytes().data() + 8, 8);
+    return words;
+}
+
+// Orders like the date itself, without working out a day number.
+int64_t dateKey(LocalDate date) {
+    return (int64_t{date.year} * 16 + date.month) * 32 + date.day;
+}
+
 // The first eight bytes of an id as a number, so that most ties on a date
 // are broken without reading the whole id.
 uint64_t idPrefix(const Uuid& id) {
@@ -112,16 +129,34 @@ std::string merchantIdentityID(const LedgerTransaction& transaction, const Ledge
 Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) {
     Report report(filter);
 
-    // Scope first, over all dates: a person's report names the accounts where
-    // they have transactions at all, not only in this period.
-    // One walk over the ledger: the scope, the period, and the dates the data
-    // notes judge each account's files by (all of the account's lines,
-    // whoever they belong to).
+    // One walk over the ledger: the scope over all dates (a person's report
+    // names the accounts where they have transactions at all, not only in
+    // this period), the period, and the dates the data notes judge each
+    // account's files by (all of the account's lines, whoever they belong to).
     detail::AccountHistories histories;
     for (const auto& account : ledger.accounts) {
         if (filter.includes(account) && detail::isJudgedByItsFiles(account))
             histories[account.id];
     }
+    // A household has a handful of accounts: a short array compared as two
+    // words beats a hash lookup for every transaction.
+    struct AccountSlot {
+        IDWords id;
+        const Account* account;
+        bool included;
+        bool scoped = false;
+        detail::AccountHistory* history = nullptr;
+    };
+    std::vector<AccountSlot> slots;
+    for (const auto& account : ledger.accounts) {
+        if (std::any_of(slots.begin(), slots.end(),
+                        [&](const AccountSlot& slot) { return slot.account->id == account.id; }))
+            continue;  // the first of a duplicated id is the one Ledger::account finds
+        auto history = histories.find(account.id);
+        slots.push_back({idWords(account.id), &account, filter.includes(account), false,
+                         history == histories.end() ? nullptr : &history->second});
+    }
+
     // The records lie scattered on the heap and each is read once, so the
     // walk is bound by memory latency: take the addresses first (the table
     // alone), then read ahead a few records while working on the current one.
@@ -129,8 +164,6 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
     all.reserve(ledger.transactions.size());
     for (const auto& transaction : ledger.transactions)
         all.push_back(&transaction);
-    constexpr std::size_t kReadAhead = 12;
-    std::unordered_set<Uuid> scopedAccounts;
     std::vector<const LedgerTransaction*> inSpan;
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (i + kReadAhead < all.size()) {
@@ -144,11 +177,18 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
         const LedgerTransaction& transaction = *all[i];
         if (transaction.supersededBy || transaction.voided)
             continue;
-        if (auto it = histories.find(transaction.accountID); it != histories.end())
-            it->second.add(transaction.date);
-        if (!filter.includes(transaction, ledger))
+        const IDWords accountID = idWords(transaction.accountID);
+        auto slot = std::find_if(slots.begin(), slots.end(),
+                                 [&](const AccountSlot& s) { return s.id == accountID; });
+        if (slot == slots.end())
+            continue;  // its account is gone: in no report
+        if (slot->history)
+            slot->history->add(transaction.date);
+        if (!slot->included)
             continue;
-        scopedAccounts.insert(transaction.accountID);
+        if (!filter.wholeHousehold && !filter.includes(transaction, ledger))
+            continue;
+        slot->scoped = true;
         if (filter.span.start <= transaction.date && transaction.date <= filter.span.end)
             inSpan.push_back(&transaction);
     }
@@ -158,7 +198,10 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
             continue;
         if (!filter.accountIDs.empty() && !filter.accountIDs.contains(account.id))
             continue;
-        if (filter.wholeHousehold || scopedAccounts.contains(account.id))
+        const auto slot = std::find_if(slots.begin(), slots.end(), [&](const AccountSlot& s) {
+            return s.account->id == account.id;
+        });
+        if (filter.wholeHousehold || slot->scoped)
             accounts.push_back(&account);
     }
 
@@ -171,7 +214,7 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
     std::vector<Ordered> ordered;
     ordered.reserve(inSpan.size());
     for (const LedgerTransaction* transaction : inSpan)
-        ordered.push_back({transaction->date.dayNumber(), idPrefix(transaction->id), transaction});
+        ordered.push_back({dateKey(transaction->date), idPrefix(transaction->id), transaction});
     std::sort(ordered.begin(), ordered.end(), [](const Ordered& a, const Ordered& b) {
         if (a.day != b.day)
             return a.day < b.day;
