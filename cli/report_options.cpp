@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
+#include "core/model/text.h"
 #include "core/reports/period_choice.h"
 
 namespace copperwick::cli {
@@ -89,8 +90,9 @@ std::optional<ReportFilter> reportFilter(const ReportOptions& options, const Led
             return usage("--people-mode is assigned or cards.");
         mode = *named;
     }
-    const std::string currency =
-        options.currency.empty() ? ledger.settings->reportCurrency : options.currency;
+    const std::string currency = options.currency.empty()
+                                     ? ledger.settings->reportCurrency
+                                     : text::uppercased(text::trimmed(options.currency));
     return ReportFilter(span, std::move(personIDs), {}, currency, std::nullopt,
                         options.includeShared, options.includeUnassigned, mode);
 }
