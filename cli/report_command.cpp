@@ -41,7 +41,31 @@ void row(std::ostream& out, std::string_view label, const std::string& figure,
     out << '\n';
 }
 
-void printOverview(std::ostream& out, const ReportBundle& bundle) {
+// For a scope short of the whole household: how its spending compares with
+// everyone's, over the same days.
+void printHouseholdContext(std::ostream& out, const Ledger& ledger, const Report& report,
+                           LocalDate today) {
+    const ReportFilter everyone(report.filter.span, {}, {}, report.filter.currency, std::nullopt,
+                                false, false, PeopleMode::assigned);
+    const Report household = ReportEngine::build(ledger, everyone, today);
+    out << "\nHousehold context\n  ";
+    if (const auto share = Money::shareTenths(report.spending, household.spending))
+        out << Money::percentText(*share) << " of household spending\n";
+    else
+        out << "No household spending in this period\n";
+    out << "  " << report.scopeLabel << ": " << money(report.spending)
+        << " \u00B7 Whole household: " << money(household.spending) << '\n';
+    int64_t budgeted = 0;
+    for (const auto& line : BudgetReport::lines(ledger, household))
+        budgeted = checked::add(budgeted, line.budgeted);
+    if (budgeted >= 1 && BudgetReport::coversWholeMonths(report.filter.span))
+        out << "  Family category budgets: " << money(budgeted)
+            << "\n  Whole household spending includes all people, shared, and unassigned "
+               "transactions.\n";
+}
+
+void printOverview(std::ostream& out, const Ledger& ledger, const ReportBundle& bundle,
+                   LocalDate today) {
     const Report& report = bundle.report();
     const Report& previous = bundle.comparison.previous;
     const std::string& currency = report.filter.currency;
@@ -72,6 +96,8 @@ void printOverview(std::ostream& out, const ReportBundle& bundle) {
             << money(goal->saved, goal->currency) << " of " << money(goal->target, goal->currency)
             << "\n  " << SavingsGoal::kCaption << '\n';
     }
+    if (!report.filter.wholeHousehold)
+        printHouseholdContext(out, ledger, report, today);
     if (report.transferCount > 0) {
         out << "\nMoney moved within the household\n";
         row(out, "Transfers", money(report.transferVolume, currency),
@@ -249,7 +275,7 @@ void runReport(CommandContext& context, const ReportCommandOptions& options) {
         return options.tab.empty() || options.tab == tab;
     };
     if (shows("overview")) {
-        printOverview(out, bundle);
+        printOverview(out, ledger, bundle, today);
         out << '\n';
     }
     if (shows("categories")) {

@@ -87,6 +87,30 @@ TEST_F(ReportCommandsTest, TextAndJSONTellTheSameFigures) {
     EXPECT_FALSE(contains(result.out, "Overview")) << result.out;
 }
 
+TEST_F(ReportCommandsTest, APersonsReportStandsInTheHouseholdsContext) {
+    {
+        LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder.path()});
+        runtime.apply([](Ledger& ledger) {
+            LedgerDelta delta;
+            const Person dana{Uuid::random(), "Dana", {}, std::nullopt};
+            ledger.people.push_back(dana);
+            delta.change(RecordKind::person, dana.id);
+            return delta;
+        });
+    }
+    const auto result = run({"report", "--from", "2026-03-01", "--to", "2026-03-31", "--people",
+                             "dana", "--include-shared", "--tab", "overview"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    // The joint account has no users, so all of it is the household's shared spending.
+    EXPECT_TRUE(contains(result.out, "100.0% of household spending")) << result.out;
+    EXPECT_TRUE(contains(result.out,
+                         "Dana + Shared household: $1,235.50 \u00B7 Whole household: "
+                         "$1,235.50"))
+        << result.out;
+    EXPECT_TRUE(contains(result.out, "Shared household spending is included in this selection."))
+        << result.out;
+}
+
 TEST_F(ReportCommandsTest, BadReportOptionsAreUsageErrors) {
     EXPECT_EQ(run({"report", "--period", "fortnight"}).code, 2);
     EXPECT_EQ(run({"report", "--tab", "pie"}).code, 2);
