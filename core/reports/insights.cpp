@@ -227,10 +227,18 @@ std::vector<UnusualCharge> unusual(const CandidateGroups& groups, const Ledger& 
             const int64_t amount = magnitude(charge);
             const std::size_t priorCount = earlierDays - historyStart;
             if (priorCount >= 3) {
+                // The usual amount is at least the smallest prior one, so a
+                // charge that can't stand out against that one can't stand out
+                // against the median either; most charges end here.
+                if (amount < 2501)
+                    continue;
                 std::vector<int64_t> prior;
                 prior.reserve(priorCount);
                 for (std::size_t j = historyStart; j < earlierDays; ++j)
                     prior.push_back(magnitude(*group[j]));
+                const int64_t smallest = *std::min_element(prior.begin(), prior.end());
+                if (amount < checked::mul(3, smallest) || amount - smallest < 2500)
+                    continue;
                 const int64_t usual = median(std::move(prior));
                 if (amount >= checked::mul(3, usual) && amount - usual >= 2500) {
                     const std::string name = ReportEngine::merchantIdentity(charge, ledger).name;
