@@ -215,31 +215,32 @@ std::vector<UnusualCharge> unusual(const CandidateGroups& groups, const Ledger& 
         // earlier day.
         std::size_t historyStart = 0;
         std::size_t earlierDays = 0;
+        // The magnitudes of group[historyStart, earlierDays), kept sorted as
+        // the window slides, so that each charge's median costs no sort.
+        std::vector<int64_t> window;
+        const auto slide = [&](std::size_t& edge, bool entering) {
+            const int64_t value = magnitude(*group[edge++]);
+            const auto at = std::lower_bound(window.begin(), window.end(), value);
+            if (entering)
+                window.insert(at, value);
+            else
+                window.erase(at);
+        };
         for (std::size_t i = 0; i < group.size(); ++i) {
             const LedgerTransaction& charge = *group[i];
             while (earlierDays < i && group[earlierDays]->date < charge.date)
-                ++earlierDays;
+                slide(earlierDays, true);
             if (!filter.span.contains(charge.date))
                 continue;
             const LocalDate oldest = charge.date.addingDays(-180);
             while (historyStart < earlierDays && group[historyStart]->date <= oldest)
-                ++historyStart;
+                slide(historyStart, false);
             const int64_t amount = magnitude(charge);
-            const std::size_t priorCount = earlierDays - historyStart;
-            if (priorCount >= 3) {
-                // The usual amount is at least the smallest prior one, so a
-                // charge that can't stand out against that one can't stand out
-                // against the median either; most charges end here.
-                if (amount < 2501)
-                    continue;
-                std::vector<int64_t> prior;
-                prior.reserve(priorCount);
-                for (std::size_t j = historyStart; j < earlierDays; ++j)
-                    prior.push_back(magnitude(*group[j]));
-                const int64_t smallest = *std::min_element(prior.begin(), prior.end());
-                if (amount < checked::mul(3, smallest) || amount - smallest < 2500)
-                    continue;
-                const int64_t usual = median(std::move(prior));
+            if (window.size() >= 3) {
+                const std::size_t middle = window.size() / 2;
+                const int64_t usual = window.size() % 2 == 1
+                                          ? window[middle]
+                                          : checked::add(window[middle - 1], window[middle]) / 2;
                 if (amount >= checked::mul(3, usual) && amount - usual >= 2500) {
                     const std::string name = ReportEngine::merchantIdentity(charge, ledger).name;
                     found.push_back(
