@@ -35,13 +35,13 @@ Payee payeeOf(const LedgerTransaction& transaction, const Ledger& ledger) {
 
 // Filed merchants by id, unfiled texts by key.
 struct MerchantTable {
-    std::unordered_map<Uuid, MerchantLine> filed;
+    std::unordered_map<const Merchant*, MerchantLine> filed;
     std::unordered_map<std::string, MerchantLine> unfiled;
 
     void add(const Payee& payee, const LedgerTransaction& transaction, int64_t amount) {
         MerchantLine* line;
         if (payee.merchant) {
-            auto [it, inserted] = filed.try_emplace(payee.merchant->id);
+            auto [it, inserted] = filed.try_emplace(payee.merchant);
             line = &it->second;
             if (inserted) {
                 line->id = payee.merchant->id.text();
@@ -64,7 +64,7 @@ struct MerchantTable {
     [[nodiscard]] std::vector<MerchantLine> sorted() && {
         std::vector<MerchantLine> lines;
         lines.reserve(filed.size() + unfiled.size());
-        for (auto& [id, line] : filed)
+        for (auto& [merchant, line] : filed)
             lines.push_back(std::move(line));
         for (auto& [key, line] : unfiled)
             lines.push_back(std::move(line));
