@@ -42,6 +42,9 @@ class CommandLine {
         addImportCommands(m_app, m_context);
         addEntryCommands(m_app, m_context);
         addMaintenanceCommands(m_app, m_context);
+        addReportCommand(m_app, m_context);
+        addBudgetCommands(m_app, m_context);
+        addNotesCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

@@ -25,5 +25,8 @@ void addImportCommands(CLI::App& app, CommandContext& context);
 void addEntryCommands(CLI::App& app, CommandContext& context);
 // Adds to `people` and `accounts`, so it comes after addHouseholdCommands.
 void addMaintenanceCommands(CLI::App& app, CommandContext& context);
+void addReportCommand(CLI::App& app, CommandContext& context);
+void addBudgetCommands(CLI::App& app, CommandContext& context);
+void addNotesCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

@@ -17,6 +17,7 @@
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "core/operations/household_assignment.h"
+#include "core/operations/report_notes.h"
 
 namespace copperwick::cli {
 
@@ -65,6 +66,38 @@ void runPeople(CommandContext& context) {
                         names += (names.empty() ? "" : ", ") + name;
                     return fmt::format("{}  {}  {}", person.name, names, person.id.text());
                 });
+}
+
+// The account answers of the report notes: imports are complete through
+// today, or the account is quiet on purpose.
+void runMarkAccount(CommandContext& context, const std::string& nameOrID, bool current) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Account* account = findAccount(runtime->ledger(), nameOrID);
+    if (!account) {
+        context.err << "There's no account called \u201C" << nameOrID << "\u201D.\n";
+        context.exitCode = kExitFailure;
+        return;
+    }
+    const Uuid id = account->id;
+    const DataNote::Acknowledgement answer =
+        current ? DataNote::Acknowledgement(DataNote::UpToDate{id, runtime->today()})
+                : DataNote::Acknowledgement(DataNote::RarelyUsed{id});
+    runtime->setErrorMessage(std::nullopt);
+    runtime->apply([&](Ledger& copy) { return acknowledge(copy, {answer}); });
+    if (reportFailedChange(*runtime, context))
+        return;
+    const Account& after = *runtime->ledger().account(id);
+    if (context.json) {
+        printJSON(context, record_json::toJSON(after));
+        return;
+    }
+    if (current)
+        context.out << after.name << " is complete through " << after.upToDateThrough->iso()
+                    << ".\n";
+    else
+        context.out << after.name << " is used only occasionally.\n";
 }
 
 struct AssignOptions {
@@ -152,6 +185,15 @@ void addHouseholdCommands(CLI::App& app, CommandContext& context) {
         if (accounts->get_subcommands().empty())
             runAccounts(context);
     });
+    for (const bool current : {true, false}) {
+        auto* mark = accounts->add_subcommand(
+            current ? "mark-current" : "mark-occasional",
+            current ? "Say the account's imports are complete through today"
+                    : "Say the account is used only now and then");
+        auto name = std::make_shared<std::string>();
+        mark->add_option("ACCOUNT", *name, "The account's name or id")->required();
+        mark->callback([&context, name, current] { runMarkAccount(context, *name, current); });
+    }
     auto* people = app.add_subcommand("people", "List the people of the household, or change one");
     people->require_subcommand(0, 1);
     people->callback([&context, people] {

@@ -61,6 +61,22 @@ void LedgerRuntime::warmMerchantKeys() {
     });
 }
 
+LocalDate LedgerRuntime::today() const {
+    return LocalDate::today(*m_ledger.settings->timeZone(), m_clock());
+}
+
+ReportBundle LedgerRuntime::buildReportBundle(const ReportFilter& filter) {
+    // The count goes back down even if the build stops with an exception.
+    struct Counting {
+        int& count;
+        explicit Counting(int& c) : count(c) { ++count; }
+        ~Counting() { --count; }
+        Counting(const Counting&) = delete;
+        Counting& operator=(const Counting&) = delete;
+    } counting(m_activeReportBuilds);
+    return ReportBundle::build(m_ledger, filter, today());
+}
+
 std::filesystem::path LedgerRuntime::dataFile() const {
     return data_folders::dataFile(m_dataFolder);
 }

@@ -25,6 +25,8 @@
 #include "core/model/instant.h"
 #include "core/model/ledger.h"
 #include "core/model/ledger_delta.h"
+#include "core/reports/report_bundle.h"
+#include "core/reports/report_filter.h"
 #include "core/store/backup_manager.h"
 #include "core/store/ledger_store.h"
 #include "runtime/app_section.h"
@@ -108,6 +110,11 @@ class LedgerRuntime {
     void restore(const BackupManager::Info& backup);
     // Turning it off erases every raw line already kept, at once and for good.
     void setKeepSourceText(bool keep);
+    // Today's date in the ledger's time zone, by the runtime's clock.
+    [[nodiscard]] LocalDate today() const;
+    // Everything the Reports section shows for the filter, as of today.
+    // activeReportBuilds counts it while it runs, so that an update waits.
+    [[nodiscard]] ReportBundle buildReportBundle(const ReportFilter& filter);
     // The raw bank line a transaction came from, when it was kept.
     [[nodiscard]] std::optional<std::string> sourceLine(const LedgerTransaction& transaction);
 

@@ -1,0 +1,325 @@
+// `copperwick report [period and people options] [--tab TAB]`: the Reports
+// screen as text, tab by tab, ending with the notes on what the numbers leave
+// out. `--json` gives the whole report bundle.
+
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "cli/commands.h"
+#include "cli/report_json.h"
+#include "cli/report_options.h"
+#include "cli/runtime_session.h"
+#include "core/model/checked.h"
+#include "core/model/date_text.h"
+#include "core/model/money.h"
+#include "core/reports/report_engine.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+constexpr std::string_view kTabs[] = {"overview", "categories", "merchants", "trends",
+                                      "income",   "budgets",    "recurring"};
+
+struct ReportCommandOptions {
+    ReportOptions filter;
+    std::string tab;
+};
+
+std::string money(int64_t cents, const std::string& currency = "USD", bool showPlus = false) {
+    return Money::format(cents, currency, false, showPlus);
+}
+
+void row(std::ostream& out, std::string_view label, const std::string& figure,
+         std::string_view caption = {}) {
+    out << fmt::format("  {:<24}{:>16}", label, figure);
+    if (!caption.empty())
+        out << "  " << caption;
+    out << '\n';
+}
+
+// For a scope short of the whole household: how its spending compares with
+// everyone's, over the same days.
+void printHouseholdContext(std::ostream& out, const Ledger& ledger, const Report& report,
+                           LocalDate today) {
+    const ReportFilter everyone(report.filter.span, {}, {}, report.filter.currency, std::nullopt,
+                                false, false, PeopleMode::assigned);
+    const Report household = ReportEngine::build(ledger, everyone, today);
+    out << "\nHousehold context\n  ";
+    if (const auto share = Money::shareTenths(report.spending, household.spending))
+        out << Money::percentText(*share) << " of household spending\n";
+    else
+        out << "No household spending in this period\n";
+    out << "  " << report.scopeLabel << ": " << money(report.spending)
+        << " \u00B7 Whole household: " << money(household.spending) << '\n';
+    int64_t budgeted = 0;
+    for (const auto& line : BudgetReport::lines(ledger, household))
+        budgeted = checked::add(budgeted, line.budgeted);
+    if (budgeted >= 1 && BudgetReport::coversWholeMonths(report.filter.span))
+        out << "  Family category budgets: " << money(budgeted)
+            << "\n  Whole household spending includes all people, shared, and unassigned "
+               "transactions.\n";
+}
+
+void printOverview(std::ostream& out, const Ledger& ledger, const ReportBundle& bundle,
+                   LocalDate today) {
+    const Report& report = bundle.report();
+    const Report& previous = bundle.comparison.previous;
+    const std::string& currency = report.filter.currency;
+    out << "Overview\n";
+    const bool empty = report.includedIDs.empty() && report.transferCount == 0 &&
+                       report.unknownCount == 0 && report.pendingCount == 0;
+    if (empty)
+        out << "  Choose another period or import a bank file.\n";
+    row(out, "Income", money(checked::sub(report.income, report.giftsReceived), currency),
+        std::to_string(report.incomeSources.size()) + " sources");
+    if (report.giftsReceived >= 1)
+        row(out, "Gifts received", money(report.giftsReceived, currency),
+            "Counted in net cash flow");
+    const auto change = Money::changeTenthsOfPercent(previous.spending, report.spending);
+    row(out, "Spending", money(report.spending, currency),
+        change ? Money::percentText(*change, true) + " vs previous period"
+               : std::string("No earlier period to compare"));
+    const auto share = Money::shareTenths(report.savings(), report.income);
+    row(out, "Net cash flow", money(report.savings(), currency),
+        share ? Money::percentText(*share) + " of income" : std::string("No income recorded"));
+    if (const auto& allowance = bundle.allowance) {
+        row(out, "Spending allowance", money(allowance->allowance), "For the selected period");
+        row(out, "Allowance left", money(allowance->left), allowance->personName);
+    }
+    if (const auto& goal = bundle.savingsGoal) {
+        out << "\n"
+            << goal->title() << (goal->isReached() ? " \u2713" : "") << "\n  "
+            << money(goal->saved, goal->currency) << " of " << money(goal->target, goal->currency)
+            << "\n  " << SavingsGoal::kCaption << '\n';
+    }
+    if (!report.filter.wholeHousehold)
+        printHouseholdContext(out, ledger, report, today);
+    if (report.transferCount > 0) {
+        out << "\nMoney moved within the household\n";
+        row(out, "Transfers", money(report.transferVolume, currency),
+            std::to_string(report.transferCount) + " transactions");
+        out << "  Not counted as income or spending. Shown so these numbers line up with what "
+               "happened in the accounts.\n";
+    }
+}
+
+void printCategories(std::ostream& out, const ReportBundle& bundle) {
+    const Report& report = bundle.report();
+    const std::string& currency = report.filter.currency;
+    out << "Spending by category\n";
+    out << "  Compared with " << bundle.comparison.previous.filter.span.label() << '\n';
+    if (bundle.comparison.categoryChanges.empty()) {
+        out << "  No spending in this period.\n";
+        return;
+    }
+    out << fmt::format("  {:<24}{:>16}{:>16}  {}\n", "Category", "This period", "Before", "Change");
+    for (const auto& line : bundle.comparison.categoryChanges) {
+        const auto tenths = line.changeTenths();
+        out << fmt::format("  {:<24}{:>16}{:>16}  {}{}\n", line.name, money(line.current, currency),
+                           money(line.previous, currency), money(line.change(), currency, true),
+                           tenths ? " (" + Money::percentText(*tenths, true) + ")" : "");
+    }
+}
+
+void printMerchants(std::ostream& out, const Report& report) {
+    out << "Where the money went\n"
+           "  Top 15 merchants by spending, after refunds. Payment services such as PayPal are "
+           "shown as the business behind them when the bank text says.\n";
+    if (report.topMerchants.empty()) {
+        out << "  No spending in this period.\n";
+        return;
+    }
+    for (const auto& line : report.topMerchants)
+        row(out, line.name, money(line.amount, report.filter.currency),
+            std::to_string(line.count) + (line.count == 1 ? " transaction" : " transactions"));
+}
+
+void printTrends(std::ostream& out, const Ledger& ledger, const Report& report, LocalDate today) {
+    // Always the twelve months up to the period's last month, whatever its length.
+    const LocalDate lastMonth = report.filter.span.end.firstOfMonth();
+    const DateSpan twelve(lastMonth.addingMonths(-11), report.filter.span.end.lastOfMonth());
+    const Report trend = ReportEngine::build(ledger, report.filter.withSpan(twelve), today);
+    const std::string& currency = report.filter.currency;
+    out << "Twelve months to " << DateText::monthLabel(lastMonth.monthKey()) << "\nBy month\n";
+    out << fmt::format("  {:<10}{:>16}{:>16}{:>16}\n", "Month", "Income", "Spending", "Saved");
+    int64_t total = 0;
+    for (const auto& month : trend.months) {
+        total = checked::add(total, month.spending);
+        out << fmt::format("  {:<10}{:>16}{:>16}{:>16}\n", DateText::monthLabel(month.monthKey),
+                           money(month.income, currency), money(month.spending, currency),
+                           money(month.net(), currency));
+    }
+    const auto months = static_cast<int64_t>(trend.months.size());
+    out << "  Average monthly spending over these 12 months: "
+        << money(detail::roundedQuotient(total, months), currency)
+        << ". Months before your first import show as zero.\n";
+}
+
+void printIncome(std::ostream& out, const Report& report) {
+    out << "Income sources\n";
+    if (report.incomeSources.empty()) {
+        out << "  No income in this period. Paychecks are recognized automatically; other "
+               "deposits wait in Review until you say what they are.\n";
+        return;
+    }
+    for (const auto& line : report.incomeSources)
+        row(out, line.name, money(line.amount, report.filter.currency));
+    row(out, "Total income", money(report.income, report.filter.currency));
+}
+
+void printBudgets(std::ostream& out, const ReportBundle& bundle) {
+    if (!bundle.filter.wholeHousehold) {
+        out << "Household category budgets\n  Choose Whole household to compare family category "
+               "budgets with the family's spending. Personal allowances appear in the Overview "
+               "for each person.\n";
+        return;
+    }
+    out << "Budget vs actual\n";
+    if (const auto note = BudgetReport::periodNote(bundle.filter.span))
+        out << "  " << *note << '\n';
+    if (bundle.budgets.empty()) {
+        out << "  No budgets yet. Set monthly amounts below.\n";
+        return;
+    }
+    for (const auto& line : bundle.budgets)
+        out << fmt::format("  {:<24}{}\n", line.name, line.summary());
+}
+
+void printRecurring(std::ostream& out, const ReportBundle& bundle) {
+    out << "Recurring charges\n";
+    if (bundle.recurring.empty()) {
+        out << "  None found yet. A charge counts as recurring after at least three similar "
+               "charges on a regular schedule.\n";
+    } else {
+        int64_t yearly = 0;
+        int64_t active = 0;
+        for (const auto& charge : bundle.recurring) {
+            if (!charge.isActive)
+                continue;
+            yearly = checked::add(yearly, charge.yearlyCost());
+            ++active;
+        }
+        out << "  About " << money(detail::roundedQuotient(yearly, 12)) << " a month across "
+            << active << '\n';
+        for (const auto& charge : bundle.recurring) {
+            std::string caption = std::string(label(charge.cadence));
+            if (charge.isActive)
+                caption += ", next " + DateText::medium(charge.nextExpected);
+            else
+                caption += ", Stopped " + DateText::medium(charge.lastDate);
+            if (charge.priceChanged())
+                caption += ", was " + money(charge.previousAmount);
+            row(out, charge.merchantName, money(charge.typicalAmount), caption);
+        }
+        out << "  Found by arithmetic on your transactions (no AI): regular gaps between charges "
+               "and steady amounts.\n";
+    }
+    out << "\nUnusual this period\n";
+    if (bundle.unusual.empty()) {
+        out << "  Nothing stands out: no charge was at least three times its merchant's usual "
+               "amount, and no first-time charge was over $200.\n";
+        return;
+    }
+    for (const auto& charge : bundle.unusual)
+        out << "  " << DateText::medium(charge.date) << "  " << charge.merchantName << "  "
+            << money(charge.amount) << "  " << charge.reason << '\n';
+}
+
+void printNotes(std::ostream& out, const Report& report) {
+    out << "About these numbers\n";
+    if (report.notes.empty()) {
+        out << "  Nothing to add: every account is imported through this period.\n";
+        return;
+    }
+    for (const auto& note : report.notes) {
+        out << "  " << (note.severity == DataNote::Severity::warning ? "! " : "\u00B7 ")
+            << note.text;
+        if (note.acknowledgement)
+            out << "  [" << note.id << "]";
+        out << '\n';
+    }
+}
+
+void runReport(CommandContext& context, const ReportCommandOptions& options) {
+    if (!options.tab.empty() &&
+        std::find(std::begin(kTabs), std::end(kTabs), options.tab) == std::end(kTabs)) {
+        context.err << "\u201C" << options.tab
+                    << "\u201D isn't a tab. Use overview, categories, merchants, trends, "
+                       "income, budgets or recurring.\n";
+        context.exitCode = kExitUsage;
+        return;
+    }
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    const LocalDate today = runtime->today();
+    const auto filter = reportFilter(options.filter, ledger, today, context);
+    if (!filter)
+        return;
+    const ReportBundle bundle = runtime->buildReportBundle(*filter);
+    reportNotes(*runtime, context);
+    if (context.json) {
+        printJSON(context, report_json::toJSON(bundle));
+        return;
+    }
+    const Report& report = bundle.report();
+    std::ostream& out = context.out;
+    out << report.filter.span.label() << " \u00B7 " << report.scopeLabel << " \u00B7 "
+        << report.filter.currency << "\n\n";
+    const auto shows = [&](std::string_view tab) {
+        return options.tab.empty() || options.tab == tab;
+    };
+    if (shows("overview")) {
+        printOverview(out, ledger, bundle, today);
+        out << '\n';
+    }
+    if (shows("categories")) {
+        printCategories(out, bundle);
+        out << '\n';
+    }
+    if (shows("merchants")) {
+        printMerchants(out, report);
+        out << '\n';
+    }
+    if (shows("trends")) {
+        printTrends(out, ledger, report, today);
+        out << '\n';
+    }
+    if (shows("income")) {
+        printIncome(out, report);
+        out << '\n';
+    }
+    if (shows("budgets")) {
+        printBudgets(out, bundle);
+        out << '\n';
+    }
+    if (shows("recurring")) {
+        printRecurring(out, bundle);
+        out << '\n';
+    }
+    printNotes(out, report);
+}
+
+}  // namespace
+
+void addReportCommand(CLI::App& app, CommandContext& context) {
+    auto* command = app.add_subcommand(
+        "report",
+        "Income, spending, categories, merchants, budgets and recurring charges for a "
+        "period");
+    auto options = std::make_shared<ReportCommandOptions>();
+    addReportOptions(*command, options->filter);
+    command
+        ->add_option("--tab", options->tab,
+                     "Only one part: overview, categories, merchants, trends, income, budgets or "
+                     "recurring")
+        ->type_name("TAB");
+    command->callback([&context, options] { runReport(context, *options); });
+}
+
+}  // namespace copperwick::cli

@@ -1,0 +1,27 @@
+#pragma once
+
+// The person's answers to report notes: stored on the account ("up to date
+// through", "history starts on", "rarely used") or as a dismissed note key in
+// the settings. Not undoable; showAllReportNotes takes every answer back.
+
+#include <cstdint>
+#include <vector>
+
+#include "core/model/ledger.h"
+#include "core/model/ledger_delta.h"
+#include "core/reports/data_note.h"
+
+namespace copperwick {
+
+// Stores each answer in order. An up-to-date date never moves back; an
+// account that isn't found is passed over.
+[[nodiscard]] LedgerDelta acknowledge(Ledger& ledger,
+                                      const std::vector<DataNote::Acknowledgement>& answers);
+
+// Clears every answer, so that the notes can come back.
+[[nodiscard]] LedgerDelta showAllReportNotes(Ledger& ledger);
+
+// Accounts with any answer stored, plus dismissed keys.
+[[nodiscard]] int64_t acknowledgedNoteCount(const Ledger& ledger);
+
+}  // namespace copperwick

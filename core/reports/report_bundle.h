@@ -1,0 +1,34 @@
+#pragma once
+
+// Everything the Reports section shows for one filter, computed in one go:
+// the report and the one before it, the budget lines, the savings goal and
+// allowance, recurring and unusual charges. A plain copyable value.
+
+#include <optional>
+#include <vector>
+
+#include "core/model/ledger.h"
+#include "core/reports/budget_report.h"
+#include "core/reports/insights.h"
+#include "core/reports/report_comparison.h"
+
+namespace copperwick {
+
+struct ReportBundle {
+    ReportFilter filter;
+    ReportComparison comparison;  // comparison.current is the report itself
+    std::vector<BudgetLine> budgets;
+    std::optional<SavingsGoal> savingsGoal;
+    std::optional<Allowance> allowance;
+    std::vector<RecurringCharge> recurring;
+    std::vector<UnusualCharge> unusual;
+
+    [[nodiscard]] static ReportBundle build(const Ledger& ledger, const ReportFilter& filter,
+                                            LocalDate today);
+
+    [[nodiscard]] const Report& report() const { return comparison.current; }
+
+    friend bool operator==(const ReportBundle&, const ReportBundle&) = default;
+};
+
+}  // namespace copperwick

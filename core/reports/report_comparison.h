@@ -1,0 +1,44 @@
+#pragma once
+
+// A period against the one just before it, category by category, with every
+// other choice of the filter kept, so a person's scope compares with that
+// person's own last period. Two report builds; pure.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/model/ledger.h"
+#include "core/reports/report.h"
+
+namespace copperwick {
+
+struct CategoryChange {
+    std::string id;  // the CategoryLine id
+    std::string name;
+    int64_t current = 0;
+    int64_t previous = 0;
+
+    [[nodiscard]] int64_t change() const;
+    // Absent when there was nothing before to compare with.
+    [[nodiscard]] std::optional<int64_t> changeTenths() const;
+
+    friend bool operator==(const CategoryChange&, const CategoryChange&) = default;
+};
+
+struct ReportComparison {
+    Report current;
+    Report previous;
+    std::vector<CategoryChange> categoryChanges;  // largest move first
+
+    [[nodiscard]] static ReportComparison build(const Ledger& ledger, const ReportFilter& filter,
+                                                LocalDate today);
+
+    [[nodiscard]] int64_t spendingChange() const;
+    [[nodiscard]] int64_t incomeChange() const;
+
+    friend bool operator==(const ReportComparison&, const ReportComparison&) = default;
+};
+
+}  // namespace copperwick
