@@ -40,6 +40,9 @@ class CommandLine {
         addTransactionsCommand(m_app, m_context);
         addHouseholdCommands(m_app, m_context);
         addImportCommands(m_app, m_context);
+        addReviewCommands(m_app, m_context);
+        addRulesCommands(m_app, m_context);
+        addMerchantsCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

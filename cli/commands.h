@@ -22,5 +22,8 @@ void addTransactionCommand(CLI::App& app, CommandContext& context);
 void addTransactionsCommand(CLI::App& app, CommandContext& context);
 void addHouseholdCommands(CLI::App& app, CommandContext& context);
 void addImportCommands(CLI::App& app, CommandContext& context);
+void addReviewCommands(CLI::App& app, CommandContext& context);
+void addRulesCommands(CLI::App& app, CommandContext& context);
+void addMerchantsCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

@@ -30,4 +30,16 @@ inline const Person* findPerson(const Ledger& ledger, std::string_view nameOrID)
     return nullptr;
 }
 
+inline const LedgerCategory* findCategory(const Ledger& ledger, std::string_view nameOrID) {
+    if (const auto id = Uuid::parse(nameOrID))
+        return ledger.category(*id);
+    return ledger.categoryNamed(nameOrID);
+}
+
+inline const Merchant* findMerchant(const Ledger& ledger, std::string_view nameOrID) {
+    if (const auto id = Uuid::parse(nameOrID))
+        return ledger.merchant(*id);
+    return ledger.merchantNamed(nameOrID);
+}
+
 }  // namespace copperwick::cli

@@ -507,6 +507,12 @@ const std::vector<MerchantText::PaymentService>& MerchantText::paymentServices()
     return patterns().services;
 }
 
+bool MerchantText::isReferenceToken(std::string_view word) {
+    const auto token = icu::UnicodeString::fromUTF8(
+        icu::StringPiece(word.data(), static_cast<int32_t>(word.size())));
+    return !token.isEmpty() && copperwick::isReferenceToken(token);
+}
+
 }  // namespace copperwick
 
 std::size_t std::hash<copperwick::MerchantText>::operator()(
