@@ -12,6 +12,7 @@
 #include <boost/json/object.hpp>
 
 #include "cli/commands.h"
+#include "cli/ledger_lookup.h"
 #include "cli/rule_options.h"
 #include "cli/runtime_session.h"
 #include "core/matching/builtin_knowledge.h"

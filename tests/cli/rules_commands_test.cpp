@@ -2,6 +2,7 @@
 #include <boost/json.hpp>
 
 #include "cli/command_line.h"
+#include "core/operations/classification.h"
 #include "runtime/ledger_runtime.h"
 #include "tests/support/ledger_builder.h"
 #include "tests/support/run_command.h"
@@ -30,6 +31,7 @@ class RulesCommandsTest : public ::testing::Test {
                                                               .rawDescription = text});
                 delta.change(RecordKind::transaction, id);
             }
+            delta.merge(rematch(ledger));
             return delta;
         });
     }
@@ -44,7 +46,8 @@ class RulesCommandsTest : public ::testing::Test {
         return boost::json::parse(result.out);
     }
     std::string field(const Uuid& transaction, const char* key) {
-        for (const auto& line : json({"transactions"}).as_array()) {
+        const auto lines = json({"transactions"});
+        for (const auto& line : lines.as_array()) {
             if (line.at("id").as_string() == transaction.text())
                 return std::string(line.at(key).as_string());
         }
