@@ -80,7 +80,7 @@ void RulePreviewRegex(benchmark::State& state) {
     const Rule rule{.id = Uuid::random(),
                     .name = "Coffee",
                     .match = TextMatch::regex,
-                    .pattern = "^(SQ \\*)?[A-Z]+ (COFFEE|CAFE)",
+                    .pattern = "^(STARBUCKS|BLUE BOTTLE) #[0-9]+ ",
                     .kind = TransactionKind::expense,
                     .categoryID = ledger.categoryNamed("Dining")->id};
     std::size_t matching = 0;

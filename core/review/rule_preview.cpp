@@ -45,34 +45,52 @@ RulePreview RulePreview::compute(const Rule& draft, const Ledger& ledger,
     withRule.settings.update([&](LedgerSettings& settings) { settings.ruleOrder = order; });
     const Matcher full(withRule);
 
-    std::vector<const LedgerTransaction*> lines = ledger.activeTransactions();
-    std::sort(lines.begin(), lines.end(),
-              [](const LedgerTransaction* a, const LedgerTransaction* b) {
-                  return a->date != b->date ? a->date < b->date : a->id < b->id;
-              });
+    // Only the lines the rule matches need an order, and they are few.
+    std::vector<std::pair<const LedgerTransaction*, std::string>> matched;
+    for (const auto& line : ledger.transactions) {
+        if (!line.isActive())
+            continue;
+        std::string normalized = MerchantText::normalize(line.rawDescription);
+        if (alone.firstMatchingRule(line, normalized))
+            matched.emplace_back(&line, std::move(normalized));
+    }
+    std::sort(matched.begin(), matched.end(), [](const auto& a, const auto& b) {
+        return a.first->date != b.first->date ? a.first->date < b.first->date
+                                              : a.first->id < b.first->id;
+    });
 
     RulePreview preview;
     std::map<std::string, int> shadows;
-    for (const LedgerTransaction* line : lines) {
-        const std::string normalized = MerchantText::normalize(line->rawDescription);
-        if (!alone.firstMatchingRule(*line, normalized))
-            continue;
+    std::vector<const LedgerTransaction*> open;
+    for (const auto& [line, normalized] : matched) {
         preview.matchingIDs.push_back(line->id);
         if (line->review == ReviewState::confirmed) {
             preview.confirmedIDs.push_back(line->id);
             continue;
         }
+        const std::string& text = normalized;
         const auto taker = std::find_if(ahead.begin(), ahead.end(), [&](const auto& earlier) {
-            return earlier.second.firstMatchingRule(*line, normalized) != nullptr;
+            return earlier.second.firstMatchingRule(*line, text) != nullptr;
         });
-        if (taker != ahead.end()) {
+        if (taker != ahead.end())
             ++shadows[taker->first];
-            continue;
-        }
-        const MatchResult result = full.match(*line);
-        if (result.kind != line->kind || result.categoryID != line->categoryID ||
-            result.merchantID != line->merchantID || result.newMerchantName)
-            preview.changingIDs.push_back(line->id);
+        else
+            open.push_back(line);
+    }
+
+    // The full match is the expensive part; its reading of the texts runs on
+    // every core first.
+    std::vector<const std::string*> raws;
+    raws.reserve(open.size());
+    for (const LedgerTransaction* line : open)
+        raws.push_back(&line->rawDescription);
+    const auto texts = full.prepareTexts(raws);
+    for (std::size_t i = 0; i < open.size(); ++i) {
+        const LedgerTransaction& line = *open[i];
+        const MatchResult result = full.match(line, *texts[i]);
+        if (result.kind != line.kind || result.categoryID != line.categoryID ||
+            result.merchantID != line.merchantID || result.newMerchantName)
+            preview.changingIDs.push_back(line.id);
     }
     preview.shadowedBy.assign(shadows.begin(), shadows.end());
     return preview;

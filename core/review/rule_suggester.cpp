@@ -1,6 +1,7 @@
 #include "core/review/rule_suggester.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 #include <sstream>
@@ -38,10 +39,10 @@ int letterCount(const std::string& text) {
 
 // The longest run of words every line's text begins with, less trailing
 // words that differ from purchase to purchase anyway.
-std::string commonPattern(const std::vector<const LedgerTransaction*>& lines) {
-    std::vector<std::string> common = words(MerchantText(lines.front()->rawDescription).core);
-    for (std::size_t i = 1; i < lines.size() && !common.empty(); ++i) {
-        const auto other = words(MerchantText(lines[i]->rawDescription).core);
+std::string commonPattern(const std::vector<const std::string*>& cores) {
+    std::vector<std::string> common = words(*cores.front());
+    for (std::size_t i = 1; i < cores.size() && !common.empty(); ++i) {
+        const auto other = words(*cores[i]);
         std::size_t shared = 0;
         while (shared < common.size() && shared < other.size() && common[shared] == other[shared])
             ++shared;
@@ -100,31 +101,76 @@ std::vector<RuleSuggestion> suggestions(const Ledger& ledger) {
     for (const auto& rule : ledger.rules)
         existing.insert(MerchantText::normalize(rule.pattern));
 
-    // Every live line's text, worked out once and only if some group needs it.
-    std::vector<std::pair<const LedgerTransaction*, std::string>> live;
-    const auto liveLines = [&]() -> const auto& {
-        if (live.empty()) {
-            for (const LedgerTransaction* line : ledger.activeTransactions())
-                live.emplace_back(line, MerchantText::normalize(line->rawDescription));
+    // Reading the decided lines' texts is most of the matching; it runs on
+    // every core at once, and the texts stay in the matcher's memo.
+    std::vector<const std::string*> raws;
+    for (const auto& [text, lines] : groups) {
+        if (lines.size() >= 2) {
+            for (const LedgerTransaction* line : lines)
+                raws.push_back(&line->rawDescription);
         }
-        return live;
+    }
+    const auto texts = matcher.prepareTexts(raws);
+
+    // Every live line's text, worked out once and only if some group needs
+    // it, end to end in one buffer: a pattern is then looked for in one
+    // sweep rather than line by line. Normalised text holds no line break,
+    // so no match runs across two lines.
+    std::string allTexts;
+    std::vector<std::size_t> starts;
+    std::vector<const LedgerTransaction*> liveLines;
+    const auto readLiveLines = [&] {
+        if (!starts.empty())
+            return;
+        starts.reserve(ledger.transactions.size());
+        for (const auto& line : ledger.transactions) {
+            if (!line.isActive())
+                continue;
+            starts.push_back(allTexts.size());
+            liveLines.push_back(&line);
+            allTexts += MerchantText::normalize(line.rawDescription);
+            allTexts += '\n';
+        }
+    };
+    const auto containing = [&](const std::string& pattern) {
+        std::vector<const LedgerTransaction*> found;
+        const std::boyer_moore_horspool_searcher searcher(pattern.begin(), pattern.end());
+        auto from = allTexts.cbegin();
+        while (true) {
+            const auto hit = std::search(from, allTexts.cend(), searcher);
+            if (hit == allTexts.cend())
+                break;
+            const auto offset = static_cast<std::size_t>(hit - allTexts.cbegin());
+            const auto index = static_cast<std::size_t>(
+                std::upper_bound(starts.begin(), starts.end(), offset) - starts.begin() - 1);
+            found.push_back(liveLines[index]);
+            from = allTexts.cbegin() + static_cast<std::ptrdiff_t>(index + 1 < starts.size()
+                                                                       ? starts[index + 1]
+                                                                       : allTexts.size());
+        }
+        return found;
     };
 
     std::vector<RuleSuggestion> result;
+    std::size_t nextText = 0;
     for (const auto& [text, lines] : groups) {
         if (lines.size() < 2)
             continue;
         const LedgerTransaction& first = *lines.front();
         std::vector<const LedgerTransaction*> unexplained;
+        std::vector<const std::string*> cores;
         for (const LedgerTransaction* line : lines) {
-            const MatchResult match = matcher.match(*line);
+            const MerchantText& read = *texts[nextText++];
+            const MatchResult match = matcher.match(*line, read);
             if (match.kind != line->kind || match.categoryID != line->categoryID ||
-                match.merchantID != line->merchantID)
+                match.merchantID != line->merchantID) {
                 unexplained.push_back(line);
+                cores.push_back(&read.core);
+            }
         }
         if (unexplained.size() < 2)
             continue;
-        const std::string pattern = commonPattern(unexplained);
+        const std::string pattern = commonPattern(cores);
         if (letterCount(pattern) < 5 || existing.contains(pattern))
             continue;
 
@@ -132,9 +178,8 @@ std::vector<RuleSuggestion> suggestions(const Ledger& ledger) {
                                   .pattern = pattern,
                                   .kind = first.kind,
                                   .categoryID = first.categoryID};
-        for (const auto& [line, normalized] : liveLines()) {
-            if (normalized.find(pattern) == std::string::npos)
-                continue;
+        readLiveLines();
+        for (const LedgerTransaction* line : containing(pattern)) {
             ++suggestion.matchCount;
             if (line->review == ReviewState::confirmed &&
                 (line->kind != first.kind || line->categoryID != first.categoryID))
