@@ -309,7 +309,7 @@ TEST(MerchantTextNormalize, AsciiShortcutAgreesWithTheGeneralPath) {
     std::string every;
     for (int c = 1; c < 0x80; ++c)
         every += static_cast<char>(c);
-    for (const std::string text :
+    for (const std::string& text :
          {every, std::string(" \t lower  case\r\n\x0b\x0c end "), std::string("a\x1f b")}) {
         const std::string general = MerchantText::normalize(text + " \u00E9");
         EXPECT_EQ(MerchantText::normalize(text) + " \u00C9", general) << text;
