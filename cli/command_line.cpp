@@ -45,6 +45,9 @@ class CommandLine {
         addReportCommand(m_app, m_context);
         addBudgetCommands(m_app, m_context);
         addNotesCommands(m_app, m_context);
+        addReviewCommands(m_app, m_context);
+        addRulesCommands(m_app, m_context);
+        addMerchantsCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

@@ -28,5 +28,8 @@ void addMaintenanceCommands(CLI::App& app, CommandContext& context);
 void addReportCommand(CLI::App& app, CommandContext& context);
 void addBudgetCommands(CLI::App& app, CommandContext& context);
 void addNotesCommands(CLI::App& app, CommandContext& context);
+void addReviewCommands(CLI::App& app, CommandContext& context);
+void addRulesCommands(CLI::App& app, CommandContext& context);
+void addMerchantsCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

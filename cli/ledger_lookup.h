@@ -33,11 +33,13 @@ inline const Person* findPerson(const Ledger& ledger, std::string_view nameOrID)
 inline const LedgerCategory* findCategory(const Ledger& ledger, std::string_view nameOrID) {
     if (const auto id = Uuid::parse(nameOrID))
         return ledger.category(*id);
-    for (const auto& category : ledger.categories) {
-        if (text::equalsIgnoringCase(category.name, nameOrID))
-            return &category;
-    }
-    return nullptr;
+    return ledger.categoryNamed(nameOrID);
+}
+
+inline const Merchant* findMerchant(const Ledger& ledger, std::string_view nameOrID) {
+    if (const auto id = Uuid::parse(nameOrID))
+        return ledger.merchant(*id);
+    return ledger.merchantNamed(nameOrID);
 }
 
 }  // namespace copperwick::cli

@@ -51,6 +51,9 @@ struct MerchantText {
     // codes, store numbers, web suffixes and a trailing country or state cut
     // off; only "A"-"Z", "0"-"9" and "&" in words joined by single spaces.
     [[nodiscard]] static std::string makeKey(std::string_view text);
+    // A word of bank text that changes from one purchase to the next: a store
+    // number, card digits, a date, a web address.
+    [[nodiscard]] static bool isReferenceToken(std::string_view word);
     // "BLUE BOTTLE" as "Blue Bottle"; short all-consonant words ("CVS") stay.
     [[nodiscard]] static std::string titleCase(std::string_view text);
     // Tried in this order; the first whose pattern matches decides `via`.

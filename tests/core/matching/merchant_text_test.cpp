@@ -300,3 +300,21 @@ TEST(MerchantText, ThreadsReadDescriptionsWithoutSharingMatchState) {
 
 }  // namespace
 }  // namespace copperwick
+
+namespace copperwick {
+namespace {
+
+// The ASCII shortcut of normalize must read every byte as the general path does.
+TEST(MerchantTextNormalize, AsciiShortcutAgreesWithTheGeneralPath) {
+    std::string every;
+    for (int c = 1; c < 0x80; ++c)
+        every += static_cast<char>(c);
+    for (const std::string& text :
+         {every, std::string(" \t lower  case\r\n\x0b\x0c end "), std::string("a\x1f b")}) {
+        const std::string general = MerchantText::normalize(text + " \u00E9");
+        EXPECT_EQ(MerchantText::normalize(text) + " \u00C9", general) << text;
+    }
+}
+
+}  // namespace
+}  // namespace copperwick

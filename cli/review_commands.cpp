@@ -1,0 +1,349 @@
+// `copperwick review`, `copperwick classify` and `copperwick approve`: what
+// waits for a decision, and the decisions themselves, each one undoable step.
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+
+#include "cli/commands.h"
+#include "cli/ledger_lookup.h"
+#include "cli/runtime_session.h"
+#include "core/model/money.h"
+#include "core/model/record_json.h"
+#include "core/model/text.h"
+#include "core/operations/classification.h"
+#include "core/review/review_queue.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+constexpr std::string_view kStaleText =
+    "These are still pending, but newer files for the same account don't include them (or "
+    "they're over two weeks old). Pending charges never count in totals. Remove the ones that "
+    "disappeared.";
+
+boost::json::value groupJSON(const ReviewGroup& group) {
+    boost::json::array ids;
+    for (const auto& id : group.transactionIDs)
+        ids.push_back(boost::json::string(id.text()));
+    boost::json::array accounts;
+    for (const auto& name : group.accountNames)
+        accounts.push_back(boost::json::string(name));
+    boost::json::object object{{"id", group.id},
+                               {"key", group.key},
+                               {"displayName", group.displayName},
+                               {"example", group.example},
+                               {"transactionIDs", ids},
+                               {"total", group.total},
+                               {"firstDate", group.firstDate.iso()},
+                               {"lastDate", group.lastDate.iso()},
+                               {"isMoneyIn", group.isMoneyIn},
+                               {"accountNames", accounts}};
+    if (group.suggestion)
+        object["suggestion"] = record_json::toJSON(*group.suggestion);
+    if (group.merchantID)
+        object["merchantID"] = group.merchantID->text();
+    return object;
+}
+
+// "Merchant, Category, Spending": a filing in the words the screens use.
+std::string filingText(const Ledger& ledger, const std::optional<std::string>& merchantName,
+                       const std::optional<Uuid>& categoryID, TransactionKind kind) {
+    std::string text;
+    const auto add = [&](std::string_view part) {
+        if (!part.empty())
+            text += (text.empty() ? "" : ", ") + std::string(part);
+    };
+    if (merchantName)
+        add(*merchantName);
+    if (const LedgerCategory* category = ledger.category(categoryID))
+        add(category->name);
+    add(label(kind));
+    return text;
+}
+
+std::string countLine(const std::vector<ReviewGroup>& groups) {
+    std::size_t lines = 0;
+    for (const auto& group : groups)
+        lines += group.transactionIDs.size();
+    return fmt::format("{} transaction{} in {} group{} need{} you.", lines, lines == 1 ? "" : "s",
+                       groups.size(), groups.size() == 1 ? "" : "s", lines == 1 ? "s" : "");
+}
+
+LocalDate today(const Ledger& ledger) {
+    return LocalDate::today(*ledger.settings->timeZone(), Instant::now());
+}
+
+void runReview(CommandContext& context) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    const auto groups = ReviewQueue::groups(ledger);
+    const auto stale = ReviewQueue::stalePending(ledger, today(ledger));
+    if (context.json) {
+        boost::json::array groupArray;
+        for (const auto& group : groups)
+            groupArray.push_back(groupJSON(group));
+        boost::json::array staleArray;
+        for (const auto& transaction : stale)
+            staleArray.push_back(record_json::toJSON(transaction));
+        printJSON(context,
+                  boost::json::object{{"groups", groupArray}, {"stalePending", staleArray}});
+        return;
+    }
+    if (groups.empty()) {
+        context.out << "All caught up\nYour transactions are ready to explore. New imports that "
+                       "need you will appear here.\n";
+    } else {
+        context.out << countLine(groups) << '\n';
+    }
+    for (const auto& group : groups) {
+        const auto count = group.transactionIDs.size();
+        std::string accounts;
+        for (const auto& name : group.accountNames)
+            accounts += (accounts.empty() ? "" : ", ") + name;
+        const std::string dates = group.firstDate == group.lastDate
+                                      ? group.firstDate.iso()
+                                      : group.firstDate.iso() + " to " + group.lastDate.iso();
+        context.out << fmt::format("\n{}\n  {}\n  {} transaction{}, {}, {}, {}\n  id: {}\n",
+                                   group.displayName, group.example, count, count == 1 ? "" : "s",
+                                   dates, accounts, Money::format(group.total), group.id);
+        if (group.suggestion) {
+            const Suggestion& suggestion = *group.suggestion;
+            context.out << fmt::format(
+                "  {}: {}{}\n",
+                suggestion.source == MatchMethod::ai ? "Apple Intelligence suggests" : "Suggested",
+                filingText(ledger, suggestion.merchantName, suggestion.categoryID, suggestion.kind),
+                suggestion.reason.empty() ? "" : " (" + suggestion.reason + ")");
+        }
+    }
+    if (!stale.empty()) {
+        context.out << "\nPending charges that may never have posted\n" << kStaleText << '\n';
+        for (const auto& transaction : stale)
+            context.out << fmt::format(
+                "  {}  {}  {}  {}\n", transaction.date.iso(), transaction.rawDescription,
+                Money::format(transaction.amount, transaction.currency), transaction.id.text());
+    }
+}
+
+const ReviewGroup* findGroup(const std::vector<ReviewGroup>& groups, std::string_view id) {
+    for (const auto& group : groups) {
+        if (text::equalsIgnoringCase(group.id, id))
+            return &group;
+    }
+    return nullptr;
+}
+
+bool reportNoGroup(CommandContext& context, std::string_view id) {
+    context.err << "Nothing in the review queue has the group id \u201C" << id
+                << "\u201D; `copperwick review` shows them.\n";
+    context.exitCode = kExitFailure;
+    return true;
+}
+
+// Prints how the decided lines stand now and what is left.
+void printOutcome(CommandContext& context, const LedgerRuntime& runtime,
+                  const std::vector<Uuid>& ids, bool changed, const std::string& label) {
+    const Ledger& ledger = runtime.ledger();
+    if (context.json) {
+        boost::json::array lines;
+        for (const auto& id : ids) {
+            if (const LedgerTransaction* transaction = ledger.transaction(id))
+                lines.push_back(record_json::toJSON(*transaction));
+        }
+        printJSON(context, boost::json::object{
+                               {"changed", changed}, {"label", label}, {"transactions", lines}});
+        return;
+    }
+    if (!changed)
+        context.out << "Nothing to change.\n";
+    for (const auto& id : ids) {
+        const LedgerTransaction* transaction = ledger.transaction(id);
+        if (!transaction)
+            continue;
+        const Merchant* merchant = ledger.merchant(transaction->merchantID);
+        context.out << fmt::format(
+            "{}  {}  {}  {}\n", transaction->date.iso(), transaction->rawDescription,
+            Money::format(transaction->amount, transaction->currency),
+            filingText(ledger, merchant ? std::optional(merchant->name) : std::nullopt,
+                       transaction->categoryID, transaction->kind));
+    }
+    const auto groups = ReviewQueue::groups(ledger);
+    context.out << (groups.empty() ? std::string("All caught up") : countLine(groups)) << '\n';
+}
+
+struct ClassifyOptions {
+    std::string group;
+    std::vector<std::string> ids;
+    std::string merchant;
+    std::string category;
+    std::string kind;
+    bool noRemember = false;
+};
+
+void runClassify(CommandContext& context, const ClassifyOptions& options) {
+    if (options.group.empty() == options.ids.empty()) {
+        context.err << "Give either a group id or --ids, not both.\n";
+        context.exitCode = kExitUsage;
+        return;
+    }
+    std::vector<Uuid> ids;
+    for (const auto& text : options.ids) {
+        const auto id = Uuid::parse(text::trimmed(text));
+        if (!id) {
+            context.err << "\u201C" << text << "\u201D isn't a transaction id.\n";
+            context.exitCode = kExitUsage;
+            return;
+        }
+        ids.push_back(*id);
+    }
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+
+    Classification decision;
+    decision.remember = !options.noRemember;
+    if (!options.merchant.empty())
+        decision.merchantName = options.merchant;
+    if (!options.group.empty()) {
+        const auto groups = ReviewQueue::groups(ledger);
+        const ReviewGroup* group = findGroup(groups, options.group);
+        if (!group && reportNoGroup(context, options.group))
+            return;
+        ids = group->transactionIDs;
+        decision.label = "Review " + group->displayName;
+        // The group's own name is what the card offers when no other is typed.
+        if (!decision.merchantName)
+            decision.merchantName = group->displayName;
+    } else {
+        for (const auto& id : ids) {
+            if (!ledger.transaction(id)) {
+                context.err << "There's no transaction with the id " << id.text() << ".\n";
+                context.exitCode = kExitFailure;
+                return;
+            }
+        }
+        decision.label = "Classify";
+    }
+    decision.ids = ids;
+
+    const LedgerCategory* category = nullptr;
+    if (!options.category.empty()) {
+        category = findCategory(ledger, options.category);
+        if (!category) {
+            context.err << "There's no category called \u201C" << options.category << "\u201D.\n";
+            context.exitCode = kExitFailure;
+            return;
+        }
+        decision.categoryID = category->id;
+    }
+    if (!options.kind.empty()) {
+        decision.kind = *enumFromRaw<TransactionKind>(options.kind);
+    } else if (category) {
+        decision.kind = category->group == CategoryGroup::income ? TransactionKind::income
+                                                                 : TransactionKind::expense;
+    } else {
+        context.err << "Say what these are: give --category, or --kind transfer or unknown.\n";
+        context.exitCode = kExitUsage;
+        return;
+    }
+    const bool needsCategory =
+        decision.kind == TransactionKind::expense || decision.kind == TransactionKind::income;
+    if (needsCategory && !category) {
+        context.err << "Choose a category that matches spending or income.\n";
+        context.exitCode = kExitFailure;
+        return;
+    }
+
+    runtime->setErrorMessage(std::nullopt);  // only this decision's outcome counts here
+    bool changed = false;
+    runtime->apply([&](Ledger& copy) {
+        auto delta = classify(copy, decision, Instant::now());
+        changed = !delta.isEmpty();
+        return delta;
+    });
+    if (reportFailedChange(*runtime, context))
+        return;
+    printOutcome(context, *runtime, ids, changed, decision.label);
+}
+
+struct ApproveOptions {
+    std::string group;
+    bool noRemember = false;
+};
+
+void runApprove(CommandContext& context, const ApproveOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const auto groups = ReviewQueue::groups(runtime->ledger());
+    const ReviewGroup* group = findGroup(groups, options.group);
+    if (!group && reportNoGroup(context, options.group))
+        return;
+    if (!group->suggestion) {
+        context.err << "The group \u201C" << group->displayName
+                    << "\u201D has no suggestion to approve; file it with `copperwick "
+                       "classify`.\n";
+        context.exitCode = kExitFailure;
+        return;
+    }
+    const auto ids = group->transactionIDs;
+    runtime->setErrorMessage(std::nullopt);
+    bool changed = false;
+    runtime->apply([&](Ledger& copy) {
+        auto delta = approveSuggestions(copy, ids, !options.noRemember, Instant::now());
+        changed = !delta.isEmpty();
+        return delta;
+    });
+    if (reportFailedChange(*runtime, context))
+        return;
+    printOutcome(context, *runtime, ids, changed, "Approve suggestion");
+}
+
+}  // namespace
+
+void addReviewCommands(CLI::App& app, CommandContext& context) {
+    app.add_subcommand("review",
+                       "Show what waits for a decision, grouped by bank text, and pending "
+                       "charges that may never have posted")
+        ->callback([&context] { runReview(context); });
+
+    auto* classifyCommand = app.add_subcommand(
+        "classify", "File a review group, or the given transactions, and remember it");
+    auto classifyOptions = std::make_shared<ClassifyOptions>();
+    classifyCommand->add_option("GROUP_ID", classifyOptions->group,
+                                "A group's id, as `copperwick review` shows it");
+    classifyCommand
+        ->add_option("--ids", classifyOptions->ids, "The transactions' ids, separated by commas")
+        ->delimiter(',');
+    classifyCommand->add_option("--merchant", classifyOptions->merchant,
+                                "The merchant's name (default: the group's name)");
+    classifyCommand->add_option("--category", classifyOptions->category,
+                                "The category's name or id");
+    classifyCommand
+        ->add_option("--kind", classifyOptions->kind, "expense, income, transfer or unknown")
+        ->check(CLI::IsMember({"expense", "income", "transfer", "unknown"}));
+    classifyCommand->add_flag("--no-remember", classifyOptions->noRemember,
+                              "Only these transactions change");
+    classifyCommand->callback(
+        [&context, classifyOptions] { runClassify(context, *classifyOptions); });
+
+    auto* approve = app.add_subcommand("approve", "Approve a review group's suggestion");
+    auto approveOptions = std::make_shared<ApproveOptions>();
+    approve->add_option("GROUP_ID", approveOptions->group, "A group's id")->required();
+    approve->add_flag("--no-remember", approveOptions->noRemember,
+                      "Only these transactions change");
+    approve->callback([&context, approveOptions] { runApprove(context, *approveOptions); });
+}
+
+}  // namespace copperwick::cli

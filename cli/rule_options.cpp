@@ -1,0 +1,145 @@
+#include "cli/rule_options.h"
+
+#include <ostream>
+
+#include <unicode/regex.h>
+
+#include "cli/commands.h"
+#include "cli/ledger_lookup.h"
+#include "core/model/money.h"
+#include "core/model/text.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+bool compiles(const std::string& pattern) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::RegexPattern> compiled(icu::RegexPattern::compile(
+        icu::UnicodeString::fromUTF8(pattern), UREGEX_CASE_INSENSITIVE, status));
+    return U_SUCCESS(status) && compiled;
+}
+
+std::optional<Rule> refuse(CommandContext& context, std::string_view message, int code) {
+    context.err << message << '\n';
+    context.exitCode = code;
+    return std::nullopt;
+}
+
+// An amount as a bank prints it; the rule keeps its size only.
+std::optional<std::optional<int64_t>> readAmount(const std::string& text) {
+    if (text::trimmed(text).empty())
+        return std::optional<int64_t>();
+    const auto cents = Money::parseCents(text);
+    if (!cents)
+        return std::nullopt;
+    return std::optional<int64_t>(*cents < 0 ? -*cents : *cents);
+}
+
+}  // namespace
+
+void addRuleOptions(CLI::App& command, RuleOptions& options) {
+    command.add_option("--name", options.name, "What the rule is called");
+    command.add_option("--match", options.match, "contains, startsWith, exact or regex")
+        ->check(CLI::IsMember({"contains", "startsWith", "exact", "regex"}));
+    command.add_option("--pattern", options.pattern, "The bank text to look for");
+    command.add_option("--account", options.account, "Only this account (\"\" for any)");
+    command.add_option("--direction", options.direction, "any, moneyIn or moneyOut")
+        ->check(CLI::IsMember({"any", "moneyIn", "moneyOut"}));
+    command.add_option("--min", options.minimum, "At least this amount (\"\" for none)");
+    command.add_option("--max", options.maximum, "At most this amount (\"\" for none)");
+    command.add_option("--merchant", options.merchant, "The merchant to file as (\"\" for none)");
+    command.add_option("--kind", options.kind, "expense, income or transfer")
+        ->check(CLI::IsMember({"expense", "income", "transfer"}));
+    command.add_option("--category", options.category, "The category's name or id");
+}
+
+std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOptions& options,
+                               CommandContext& context) {
+    if (options.name)
+        rule.name = std::string(text::trimmed(*options.name));
+    if (options.match)
+        rule.match = *enumFromRaw<TextMatch>(*options.match);
+    if (options.pattern)
+        rule.pattern = std::string(text::trimmed(*options.pattern));
+    if (options.direction)
+        rule.direction = *enumFromRaw<AmountDirection>(*options.direction);
+    if (options.account) {
+        rule.accountIDs.clear();
+        if (!text::trimmed(*options.account).empty()) {
+            const Account* account = findAccount(ledger, *options.account);
+            if (!account)
+                return refuse(context,
+                              "There's no account called \u201C" + *options.account + "\u201D.",
+                              kExitFailure);
+            rule.accountIDs.push_back(account->id);
+        }
+    }
+    for (const auto& [text, field] : {std::pair{options.minimum, &Rule::minimumAmount},
+                                      std::pair{options.maximum, &Rule::maximumAmount}}) {
+        if (!text)
+            continue;
+        const auto amount = readAmount(*text);
+        if (!amount)
+            return refuse(context, "\u201C" + *text + "\u201D isn't an amount.", kExitUsage);
+        rule.*field = *amount;
+    }
+    if (options.merchant) {
+        const auto name = std::string(text::trimmed(*options.merchant));
+        rule.merchantName = name.empty() ? std::nullopt : std::optional(name);
+    }
+    const LedgerCategory* category = nullptr;
+    if (options.category) {
+        category = findCategory(ledger, *options.category);
+        if (!category)
+            return refuse(context,
+                          "There's no category called \u201C" + *options.category + "\u201D.",
+                          kExitFailure);
+        rule.categoryID = category->id;
+        if (!options.kind)
+            rule.kind = category->group == CategoryGroup::income ? TransactionKind::income
+                                                                 : TransactionKind::expense;
+    }
+    if (options.kind)
+        rule.kind = *enumFromRaw<TransactionKind>(*options.kind);
+    if (rule.kind == TransactionKind::transfer)
+        rule.categoryID.reset();
+
+    if (rule.name.empty())
+        return refuse(context, "Give the rule a name with --name.", kExitUsage);
+    if (rule.pattern.empty())
+        return refuse(context, "Give the bank text to look for with --pattern.", kExitUsage);
+    if (rule.match == TextMatch::regex && !compiles(rule.pattern))
+        return refuse(context, "That pattern isn't valid.", kExitFailure);
+    if (rule.kind != TransactionKind::transfer && !ledger.category(rule.categoryID))
+        return refuse(context, "Choose a category that matches spending or income.", kExitFailure);
+    return rule;
+}
+
+std::string describeRule(const Ledger& ledger, const Rule& rule) {
+    std::string text =
+        "Text " + std::string(label(rule.match)) + " \u201C" + rule.pattern + "\u201D";
+    if (rule.direction != AmountDirection::any)
+        text += ", " + std::string(label(rule.direction));
+    for (const auto& id : rule.accountIDs) {
+        if (const Account* account = ledger.account(id))
+            text += ", " + account->name;
+    }
+    if (rule.minimumAmount)
+        text += ", at least " + Money::format(*rule.minimumAmount);
+    if (rule.maximumAmount)
+        text += ", at most " + Money::format(*rule.maximumAmount);
+    std::string outcome;
+    const auto add = [&](std::string_view part) {
+        outcome += (outcome.empty() ? "" : ", ") + std::string(part);
+    };
+    if (rule.merchantName)
+        add(*rule.merchantName);
+    if (const LedgerCategory* category = ledger.category(rule.categoryID))
+        add(category->name);
+    if (rule.kind)
+        add(label(*rule.kind));
+    return text + " \u2192 " + (outcome.empty() ? std::string("nothing") : outcome);
+}
+
+}  // namespace copperwick::cli

@@ -1,0 +1,29 @@
+#pragma once
+// Keeping the merchant records: names, merges, their own filing, and
+// clearing away the ones nothing refers to.
+//
+// Not undoable steps, like the rule operations. Missing ids change nothing.
+// Functions on the thread that owns the ledger value; the lookup by name is
+// Ledger::merchantNamed.
+#include <string_view>
+
+#include "core/model/ledger.h"
+#include "core/model/ledger_delta.h"
+
+namespace copperwick {
+
+// A name another merchant already has, in any case, merges this one into it.
+// Otherwise the name is locked against automatic tidying.
+[[nodiscard]] LedgerDelta renameMerchant(Ledger& ledger, const Uuid& id, std::string_view to);
+
+// The target learns the source's keys, takes its filing when it has none,
+// and takes over its transactions as they stand; the source goes.
+[[nodiscard]] LedgerDelta mergeMerchants(Ledger& ledger, const Uuid& id, const Uuid& into);
+
+// Stores the merchant under its id, new or not.
+[[nodiscard]] LedgerDelta updateMerchant(Ledger& ledger, const Merchant& merchant, bool applyNow);
+
+// Keeps every merchant a transaction uses or the person taught something.
+[[nodiscard]] LedgerDelta pruneUnusedMerchants(Ledger& ledger);
+
+}  // namespace copperwick

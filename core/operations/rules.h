@@ -1,0 +1,32 @@
+#pragma once
+// The person's own rules and the switches on the built-in ones.
+//
+// Rules run in the order kept in the settings, first match wins; a rule
+// missing from that order still runs, behind the listed ones (orderedRules in
+// core/matching/matcher.h). None of these is an undoable step: the rule
+// editor shows a change's reach before it is made. With `applyNow` the
+// matcher runs again over every transaction it may still change. Functions on
+// the thread that owns the ledger value.
+#include <string>
+#include <vector>
+
+#include "core/model/ledger.h"
+#include "core/model/ledger_delta.h"
+
+namespace copperwick {
+
+// Also writes the complete running order back, which mends a stale one.
+[[nodiscard]] LedgerDelta addRule(Ledger& ledger, const Rule& rule, bool atTop, bool applyNow);
+
+// An unknown id changes nothing, and nothing is matched again.
+[[nodiscard]] LedgerDelta updateRule(Ledger& ledger, const Rule& rule, bool applyNow);
+
+[[nodiscard]] LedgerDelta deleteRule(Ledger& ledger, const Uuid& id, bool applyNow);
+
+// Takes `ids` as given; rules left out run after them.
+[[nodiscard]] LedgerDelta setRuleOrder(Ledger& ledger, const std::vector<Uuid>& ids, bool applyNow);
+
+// A switch always takes effect at once.
+[[nodiscard]] LedgerDelta setBuiltInRule(Ledger& ledger, const std::string& id, bool enabled);
+
+}  // namespace copperwick

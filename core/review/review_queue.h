@@ -1,0 +1,50 @@
+#pragma once
+// What waits for a person's decision, gathered so that one decision covers
+// every line with the same bank text.
+//
+// Pure functions of a Ledger value: they change nothing and run wherever the
+// caller holds a copy. Decisions on a group go through classify().
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/model/ledger.h"
+#include "core/model/local_date.h"
+
+namespace copperwick {
+
+// The lines of one direction of money sharing one merchant key. A value.
+struct ReviewGroup {
+    std::string id;  // "in|" or "out|" and the key
+    std::string key;
+    std::string displayName;
+    std::string example;               // the newest line's bank text
+    std::vector<Uuid> transactionIDs;  // oldest first
+    int64_t total = 0;
+    LocalDate firstDate;
+    LocalDate lastDate;
+    bool isMoneyIn = false;
+    std::optional<Suggestion> suggestion;   // only when every line offers the same one
+    std::optional<Uuid> merchantID;         // only when the lines with a merchant agree
+    std::vector<std::string> accountNames;  // sorted
+
+    friend bool operator==(const ReviewGroup&, const ReviewGroup&) = default;
+};
+
+namespace ReviewQueue {
+
+// Every live line that is suggested or unresolved, grouped, in the order a
+// person should decide them: most lines first, then most money.
+[[nodiscard]] std::vector<ReviewGroup> groups(const Ledger& ledger);
+
+// The same grouping for any given lines.
+[[nodiscard]] std::vector<ReviewGroup> makeGroups(
+    const std::vector<const LedgerTransaction*>& transactions, const Ledger& ledger);
+
+// Pending lines that no longer look real: over two weeks old, or missing
+// from a newer file of their account. Oldest first.
+[[nodiscard]] std::vector<LedgerTransaction> stalePending(const Ledger& ledger, LocalDate today);
+
+}  // namespace ReviewQueue
+
+}  // namespace copperwick

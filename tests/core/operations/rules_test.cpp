@@ -1,0 +1,111 @@
+#include "core/operations/rules.h"
+
+#include <gtest/gtest.h>
+
+#include "core/matching/matcher.h"
+#include "tests/support/ledger_builder.h"
+
+namespace copperwick {
+namespace {
+
+using testing::LedgerBuilder;
+
+class RulesTest : public ::testing::Test {
+  protected:
+    Ledger& ledger() { return builder.ledger(); }
+    Rule rule(std::string name, std::string pattern, double createdAt = 1000) {
+        return Rule{.id = Uuid::random(),
+                    .name = std::move(name),
+                    .pattern = std::move(pattern),
+                    .kind = TransactionKind::expense,
+                    .categoryID = builder.category("Dining"),
+                    .createdAt = Instant{createdAt}};
+    }
+    std::vector<std::string> order() {
+        std::vector<std::string> names;
+        for (const auto& r : orderedRules(ledger()))
+            names.push_back(r.name);
+        return names;
+    }
+
+    LedgerBuilder builder;
+    Uuid checking = builder.account("Checking");
+};
+
+TEST_F(RulesTest, UnorderedRulesRunBehindTheListedOnesOldestFirst) {
+    const Rule late = rule("late", "X", 3000);
+    const Rule early = rule("early", "X", 2000);
+    const Rule listed = rule("listed", "X", 9000);
+    ledger().rules.push_back(late);
+    ledger().rules.push_back(early);
+    ledger().rules.push_back(listed);
+    EXPECT_EQ(order(), (std::vector<std::string>{"early", "late", "listed"}));
+
+    const auto delta = setRuleOrder(ledger(), {listed.id}, false);
+    EXPECT_EQ(order(), (std::vector<std::string>{"listed", "early", "late"}));
+    EXPECT_TRUE(delta.changes(RecordKind::settings));
+    EXPECT_FALSE(delta.changes(RecordKind::transaction));
+}
+
+TEST_F(RulesTest, AddingMendsAStaleOrder) {
+    const Rule a = rule("a", "A", 1000);
+    const Rule b = rule("b", "B", 2000);
+    ledger().rules.push_back(a);
+    ledger().rules.push_back(b);
+    const Uuid gone = Uuid::random();
+    ledger().settings.update([&](LedgerSettings& s) { s.ruleOrder = {gone, b.id, b.id}; });
+
+    const Rule c = rule("c", "C", 500);
+    const auto delta = addRule(ledger(), c, false, false);
+    EXPECT_EQ(ledger().settings->ruleOrder, (std::vector<Uuid>{b.id, a.id, c.id}));
+    EXPECT_EQ(delta.changed.at(RecordKind::rule), std::set<std::string>{c.id.text()});
+    EXPECT_TRUE(delta.changes(RecordKind::settings));
+
+    const Rule top = rule("top", "T");
+    (void)addRule(ledger(), top, true, false);
+    EXPECT_EQ(order(), (std::vector<std::string>{"top", "b", "a", "c"}));
+}
+
+TEST_F(RulesTest, ApplyNowFilesAndDeletingUnfiles) {
+    const auto line = builder.transaction(checking, "ACME HARDWARE 1234", -2500);
+    const Rule acme = rule("Acme", "ACME");
+    auto delta = addRule(ledger(), acme, true, true);
+    EXPECT_EQ(ledger().transaction(line)->method, MatchMethod::userRule);
+    EXPECT_TRUE(delta.changed.at(RecordKind::transaction).contains(line.text()));
+
+    Rule renamed = acme;
+    renamed.pattern = "NOTHING LIKE IT";
+    delta = updateRule(ledger(), renamed, false);
+    EXPECT_EQ(ledger().transaction(line)->method, MatchMethod::userRule) << "not applied yet";
+    EXPECT_FALSE(delta.changes(RecordKind::transaction));
+
+    delta = deleteRule(ledger(), acme.id, true);
+    EXPECT_TRUE(ledger().rules.empty());
+    EXPECT_TRUE(ledger().settings->ruleOrder.empty());
+    EXPECT_TRUE(delta.deleted.at(RecordKind::rule).contains(acme.id.text()));
+    EXPECT_NE(ledger().transaction(line)->method, MatchMethod::userRule);
+}
+
+TEST_F(RulesTest, UpdatingAnUnknownRuleChangesNothing) {
+    builder.transaction(checking, "ACME HARDWARE", -2500);
+    const Ledger before = ledger();
+    EXPECT_TRUE(updateRule(ledger(), rule("ghost", "ACME"), true).isEmpty());
+    EXPECT_EQ(ledger(), before) << "no rematch either";
+}
+
+TEST_F(RulesTest, BuiltInSwitchKeepsOneEntryAndAlwaysRematches) {
+    const auto line = builder.transaction(checking, "SOMETHING", -100);
+    ledger().transactions.update(line, [](LedgerTransaction& t) { t.evidence = "stale"; });
+    auto delta = setBuiltInRule(ledger(), "interest", true);
+    EXPECT_TRUE(ledger().settings->disabledBuiltInRules.empty());
+    EXPECT_TRUE(delta.changes(RecordKind::transaction)) << "a switch always rematches";
+
+    (void)setBuiltInRule(ledger(), "interest", false);
+    (void)setBuiltInRule(ledger(), "interest", false);
+    EXPECT_EQ(ledger().settings->disabledBuiltInRules, std::vector<std::string>{"interest"});
+    (void)setBuiltInRule(ledger(), "interest", true);
+    EXPECT_TRUE(ledger().settings->disabledBuiltInRules.empty());
+}
+
+}  // namespace
+}  // namespace copperwick
