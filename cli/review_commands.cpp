@@ -121,7 +121,7 @@ void runReview(CommandContext& context) {
             const Suggestion& suggestion = *group.suggestion;
             context.out << fmt::format(
                 "  {}: {}{}\n",
-                suggestion.source == MatchMethod::ai ? "Apple Intelligence suggests" : "Suggested",
+                suggestion.source == MatchMethod::ai ? "Local AI suggests" : "Suggested",
                 filingText(ledger, suggestion.merchantName, suggestion.categoryID, suggestion.kind),
                 suggestion.reason.empty() ? "" : " (" + suggestion.reason + ")");
         }

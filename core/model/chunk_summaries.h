@@ -33,10 +33,12 @@ class ChunkSummaries {
     void each(const Map& map, Visit&& visit) {
         std::lock_guard lock(m_mutex);
         ++m_visits;
+        std::size_t visited = 0;
         for (std::size_t c = 0; c < Map::chunkCount(); ++c) {
             auto chunk = map.chunk(c);
             if (!chunk || chunk->empty())
                 continue;
+            ++visited;
             auto [it, fresh] = m_entries.try_emplace(chunk.get());
             Entry& entry = it->second;
             if (fresh) {
@@ -46,9 +48,10 @@ class ChunkSummaries {
             entry.lastVisit = m_visits;
             visit(std::as_const(entry.summary));
         }
-        // Chunks of ledgers gone or changed go once more than two maps' worth
-        // are held: holding them keeps their records alive.
-        if (m_entries.size() > 2 * Map::chunkCount()) {
+        // Chunks this map no longer has go at once: holding them would keep
+        // their records alive. Maps that share most chunks, such as the live
+        // ledger and a copy being changed, find nearly all theirs again.
+        if (m_entries.size() > visited) {
             std::erase_if(m_entries,
                           [&](const auto& entry) { return entry.second.lastVisit != m_visits; });
         }
