@@ -43,9 +43,10 @@ struct EntryOptions {
     std::string through;
 };
 
-bool refuse(CommandContext& context, const std::string& message, int code = kExitUsage) {
+bool refuse(CommandContext& context, const std::string& message) {
     context.err << message << '\n';
-    context.exitCode = code;
+    // Every refusal is a failure of the command, worded for the person.
+    context.exitCode = kExitFailure;
     return false;
 }
 
@@ -112,14 +113,12 @@ void runAdd(CommandContext& context, const EntryOptions& options) {
     const Ledger& ledger = runtime->ledger();
     const Account* account = findAccount(ledger, options.account);
     if (!account)
-        return (void)refuse(context, "There is no account called " + options.account + ".",
-                            kExitFailure);
+        return (void)refuse(context, "There is no account called " + options.account + ".");
     std::optional<Uuid> categoryID;
     if (!options.category.empty()) {
         const LedgerCategory* category = findCategory(ledger, options.category);
         if (!category)
-            return (void)refuse(context, "There is no category called " + options.category + ".",
-                                kExitFailure);
+            return (void)refuse(context, "There is no category called " + options.category + ".");
         categoryID = category->id;
     }
     const ManualTransaction entry{
@@ -190,8 +189,7 @@ void runAddWallet(CommandContext& context, const EntryOptions& options) {
     if (!options.person.empty()) {
         const Person* person = findPerson(runtime->ledger(), options.person);
         if (!person)
-            return (void)refuse(context, "There is no person called " + options.person + ".",
-                                kExitFailure);
+            return (void)refuse(context, "There is no person called " + options.person + ".");
         personID = person->id;
     }
     Account wallet(Uuid::random(), name, AccountType::cash, personID);
@@ -226,8 +224,7 @@ void runBalance(CommandContext& context, const EntryOptions& options) {
         return;
     const Account* wallet = findWallet(runtime->ledger(), options.wallet);
     if (!wallet)
-        return (void)refuse(context, "There is no cash wallet called " + options.wallet + ".",
-                            kExitFailure);
+        return (void)refuse(context, "There is no cash wallet called " + options.wallet + ".");
     const int64_t balance = cashBalance(runtime->ledger(), wallet->id, through);
     if (context.json) {
         printJSON(context,
@@ -254,8 +251,7 @@ void runCashEntry(CommandContext& context, ManualEntryKind kind, const EntryOpti
     const Ledger& ledger = runtime->ledger();
     const Account* wallet = findWallet(ledger, options.wallet);
     if (!wallet)
-        return (void)refuse(context, "There is no cash wallet called " + options.wallet + ".",
-                            kExitFailure);
+        return (void)refuse(context, "There is no cash wallet called " + options.wallet + ".");
     CashEntry entry{.kind = kind,
                     .walletID = wallet->id,
                     .date = date,
@@ -265,8 +261,7 @@ void runCashEntry(CommandContext& context, ManualEntryKind kind, const EntryOpti
     if (!options.category.empty()) {
         const LedgerCategory* category = findCategory(ledger, options.category);
         if (!category)
-            return (void)refuse(context, "There is no category called " + options.category + ".",
-                                kExitFailure);
+            return (void)refuse(context, "There is no category called " + options.category + ".");
         entry.categoryID = category->id;
     }
     const bool moves = kind == ManualEntryKind::withdrawal || kind == ManualEntryKind::deposit;
@@ -279,8 +274,7 @@ void runCashEntry(CommandContext& context, ManualEntryKind kind, const EntryOpti
             entry.bankTransactionID = Uuid::parse(options.bankTransaction);
             if (!entry.bankTransactionID)
                 return (void)refuse(
-                    context, "There's no transaction with the id " + options.bankTransaction + ".",
-                    kExitFailure);
+                    context, "There's no transaction with the id " + options.bankTransaction + ".");
         }
     }
     const Instant now = Instant::now();

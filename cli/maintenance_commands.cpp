@@ -54,9 +54,10 @@ struct MaintenanceOptions {
     std::string value;
 };
 
-bool refuse(CommandContext& context, const std::string& message, int code = kExitFailure) {
+bool refuse(CommandContext& context, const std::string& message) {
     context.err << message << '\n';
-    context.exitCode = code;
+    // Every refusal is a failure of the command, worded for the person.
+    context.exitCode = kExitFailure;
     return false;
 }
 
@@ -83,8 +84,7 @@ void runPersonChange(CommandContext& context, const MaintenanceOptions& options,
     if (options.allowance && !options.allowance->empty()) {
         allowance = Money::parseCents(*options.allowance);
         if (!allowance || *allowance < 0)
-            return (void)refuse(context, "\u201C" + *options.allowance + "\u201D isn't an amount.",
-                                kExitUsage);
+            return (void)refuse(context, "\u201C" + *options.allowance + "\u201D isn't an amount.");
     }
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -99,7 +99,7 @@ void runPersonChange(CommandContext& context, const MaintenanceOptions& options,
             person.name = std::string(text::trimmed(*options.newName));
     }
     if (person.name.empty())
-        return (void)refuse(context, "Enter the person's name.", kExitUsage);
+        return (void)refuse(context, "Enter the person's name.");
     if (options.clearBankNames)
         person.bankNames.clear();
     for (const auto& bankName : options.bankNames) {
@@ -148,20 +148,18 @@ std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledg
     if (options.newName)
         account.name = std::string(text::trimmed(*options.newName));
     if (account.name.empty())
-        return refuse(context, "Enter the account's name.", kExitUsage), std::nullopt;
+        return refuse(context, "Enter the account's name."), std::nullopt;
     if (options.type) {
         const auto type = enumFromRaw<AccountType>(*options.type);
         if (!type)
-            return refuse(context, "There is no account type called " + *options.type + ".",
-                          kExitUsage),
+            return refuse(context, "There is no account type called " + *options.type + "."),
                    std::nullopt;
         account.type = *type;
     }
     if (options.currency) {
         const std::string code = text::uppercased(text::trimmed(*options.currency));
         if (code.size() != 3)
-            return refuse(context, "A currency is three letters, such as USD.", kExitUsage),
-                   std::nullopt;
+            return refuse(context, "A currency is three letters, such as USD."), std::nullopt;
         account.currency = code;
     }
     if (options.last4) {
@@ -170,7 +168,7 @@ std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledg
             digits.size() == 4 &&
             std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; });
         if (!digits.empty() && !fourDigits)
-            return refuse(context, "The last four are four digits.", kExitUsage), std::nullopt;
+            return refuse(context, "The last four are four digits."), std::nullopt;
         account.last4 = digits.empty() ? std::nullopt : std::optional<std::string>(digits);
     }
     if (!options.users.empty() || options.shared || options.nobody) {
@@ -191,7 +189,7 @@ std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledg
             continue;
         const auto value = onOff(**flag);
         if (!value)
-            return refuse(context, "Write on or off.", kExitUsage), std::nullopt;
+            return refuse(context, "Write on or off."), std::nullopt;
         *field = *value;
     }
     for (const auto& card : options.cards) {
@@ -200,11 +198,9 @@ std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledg
                                ? std::nullopt
                                : cardOwner(ledger, std::string_view(card).substr(equals + 1));
         if (!owner || equals == 0)
-            return refuse(context,
-                          "\u201C" + card +
-                              "\u201D isn't a card: write CARD=PERSON, CARD=shared or "
-                              "CARD=unassigned.",
-                          kExitUsage),
+            return refuse(context, "\u201C" + card +
+                                       "\u201D isn't a card: write CARD=PERSON, CARD=shared or "
+                                       "CARD=unassigned."),
                    std::nullopt;
         account.cardAssignments[card.substr(0, equals)] = *owner;
     }
@@ -301,7 +297,7 @@ void runCategories(CommandContext& context) {
 void runCategoryChange(CommandContext& context, const MaintenanceOptions& options, bool adding) {
     const auto group = enumFromRaw<CategoryGroup>(options.group);
     if (!group)
-        return (void)refuse(context, "A category's group is expense or income.", kExitUsage);
+        return (void)refuse(context, "A category's group is expense or income.");
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
@@ -322,7 +318,7 @@ void runCategoryChange(CommandContext& context, const MaintenanceOptions& option
     category.name =
         std::string(text::trimmed(adding ? options.name : options.newName.value_or("")));
     if (category.name.empty())
-        return (void)refuse(context, "Enter the category's name.", kExitUsage);
+        return (void)refuse(context, "Enter the category's name.");
     const LedgerCategory* clash = findCategory(ledger, category.name);
     if (clash && clash->id != category.id)
         return (void)refuse(context, "There is already a category called " + clash->name + ".");
@@ -388,7 +384,7 @@ bool isKnownTimeZone(const std::string& id) {
 void runSettings(CommandContext& context, const MaintenanceOptions& options) {
     // A goal given as nothing clears it; every other setting needs its value.
     if (!options.key.empty() && options.value.empty() && options.key != "monthlySavingsGoal")
-        return (void)refuse(context, "Give the setting's new value after its name.", kExitUsage);
+        return (void)refuse(context, "Give the setting's new value after its name.");
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
@@ -399,17 +395,17 @@ void runSettings(CommandContext& context, const MaintenanceOptions& options) {
     std::function<void(LedgerSettings&)> change;
     if (options.key == "timeZoneID") {
         if (!isKnownTimeZone(value))
-            return (void)refuse(context, "There is no time zone called " + value + ".", kExitUsage);
+            return (void)refuse(context, "There is no time zone called " + value + ".");
         change = [value](LedgerSettings& settings) { settings.timeZoneID = value; };
     } else if (options.key == "reportCurrency") {
         const std::string code = text::uppercased(value);
         if (code.size() != 3)
-            return (void)refuse(context, "A currency is three letters, such as USD.", kExitUsage);
+            return (void)refuse(context, "A currency is three letters, such as USD.");
         change = [code](LedgerSettings& settings) { settings.reportCurrency = code; };
     } else if (options.key == "monthlySavingsGoal") {
         const auto goal = value.empty() ? std::optional<int64_t>(0) : Money::parseCents(value);
         if (!goal || *goal < 0)
-            return (void)refuse(context, "\u201C" + value + "\u201D isn't an amount.", kExitUsage);
+            return (void)refuse(context, "\u201C" + value + "\u201D isn't an amount.");
         change = [goal](LedgerSettings& settings) {
             // Nothing, or nothing at all, means no goal.
             settings.monthlySavingsGoal = *goal > 0 ? goal : std::nullopt;
@@ -419,7 +415,7 @@ void runSettings(CommandContext& context, const MaintenanceOptions& options) {
     } else if (options.key == "keepSourceText") {
         const auto keep = onOff(value);
         if (!keep)
-            return (void)refuse(context, "Write on or off.", kExitUsage);
+            return (void)refuse(context, "Write on or off.");
         runtime->setErrorMessage(std::nullopt);
         // Turning it off erases every raw line kept so far.
         runtime->setKeepSourceText(*keep);
@@ -436,8 +432,7 @@ void runSettings(CommandContext& context, const MaintenanceOptions& options) {
             if (!service)
                 return (void)refuse(context,
                                     "There is no payment service called " + trimmed +
-                                        "; choose from zelle, venmo, cashApp, paypal, appleCash.",
-                                    kExitUsage);
+                                        "; choose from zelle, venmo, cashApp, paypal, appleCash.");
             if (std::find(services.begin(), services.end(), *service) == services.end())
                 services.push_back(*service);
         }
@@ -446,8 +441,7 @@ void runSettings(CommandContext& context, const MaintenanceOptions& options) {
         return (void)refuse(context,
                             "There is no setting called " + options.key +
                                 "; choose from timeZoneID, reportCurrency, monthlySavingsGoal, "
-                                "keepSourceText, paymentServices.",
-                            kExitUsage);
+                                "keepSourceText, paymentServices.");
     }
     if (save(context, *runtime, [&](Ledger& ledger) { return updateSettings(ledger, change); }))
         printSettings(context, runtime->ledger());

@@ -86,10 +86,10 @@ TEST_F(EntryCommandsTest, RefusedEntriesSayWhyAndSaveNothing) {
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err, "Choose a category that matches spending or income.\n");
     result = run({"cash", "gift", "--wallet", "Pocket", "--amount", "0", "--date", "2026-03-05"});
-    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err, "Choose an account and enter a valid date and positive amount.\n");
     result = run({"cash", "add-wallet", " ", "--opening-cash", "-1"});
-    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err, "Enter a wallet name, valid date, and nonnegative opening cash.\n");
 
     LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder.path()});

@@ -268,6 +268,12 @@ TEST_F(CorrectionTest, TheBanksVersionStaysThroughEveryCorrection) {
 }
 
 TEST_F(CorrectionTest, RefusalsAndManualEntriesHaveNoBankVersion) {
+    const auto partner = builder.transaction(checking, "TRANSFER IN", 5000);
+    builder.change(bankLine, [&](LedgerTransaction& t) { t.transferPairID = partner; });
+    expectRefused(Case::unavailable, [&] {
+        (void)correctTransaction(ledger(), bankLine, day(2026, 3, 2), -4500, "X", "Why", now);
+    });
+    builder.change(bankLine, [](LedgerTransaction& t) { t.transferPairID.reset(); });
     expectRefused(Case::reason, [&] {
         (void)correctTransaction(ledger(), bankLine, day(2026, 3, 2), -4500, "SAFEWAY", " ", now);
     });
