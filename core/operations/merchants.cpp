@@ -10,7 +10,7 @@
 
 namespace copperwick {
 
-LedgerDelta renameMerchant(Ledger& ledger, const Uuid& id, std::string_view to) {
+LedgerDelta renameMerchant(Ledger& ledger, Uuid id, std::string_view to) {
     const std::string name(text::trimmedSpaces(to));
     const Merchant* merchant = ledger.merchant(id);
     if (name.empty() || !merchant)
@@ -26,7 +26,7 @@ LedgerDelta renameMerchant(Ledger& ledger, const Uuid& id, std::string_view to) 
     return delta;
 }
 
-LedgerDelta mergeMerchants(Ledger& ledger, const Uuid& id, const Uuid& into) {
+LedgerDelta mergeMerchants(Ledger& ledger, Uuid id, Uuid into) {
     const Merchant* source = ledger.merchant(id);
     if (id == into || !source || !ledger.merchant(into))
         return {};

@@ -12,13 +12,16 @@
 
 namespace copperwick {
 
+// Ids are taken by value: a caller's id often lives in the very record these
+// replace.
+
 // A name another merchant already has, in any case, merges this one into it.
 // Otherwise the name is locked against automatic tidying.
-[[nodiscard]] LedgerDelta renameMerchant(Ledger& ledger, const Uuid& id, std::string_view to);
+[[nodiscard]] LedgerDelta renameMerchant(Ledger& ledger, Uuid id, std::string_view to);
 
 // The target learns the source's keys, takes its filing when it has none,
 // and takes over its transactions as they stand; the source goes.
-[[nodiscard]] LedgerDelta mergeMerchants(Ledger& ledger, const Uuid& id, const Uuid& into);
+[[nodiscard]] LedgerDelta mergeMerchants(Ledger& ledger, Uuid id, Uuid into);
 
 // Stores the merchant under its id, new or not.
 [[nodiscard]] LedgerDelta updateMerchant(Ledger& ledger, const Merchant& merchant, bool applyNow);

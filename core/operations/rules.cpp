@@ -52,7 +52,7 @@ LedgerDelta updateRule(Ledger& ledger, const Rule& rule, bool applyNow) {
     return {};
 }
 
-LedgerDelta deleteRule(Ledger& ledger, const Uuid& id, bool applyNow) {
+LedgerDelta deleteRule(Ledger& ledger, Uuid id, bool applyNow) {
     ledger.rules.eraseIf([&](const Rule& rule) { return rule.id == id; });
     ledger.settings.update([&](LedgerSettings& settings) { std::erase(settings.ruleOrder, id); });
     LedgerDelta delta;

@@ -21,7 +21,7 @@ namespace copperwick {
 // An unknown id changes nothing, and nothing is matched again.
 [[nodiscard]] LedgerDelta updateRule(Ledger& ledger, const Rule& rule, bool applyNow);
 
-[[nodiscard]] LedgerDelta deleteRule(Ledger& ledger, const Uuid& id, bool applyNow);
+[[nodiscard]] LedgerDelta deleteRule(Ledger& ledger, Uuid id, bool applyNow);
 
 // Takes `ids` as given; rules left out run after them.
 [[nodiscard]] LedgerDelta setRuleOrder(Ledger& ledger, const std::vector<Uuid>& ids, bool applyNow);
