@@ -34,7 +34,7 @@ LedgerDelta upsertPerson(Ledger& ledger, Person person) {
     return delta;
 }
 
-LedgerDelta deletePerson(Ledger& ledger, const Uuid& id) {
+LedgerDelta deletePerson(Ledger& ledger, Uuid id) {
     LedgerDelta delta;
     for (std::size_t i = 0; i < ledger.people.size(); ++i) {
         if (ledger.people[i].id == id) {
@@ -79,7 +79,7 @@ LedgerDelta deletePerson(Ledger& ledger, const Uuid& id) {
     return delta;
 }
 
-std::optional<LedgerDelta> deleteAccount(Ledger& ledger, const Uuid& id) {
+std::optional<LedgerDelta> deleteAccount(Ledger& ledger, Uuid id) {
     const bool inUse = std::any_of(
         ledger.transactions.begin(), ledger.transactions.end(),
         [&](const LedgerTransaction& transaction) { return transaction.accountID == id; });
@@ -97,8 +97,7 @@ std::optional<LedgerDelta> deleteAccount(Ledger& ledger, const Uuid& id) {
     return delta;
 }
 
-LedgerDelta deleteCategory(Ledger& ledger, const Uuid& id,
-                           const std::optional<Uuid>& replacementID) {
+LedgerDelta deleteCategory(Ledger& ledger, Uuid id, const std::optional<Uuid>& replacementID) {
     // The category itself can't stand in for itself.
     const LedgerCategory* replacement =
         replacementID == id ? nullptr : ledger.category(replacementID);

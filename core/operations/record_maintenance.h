@@ -4,6 +4,7 @@
 // accounts and categories. None is undoable. A removal goes the long way
 // round so that no transaction is left pointing at nothing: every reference
 // is rewritten first, then the record goes, then everything is matched again.
+// Ids are taken by value, since a caller's may live in the record removed.
 
 #include <optional>
 
@@ -18,15 +19,15 @@ namespace copperwick {
 
 // The person leaves every account, card and assignment; lines set to them
 // become unassigned rather than nobody's at all.
-[[nodiscard]] LedgerDelta deletePerson(Ledger& ledger, const Uuid& id);
+[[nodiscard]] LedgerDelta deletePerson(Ledger& ledger, Uuid id);
 
 // Absent, changing nothing, while any transaction (voided ones too) names the
 // account: its imports must be undone first, or the account archived.
-[[nodiscard]] std::optional<LedgerDelta> deleteAccount(Ledger& ledger, const Uuid& id);
+[[nodiscard]] std::optional<LedgerDelta> deleteAccount(Ledger& ledger, Uuid id);
 
 // Lines, rules and merchants move to the replacement, or without one go back
 // to Review; the category's budgets go with it.
-[[nodiscard]] LedgerDelta deleteCategory(Ledger& ledger, const Uuid& id,
+[[nodiscard]] LedgerDelta deleteCategory(Ledger& ledger, Uuid id,
                                          const std::optional<Uuid>& replacement);
 
 }  // namespace copperwick
