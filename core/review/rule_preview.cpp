@@ -62,13 +62,15 @@ RulePreview RulePreview::compute(const Rule& draft, const Ledger& ledger,
     RulePreview preview;
     std::map<std::string, int> shadows;
     std::vector<const LedgerTransaction*> open;
-    for (const auto& [line, normalized] : matched) {
+    for (const auto& entry : matched) {
+        // Named apart, not bound: lambdas can't capture structured bindings everywhere.
+        const LedgerTransaction* line = entry.first;
+        const std::string& text = entry.second;
         preview.matchingIDs.push_back(line->id);
         if (line->review == ReviewState::confirmed) {
             preview.confirmedIDs.push_back(line->id);
             continue;
         }
-        const std::string& text = normalized;
         const auto taker = std::find_if(ahead.begin(), ahead.end(), [&](const auto& earlier) {
             return earlier.second.firstMatchingRule(*line, text) != nullptr;
         });
