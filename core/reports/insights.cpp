@@ -209,7 +209,9 @@ std::vector<RecurringCharge> recurring(const CandidateGroups& groups, const Ledg
 std::vector<UnusualCharge> unusual(const CandidateGroups& groups, const Ledger& ledger,
                                    const ReportFilter& filter) {
     std::vector<UnusualCharge> found;
-    for (const auto& [key, group] : groups) {
+    for (const auto& entry : groups) {
+        // Named apart, not bound: lambdas can't capture structured bindings everywhere.
+        const auto& group = entry.second;
         // The group is in date order, so a charge's history is one run of it:
         // from the first charge inside the 180 days to the last one of an
         // earlier day.
