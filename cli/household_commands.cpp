@@ -106,16 +106,10 @@ struct AssignOptions {
 };
 
 void runAssign(CommandContext& context, const AssignOptions& options) {
-    std::vector<Uuid> ids;
-    for (const auto& text : options.ids) {
-        const auto id = Uuid::parse(text::trimmed(text));
-        if (!id) {
-            context.err << "\u201C" << text << "\u201D isn't a transaction id.\n";
-            context.exitCode = kExitUsage;
-            return;
-        }
-        ids.push_back(*id);
-    }
+    const auto listed = readTransactionIDs(context, options.ids);
+    if (!listed)
+        return;
+    const std::vector<Uuid>& ids = *listed;
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;

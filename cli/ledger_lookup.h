@@ -3,8 +3,12 @@
 // Finding the records a person names on the command line: by id, or by name
 // ignoring case.
 
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "cli/commands.h"
 #include "core/model/ledger.h"
 #include "core/model/text.h"
 
@@ -40,6 +44,22 @@ inline const Merchant* findMerchant(const Ledger& ledger, std::string_view nameO
     if (const auto id = Uuid::parse(nameOrID))
         return ledger.merchant(*id);
     return ledger.merchantNamed(nameOrID);
+}
+
+// The ids a person listed, or absent after saying which one isn't an id.
+inline std::optional<std::vector<Uuid>> readTransactionIDs(CommandContext& context,
+                                                           const std::vector<std::string>& texts) {
+    std::vector<Uuid> ids;
+    for (const auto& text : texts) {
+        const auto id = Uuid::parse(text::trimmed(text));
+        if (!id) {
+            context.err << "\u201C" << text << "\u201D isn't a transaction id.\n";
+            context.exitCode = kExitUsage;
+            return std::nullopt;
+        }
+        ids.push_back(*id);
+    }
+    return ids;
 }
 
 }  // namespace copperwick::cli

@@ -196,16 +196,10 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
         context.exitCode = kExitUsage;
         return;
     }
-    std::vector<Uuid> ids;
-    for (const auto& text : options.ids) {
-        const auto id = Uuid::parse(text::trimmed(text));
-        if (!id) {
-            context.err << "\u201C" << text << "\u201D isn't a transaction id.\n";
-            context.exitCode = kExitUsage;
-            return;
-        }
-        ids.push_back(*id);
-    }
+    auto listed = readTransactionIDs(context, options.ids);
+    if (!listed)
+        return;
+    std::vector<Uuid> ids = std::move(*listed);
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;

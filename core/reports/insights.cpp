@@ -6,6 +6,7 @@
 #include "core/model/checked.h"
 #include "core/model/money.h"
 #include "core/reports/report_engine.h"
+#include "core/reports/transaction_walk.h"
 
 namespace copperwick {
 
@@ -97,21 +98,9 @@ namespace detail {
 CandidateGroups candidates(const Ledger& ledger, const ReportFilter& filter) {
     // Refunds are never candidates, so they can't break a series.
     CandidateGroups groups;
-    std::vector<const LedgerTransaction*> all;
-    all.reserve(ledger.transactions.size());
-    for (const auto& transaction : ledger.transactions)
-        all.push_back(&transaction);
-    // Read a few records ahead: the walk is bound by memory latency.
-    constexpr std::size_t kReadAhead = 12;
+    const auto all = TransactionWalk::addresses(ledger);
     for (std::size_t i = 0; i < all.size(); ++i) {
-        if (i + kReadAhead < all.size()) {
-            const LedgerTransaction* next = all[i + kReadAhead];
-            __builtin_prefetch(&next->accountID);
-            __builtin_prefetch(&next->status);
-            __builtin_prefetch(&next->kind);
-            __builtin_prefetch(&next->supersededBy);
-            __builtin_prefetch(&next->voided);
-        }
+        TransactionWalk::readAhead(all, i);
         const LedgerTransaction& transaction = *all[i];
         if (!transaction.isActive() || transaction.status != TransactionStatus::posted ||
             transaction.kind != TransactionKind::expense || transaction.amount >= 0)

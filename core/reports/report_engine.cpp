@@ -1,5 +1,7 @@
 #include "core/reports/report_engine.h"
 
+#include "core/reports/transaction_walk.h"
+
 #include <algorithm>
 #include <cstring>
 #include <unordered_map>
@@ -11,6 +13,7 @@
 #include "core/model/money.h"
 #include "core/model/text.h"
 #include "core/reports/account_history.h"
+#include "core/reports/transaction_walk.h"
 
 namespace copperwick::ReportEngine {
 
@@ -87,7 +90,7 @@ struct CategoryAccumulator {
     MerchantTable merchants;
 };
 
-constexpr std::size_t kReadAhead = 12;
+constexpr std::size_t kReadAhead = TransactionWalk::kReadAhead;
 
 // An id as two machine words, for cheap equality.
 using IDWords = std::pair<uint64_t, uint64_t>;
@@ -157,23 +160,11 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                          history == histories.end() ? nullptr : &history->second});
     }
 
-    // The records lie scattered on the heap and each is read once, so the
-    // walk is bound by memory latency: take the addresses first (the table
-    // alone), then read ahead a few records while working on the current one.
-    std::vector<const LedgerTransaction*> all;
-    all.reserve(ledger.transactions.size());
-    for (const auto& transaction : ledger.transactions)
-        all.push_back(&transaction);
+    // Bound by memory latency: see TransactionWalk.
+    const auto all = TransactionWalk::addresses(ledger);
     std::vector<const LedgerTransaction*> inSpan;
     for (std::size_t i = 0; i < all.size(); ++i) {
-        if (i + kReadAhead < all.size()) {
-            const LedgerTransaction* next = all[i + kReadAhead];
-            __builtin_prefetch(&next->accountID);
-            __builtin_prefetch(&next->status);
-            __builtin_prefetch(&next->kind);
-            __builtin_prefetch(&next->supersededBy);
-            __builtin_prefetch(&next->voided);
-        }
+        TransactionWalk::readAhead(all, i);
         const LedgerTransaction& transaction = *all[i];
         if (transaction.supersededBy || transaction.voided)
             continue;
