@@ -48,6 +48,8 @@ class CommandLine {
         addReviewCommands(m_app, m_context);
         addRulesCommands(m_app, m_context);
         addMerchantsCommands(m_app, m_context);
+        addPaymentsCommand(m_app, m_context);
+        addExportCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
     }
 

@@ -31,5 +31,7 @@ void addNotesCommands(CLI::App& app, CommandContext& context);
 void addReviewCommands(CLI::App& app, CommandContext& context);
 void addRulesCommands(CLI::App& app, CommandContext& context);
 void addMerchantsCommands(CLI::App& app, CommandContext& context);
+void addPaymentsCommand(CLI::App& app, CommandContext& context);
+void addExportCommands(CLI::App& app, CommandContext& context);
 
 }  // namespace copperwick::cli

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "cli/payment_panels.h"
 #include "cli/report_json.h"
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
@@ -98,12 +99,13 @@ void printOverview(std::ostream& out, const Ledger& ledger, const ReportBundle& 
     }
     if (!report.filter.wholeHousehold)
         printHouseholdContext(out, ledger, report, today);
-    if (report.transferCount > 0) {
-        out << "\nMoney moved within the household\n";
-        row(out, "Transfers", money(report.transferVolume, currency),
-            std::to_string(report.transferCount) + " transactions");
-        out << "  Not counted as income or spending. Shown so these numbers line up with what "
-               "happened in the accounts.\n";
+    if (!report.filter.wholeHousehold && !bundle.zelle.household.isEmpty()) {
+        out << '\n';
+        printHouseholdMoney(out, bundle);
+    }
+    if (!ledger.settings->paymentServices.empty()) {
+        out << '\n';
+        printPaymentServices(out, ledger, bundle);
     }
 }
 

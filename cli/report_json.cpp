@@ -29,6 +29,13 @@ array each(const std::vector<T>& list) {
     return result;
 }
 
+array texts(const std::vector<std::string>& list) {
+    array result;
+    for (const auto& text : list)
+        result.push_back(value(text));
+    return result;
+}
+
 array uuidSet(const std::set<Uuid>& set) {
     array result;
     for (const auto& id : set)
@@ -133,10 +140,7 @@ value toJSON(const Report& report) {
     result["includedIDs"] = ids(report.includedIDs);
     result["aiFiledIDs"] = ids(report.aiFiledIDs);
     result["notes"] = each(report.notes);
-    array names;
-    for (const auto& name : report.accountNames)
-        names.push_back(value(name));
-    result["accountNames"] = std::move(names);
+    result["accountNames"] = texts(report.accountNames);
     result["giftsReceived"] = report.giftsReceived;
     result["savings"] = report.savings();
     if (const auto rate = report.savingsRateTenths())
@@ -219,10 +223,48 @@ value toJSON(const ReportBundle& bundle) {
                                      {"left", allowance->left}};
     result["recurring"] = each(bundle.recurring);
     result["unusual"] = each(bundle.unusual);
-    // Filled once the payment-service tables exist.
-    result["zelle"] = array();
-    result["payments"] = array();
+    result["zelle"] = toJSON(bundle.zelle);
+    result["payments"] = toJSON(bundle.payments);
     return result;
+}
+
+value toJSON(const PaymentActivity& activity) {
+    array lines;
+    for (const auto& line : activity.lines)
+        lines.push_back(object{{"id", line.id},
+                               {"name", line.name},
+                               {"service", rawValue(line.service)},
+                               {"sent", line.sent},
+                               {"received", line.received},
+                               {"net", line.net()},
+                               {"transactionIDs", ids(line.transactionIDs)},
+                               {"howCounted", texts(line.howCounted)}});
+    return object{{"lines", std::move(lines)},
+                  {"sent", activity.sent},
+                  {"received", activity.received},
+                  {"net", activity.net()},
+                  {"transactionIDs", ids(activity.transactionIDs)}};
+}
+
+value toJSON(const ZelleSummary& summary) {
+    array lines;
+    for (const auto& line : summary.lines)
+        lines.push_back(object{{"id", line.id},
+                               {"name", line.name},
+                               {"received", line.received},
+                               {"sent", line.sent},
+                               {"count", line.count},
+                               {"howCounted", texts(line.howCounted)},
+                               {"transactionIDs", ids(line.transactionIDs)}});
+    const HouseholdMoney& household = summary.household;
+    return object{{"lines", std::move(lines)},
+                  {"received", summary.received},
+                  {"sent", summary.sent},
+                  {"transactionIDs", ids(summary.transactionIDs)},
+                  {"household", object{{"sent", household.sent},
+                                       {"received", household.received},
+                                       {"sentIDs", ids(household.sentIDs)},
+                                       {"receivedIDs", ids(household.receivedIDs)}}}};
 }
 
 value toJSON(const AccountFreshness& freshness) {

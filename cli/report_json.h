@@ -18,6 +18,8 @@ namespace copperwick::cli::report_json {
 [[nodiscard]] boost::json::value toJSON(const BudgetLine& line);
 [[nodiscard]] boost::json::value toJSON(const RecurringCharge& charge);
 [[nodiscard]] boost::json::value toJSON(const UnusualCharge& charge);
+[[nodiscard]] boost::json::value toJSON(const PaymentActivity& activity);
+[[nodiscard]] boost::json::value toJSON(const ZelleSummary& summary);
 [[nodiscard]] boost::json::value toJSON(const ReportBundle& bundle);
 [[nodiscard]] boost::json::value toJSON(const AccountFreshness& freshness);
 

@@ -1,5 +1,6 @@
-// `copperwick review`, `copperwick classify` and `copperwick approve`: what
-// waits for a decision, and the decisions themselves, each one undoable step.
+// `copperwick review`, `copperwick classify`, `copperwick classify-zelle` and
+// `copperwick approve`: what waits for a decision, and the decisions
+// themselves, each one undoable step.
 
 #include <algorithm>
 #include <memory>
@@ -19,6 +20,7 @@
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/zelle_choice.h"
 #include "core/review/review_queue.h"
 
 namespace copperwick::cli {
@@ -190,46 +192,70 @@ struct ClassifyOptions {
     bool noRemember = false;
 };
 
-void runClassify(CommandContext& context, const ClassifyOptions& options) {
-    if (options.group.empty() == options.ids.empty()) {
+// What a decision is about: a review group's lines, or the listed ones.
+struct DecisionTarget {
+    std::vector<Uuid> ids;
+    std::string label;                        // what Undo shows
+    std::optional<std::string> merchantName;  // the group's name, offered when none is typed
+};
+
+// Absent, with the reason printed, when the group or a listed id isn't there.
+std::optional<DecisionTarget> decisionTarget(CommandContext& context, const Ledger& ledger,
+                                             const std::string& groupID,
+                                             const std::vector<Uuid>& listed) {
+    DecisionTarget target;
+    if (!groupID.empty()) {
+        const auto groups = ReviewQueue::groups(ledger);
+        const ReviewGroup* group = findGroup(groups, groupID);
+        if (!group && reportNoGroup(context, groupID))
+            return std::nullopt;
+        target.ids = group->transactionIDs;
+        target.label = "Review " + group->displayName;
+        target.merchantName = group->displayName;
+        return target;
+    }
+    for (const auto& id : listed) {
+        if (!ledger.transaction(id)) {
+            context.err << "There's no transaction with the id " << id.text() << ".\n";
+            context.exitCode = kExitFailure;
+            return std::nullopt;
+        }
+    }
+    target.ids = listed;
+    target.label = "Classify";
+    return target;
+}
+
+// The group id or the --ids, exactly one of them; absent after saying why.
+std::optional<std::vector<Uuid>> listedIDs(CommandContext& context, const std::string& groupID,
+                                           const std::vector<std::string>& ids) {
+    if (groupID.empty() == ids.empty()) {
         context.err << "Give either a group id or --ids, not both.\n";
         context.exitCode = kExitUsage;
-        return;
+        return std::nullopt;
     }
-    auto listed = readTransactionIDs(context, options.ids);
+    return readTransactionIDs(context, ids);
+}
+
+void runClassify(CommandContext& context, const ClassifyOptions& options) {
+    const auto listed = listedIDs(context, options.group, options.ids);
     if (!listed)
         return;
-    std::vector<Uuid> ids = std::move(*listed);
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
+    const auto target = decisionTarget(context, ledger, options.group, *listed);
+    if (!target)
+        return;
+    const std::vector<Uuid>& ids = target->ids;
 
     Classification decision;
     decision.remember = !options.noRemember;
-    if (!options.merchant.empty())
-        decision.merchantName = options.merchant;
-    if (!options.group.empty()) {
-        const auto groups = ReviewQueue::groups(ledger);
-        const ReviewGroup* group = findGroup(groups, options.group);
-        if (!group && reportNoGroup(context, options.group))
-            return;
-        ids = group->transactionIDs;
-        decision.label = "Review " + group->displayName;
-        // The group's own name is what the card offers when no other is typed.
-        if (!decision.merchantName)
-            decision.merchantName = group->displayName;
-    } else {
-        for (const auto& id : ids) {
-            if (!ledger.transaction(id)) {
-                context.err << "There's no transaction with the id " << id.text() << ".\n";
-                context.exitCode = kExitFailure;
-                return;
-            }
-        }
-        decision.label = "Classify";
-    }
     decision.ids = ids;
+    decision.label = target->label;
+    decision.merchantName =
+        options.merchant.empty() ? target->merchantName : std::optional(options.merchant);
 
     const LedgerCategory* category = nullptr;
     if (!options.category.empty()) {
@@ -269,6 +295,83 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
     if (reportFailedChange(*runtime, context))
         return;
     printOutcome(context, *runtime, ids, changed, decision.label);
+}
+
+struct ClassifyZelleOptions {
+    std::string group;
+    std::vector<std::string> ids;
+    std::string choice;
+    std::string merchant;
+    std::string category;
+    bool noRemember = false;
+};
+
+std::string choiceList(bool moneyIn) {
+    std::string list;
+    for (const ZelleChoice choice : zelleChoices(moneyIn))
+        list += (list.empty() ? "" : ", ") + std::string(rawValue(choice));
+    return list;
+}
+
+void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& options) {
+    const auto listed = listedIDs(context, options.group, options.ids);
+    if (!listed)
+        return;
+    const ZelleChoice choice = *enumFromRaw<ZelleChoice>(options.choice);
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    const auto target = decisionTarget(context, ledger, options.group, *listed);
+    if (!target)
+        return;
+
+    // The question offers different answers for money in and money out.
+    const LedgerTransaction* example =
+        target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
+    const bool moneyIn = example && example->amount > 0;
+    const auto offered = zelleChoices(moneyIn);
+    if (std::find(offered.begin(), offered.end(), choice) == offered.end()) {
+        context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
+                    << (moneyIn ? "in" : "out") << ". Choose one of: " << choiceList(moneyIn)
+                    << ".\n";
+        context.exitCode = kExitUsage;
+        return;
+    }
+
+    ZelleDecision decision;
+    decision.ids = target->ids;
+    decision.choice = choice;
+    decision.remember = !options.noRemember;
+    decision.label = target->label;
+    decision.merchantName =
+        options.merchant.empty() ? target->merchantName : std::optional(options.merchant);
+    if (traits(choice).needsCategory) {
+        const LedgerCategory* category =
+            options.category.empty() ? nullptr : findCategory(ledger, options.category);
+        if (!options.category.empty() && !category) {
+            context.err << "There's no category called \u201C" << options.category << "\u201D.\n";
+            context.exitCode = kExitFailure;
+            return;
+        }
+        if (!category || category->group != traits(choice).categoryGroup) {
+            context.err << "Choose a category that matches spending or income.\n";
+            context.exitCode = kExitFailure;
+            return;
+        }
+        decision.categoryID = category->id;
+    }
+
+    runtime->setErrorMessage(std::nullopt);
+    bool changed = false;
+    runtime->apply([&](Ledger& copy) {
+        auto delta = classifyZelle(copy, decision, Instant::now());
+        changed = !delta.isEmpty();
+        return delta;
+    });
+    if (reportFailedChange(*runtime, context))
+        return;
+    printOutcome(context, *runtime, decision.ids, changed, decision.label);
 }
 
 struct ApproveOptions {
@@ -331,6 +434,29 @@ void addReviewCommands(CLI::App& app, CommandContext& context) {
                               "Only these transactions change");
     classifyCommand->callback(
         [&context, classifyOptions] { runClassify(context, *classifyOptions); });
+
+    auto* zelle = app.add_subcommand("classify-zelle",
+                                     "Say what a Zelle or other person-to-person payment was for");
+    auto zelleOptions = std::make_shared<ClassifyZelleOptions>();
+    zelle->add_option("GROUP_ID", zelleOptions->group,
+                      "A group's id, as `copperwick review` shows it");
+    zelle->add_option("--ids", zelleOptions->ids, "The transactions' ids, separated by commas")
+        ->delimiter(',');
+    std::vector<std::string> choices;
+    for (const ZelleChoice choice : allCases<ZelleChoice>())
+        choices.emplace_back(rawValue(choice));
+    zelle
+        ->add_option("--choice", zelleOptions->choice,
+                     "Money out: spending, giftSent, payingEachOther, dontCount. Money in: "
+                     "income, sold, giftReceived, payingMeBack, payingEachOther, dontCount")
+        ->required()
+        ->check(CLI::IsMember(choices));
+    zelle->add_option("--category", zelleOptions->category,
+                      "The category, for spending, income and payingMeBack");
+    zelle->add_option("--merchant", zelleOptions->merchant,
+                      "The person or business (default: the group's name)");
+    zelle->add_flag("--no-remember", zelleOptions->noRemember, "Only these transactions change");
+    zelle->callback([&context, zelleOptions] { runClassifyZelle(context, *zelleOptions); });
 
     auto* approve = app.add_subcommand("approve", "Approve a review group's suggestion");
     auto approveOptions = std::make_shared<ApproveOptions>();

@@ -73,14 +73,8 @@ void runTransactions(CommandContext& context, const TransactionsOptions& options
             (from && transaction->date < *from) || (to && transaction->date > *to) ||
             (options.review && !transaction->needsReview()))
             continue;
-        if (!search.empty()) {
-            const auto haystack = text::lowercased(
-                transaction->rawDescription + "\n" +
-                nameOrEmpty(ledger.merchant(transaction->merchantID)) + "\n" +
-                nameOrEmpty(ledger.category(transaction->categoryID)) + "\n" + transaction->note);
-            if (haystack.find(search) == std::string::npos)
-                continue;
-        }
+        if (!search.empty() && !matchesSearch(ledger, *transaction, search))
+            continue;
         lines.push_back(transaction);
     }
     std::sort(lines.begin(), lines.end(),

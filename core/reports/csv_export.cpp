@@ -35,11 +35,16 @@ std::string joined(const std::vector<T>& items, Text&& text) {
 }  // namespace
 
 std::string quote(std::string_view text) {
-    // A carriage return ends a line for spreadsheets as a line feed does.
+    // A carriage return ends a line for spreadsheets as a line feed does, and
+    // a tab at either end is trimmed like a space.
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
     const bool needsQuotes = text.find_first_of(",\"\n\r") != std::string_view::npos ||
-                             (!text.empty() && (text.front() == ' ' || text.back() == ' '));
+                             (!text.empty() && (isBlank(text.front()) || isBlank(text.back())));
     if (needsQuotes) {
         std::string quoted = "\"";
+        // Some spreadsheets start a formula after a leading tab or return too.
+        if (text.front() == '\t' || text.front() == '\r')
+            quoted += '\'';
         for (const char c : text) {
             if (c == '"')
                 quoted += '"';
@@ -109,6 +114,67 @@ std::string transactions(const std::vector<Uuid>& ids, const Ledger& ledger) {
                      original ? original->date.iso() : std::string(),
                      original ? Money::decimalString(original->amount) : std::string(),
                      original ? original->description : std::string(), splits, corrections});
+    }
+    return text;
+}
+
+std::string reportSummary(const Report& report, const PaymentActivity& payments) {
+    using Money::decimalString;
+    std::vector<std::string> lines;
+    const auto add = [&lines](std::vector<std::string> cells) { lines.push_back(row(cells)); };
+    const DateSpan& span = report.filter.span;
+    add({"Copperwick report", span.label()});
+    add({"From", span.start.iso(), "To", span.end.iso()});
+    add({"Accounts", joined(report.accountNames, [](const std::string& name) { return name; })});
+    add({"Currency", report.filter.currency});
+    add({"People", report.scopeLabel});
+
+    add({});
+    add({"Summary", "Amount"});
+    add({"Income", decimalString(report.income)});
+    add({"Spending (after refunds)", decimalString(report.spending)});
+    add({"Refunds", decimalString(report.refunds)});
+    add({"Savings", decimalString(report.savings())});
+    add({"Transfers between accounts (not counted)", decimalString(report.transferVolume)});
+    add({"Needs review: money in (not counted)", decimalString(report.unknownIn)});
+    add({"Needs review: money out (not counted)", decimalString(report.unknownOut)});
+    add({"Pending (not counted)", decimalString(report.pendingTotal)});
+
+    add({});
+    add({"Category", "Merchant", "Spent", "Transactions"});
+    for (const auto& category : report.categories) {
+        add({category.name, "", decimalString(category.amount), std::to_string(category.count)});
+        for (const auto& merchant : category.merchants)
+            add({category.name, merchant.name, decimalString(merchant.amount),
+                 std::to_string(merchant.count)});
+    }
+
+    add({});
+    add({"Income source", "Received", "Transactions"});
+    for (const auto& source : report.incomeSources)
+        add({source.name, decimalString(source.amount), std::to_string(source.count)});
+
+    if (!payments.lines.empty()) {
+        add({});
+        add({"Payment services (account flows, not additional income or spending)"});
+        add({"Service", "Person or business", "Sent", "Received", "Net"});
+        for (const auto& line : payments.lines)
+            add({std::string(name(line.service)), line.name, decimalString(line.sent),
+                 decimalString(line.received), decimalString(line.net())});
+    }
+
+    if (!report.notes.empty()) {
+        add({});
+        add({"Notes"});
+        for (const auto& note : report.notes)
+            add({note.text});
+    }
+
+    std::string text;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (i > 0)
+            text += '\n';
+        text += lines[i];
     }
     return text;
 }

@@ -12,7 +12,9 @@ ReportBundle ReportBundle::build(const Ledger& ledger, const ReportFilter& filte
                         .savingsGoal = std::nullopt,
                         .allowance = std::nullopt,
                         .recurring = Insights::detail::recurring(candidates, ledger, today),
-                        .unusual = Insights::detail::unusual(candidates, ledger, filter)};
+                        .unusual = Insights::detail::unusual(candidates, ledger, filter),
+                        .zelle = ZelleActivity::build(ledger, filter),
+                        .payments = PaymentActivity::build(ledger, filter)};
     bundle.budgets = BudgetReport::lines(ledger, bundle.report());
     bundle.savingsGoal = BudgetReport::savingsGoal(ledger, bundle.report());
     bundle.allowance = BudgetReport::allowance(ledger, bundle.report());

@@ -2,7 +2,8 @@
 
 // Everything the Reports section shows for one filter, computed in one go:
 // the report and the one before it, the budget lines, the savings goal and
-// allowance, recurring and unusual charges. A plain copyable value.
+// allowance, recurring and unusual charges, and the payment-service activity
+// with the household's own money moves. A plain copyable value.
 
 #include <optional>
 #include <vector>
@@ -10,7 +11,9 @@
 #include "core/model/ledger.h"
 #include "core/reports/budget_report.h"
 #include "core/reports/insights.h"
+#include "core/reports/payment_activity.h"
 #include "core/reports/report_comparison.h"
+#include "core/reports/zelle_activity.h"
 
 namespace copperwick {
 
@@ -22,6 +25,8 @@ struct ReportBundle {
     std::optional<Allowance> allowance;
     std::vector<RecurringCharge> recurring;
     std::vector<UnusualCharge> unusual;
+    ZelleSummary zelle;
+    PaymentActivity payments;
 
     [[nodiscard]] static ReportBundle build(const Ledger& ledger, const ReportFilter& filter,
                                             LocalDate today);

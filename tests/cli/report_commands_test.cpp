@@ -78,7 +78,8 @@ TEST_F(ReportCommandsTest, TextAndJSONTellTheSameFigures) {
     EXPECT_EQ(report.at("savingsRateTenths").as_int64(), 506);
     EXPECT_EQ(report.at("categories").as_array()[0].at("name").as_string(), "Housing");
     EXPECT_EQ(bundle.at("comparison").at("previous").at("spending").as_int64(), 2000);
-    EXPECT_EQ(bundle.at("zelle").as_array().size(), 0u);
+    EXPECT_EQ(bundle.at("zelle").at("lines").as_array().size(), 0u);
+    EXPECT_EQ(bundle.at("payments").at("sent").as_int64(), 0);
     EXPECT_FALSE(bundle.contains("savingsGoal"));
 
     result = run({"report", "--period", "lastMonth", "--tab", "income"});

@@ -22,7 +22,10 @@ TEST(CSVExportTest, FormulasAreDefusedAndAmountsStayNumbers) {
     EXPECT_EQ(CSVExport::quote("trailing "), "\"trailing \"");
     EXPECT_EQ(CSVExport::quote(" leading"), "\" leading\"");
     EXPECT_EQ(CSVExport::quote("two\nlines"), "\"two\nlines\"");
-    EXPECT_EQ(CSVExport::quote("\rreturn"), "\"\rreturn\"");
+    EXPECT_EQ(CSVExport::quote("\rreturn"), "\"'\rreturn\"")
+        << "a return or tab at the start can start a formula too";
+    EXPECT_EQ(CSVExport::quote("\t=SUM(1)"), "\"'\t=SUM(1)\"");
+    EXPECT_EQ(CSVExport::quote("tab\t"), "\"tab\t\"");
     EXPECT_EQ(CSVExport::quote(""), "");
     EXPECT_EQ(CSVExport::row({"a", "", "b,c"}), "a,,\"b,c\"");
 }
@@ -91,6 +94,76 @@ TEST_F(CSVExportTransactionsTest, ASplitWhoseCategoryIsGoneSaysUncategorized) {
     EXPECT_NE(CSVExport::transactions({line}, builder.ledger())
                   .find("Uncategorized: -6.00; Dining: -4.00"),
               std::string::npos);
+}
+
+TEST(CSVExportSummaryTest, EverySectionInOrderWithPlainAmounts) {
+    const DateSpan march(day(2026, 3, 1), day(2026, 3, 31));
+    Report report(
+        ReportFilter(march, {}, {}, "USD", std::nullopt, false, false, PeopleMode::assigned));
+    report.scopeLabel = "Whole household";
+    report.accountNames = {"Checking", "Card, joint"};
+    report.income = 500000;
+    report.spending = 123456;
+    report.refunds = 1000;
+    report.transferVolume = 20000;
+    report.unknownIn = 500;
+    report.unknownOut = -700;
+    report.pendingTotal = -4200;
+    report.categories = {
+        CategoryLine{.id = "c",
+                     .name = "Dining",
+                     .amount = 4550,
+                     .count = 3,
+                     .merchants = {MerchantLine{.name = "=Cafe", .amount = 4550, .count = 3}}}};
+    report.incomeSources = {MerchantLine{.name = "Acme", .amount = 500000, .count = 2}};
+    report.notes = {DataNote{.text = "-note"}};
+    PaymentActivity payments;
+    payments.lines = {PaymentActivityLine{.id = "venmo:x",
+                                          .name = "Jo",
+                                          .service = PaymentService::venmo,
+                                          .sent = 1000,
+                                          .received = 250}};
+
+    EXPECT_EQ(CSVExport::reportSummary(report, payments),
+              "Copperwick report,March 2026\n"
+              "From,2026-03-01,To,2026-03-31\n"
+              "Accounts,\"Checking; Card, joint\"\n"
+              "Currency,USD\n"
+              "People,Whole household\n"
+              "\n"
+              "Summary,Amount\n"
+              "Income,5000.00\n"
+              "Spending (after refunds),1234.56\n"
+              "Refunds,10.00\n"
+              "Savings,3765.44\n"
+              "Transfers between accounts (not counted),200.00\n"
+              "Needs review: money in (not counted),5.00\n"
+              "Needs review: money out (not counted),-7.00\n"
+              "Pending (not counted),-42.00\n"
+              "\n"
+              "Category,Merchant,Spent,Transactions\n"
+              "Dining,,45.50,3\n"
+              "Dining,\"'=Cafe\",45.50,3\n"
+              "\n"
+              "Income source,Received,Transactions\n"
+              "Acme,5000.00,2\n"
+              "\n"
+              "\"Payment services (account flows, not additional income or spending)\"\n"
+              "Service,Person or business,Sent,Received,Net\n"
+              "Venmo,Jo,10.00,2.50,-7.50\n"
+              "\n"
+              "Notes\n"
+              "\"'-note\"");
+}
+
+TEST(CSVExportSummaryTest, NoPaymentsAndNoNotesLeaveTheirSectionsOut) {
+    const DateSpan march(day(2026, 3, 1), day(2026, 3, 31));
+    const Report report(
+        ReportFilter(march, {}, {}, "USD", std::nullopt, false, false, PeopleMode::assigned));
+    const auto text = CSVExport::reportSummary(report, PaymentActivity{});
+    EXPECT_EQ(text.find("Payment services"), std::string::npos);
+    EXPECT_EQ(text.find("Notes"), std::string::npos);
+    EXPECT_TRUE(text.ends_with("Income source,Received,Transactions")) << text;
 }
 
 }  // namespace

@@ -1,0 +1,165 @@
+// `copperwick export transactions FILE [filters]` and `copperwick export
+// summary FILE [period and people options]`: CSV files that a spreadsheet
+// opens safely, as the Reports and Transactions screens save them.
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <ostream>
+
+#include <boost/json/object.hpp>
+
+#include "cli/commands.h"
+#include "cli/ledger_lookup.h"
+#include "cli/report_options.h"
+#include "cli/runtime_session.h"
+#include "core/model/uuid.h"
+#include "core/reports/csv_export.h"
+
+namespace copperwick::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ExportOptions {
+    std::string file;
+    ReportOptions filter;
+    std::string account;
+    bool review = false;
+    std::string search;
+};
+
+bool choosesReport(const ReportOptions& options) {
+    return !options.period.empty() || !options.from.empty() || !options.to.empty() ||
+           !options.people.empty() || options.household || !options.peopleMode.empty() ||
+           options.includeShared || options.includeUnassigned || !options.currency.empty();
+}
+
+// Writes beside the target first and then moves it into place, so that a
+// failed write never leaves half a file where a good one stood. Empty on
+// success, else what went wrong in the system's words.
+std::string writeFile(const fs::path& target, const std::string& contents) {
+    const fs::path partial =
+        target.parent_path() / ("." + target.filename().string() + "." + Uuid::random().text());
+    {
+        std::ofstream stream(partial, std::ios::binary | std::ios::trunc);
+        if (!stream)
+            return std::strerror(errno);
+        stream << contents;
+        stream.flush();
+        if (!stream) {
+            const std::string reason = std::strerror(errno);
+            std::error_code ignored;
+            fs::remove(partial, ignored);
+            return reason;
+        }
+    }
+    std::error_code error;
+    fs::rename(partial, target, error);
+    if (error) {
+        fs::remove(partial, error);
+        return error.message();
+    }
+    return {};
+}
+
+void saveAndReport(CommandContext& context, const std::string& file, const std::string& text,
+                   boost::json::object details) {
+    const fs::path target = fs::absolute(file);
+    if (const std::string problem = writeFile(target, text); !problem.empty()) {
+        context.err << "Couldn't save the file: " << problem << '\n';
+        context.exitCode = kExitFailure;
+        return;
+    }
+    const std::string message = "Saved " + target.filename().string();
+    if (context.json) {
+        details["file"] = target.string();
+        details["message"] = message;
+        printJSON(context, details);
+        return;
+    }
+    context.out << message << '\n';
+}
+
+void runExportTransactions(CommandContext& context, const ExportOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    std::optional<ReportFilter> filter;
+    if (choosesReport(options.filter)) {
+        filter = reportFilter(options.filter, ledger, runtime->today(), context);
+        if (!filter)
+            return;
+    }
+    std::optional<Uuid> accountID;
+    if (!options.account.empty()) {
+        const Account* account = findAccount(ledger, options.account);
+        if (!account) {
+            context.err << "There's no account called \u201C" << options.account << "\u201D.\n";
+            context.exitCode = kExitFailure;
+            return;
+        }
+        accountID = account->id;
+    }
+    const std::string search = text::lowercased(options.search);
+    std::vector<Uuid> ids;
+    for (const LedgerTransaction* transaction : ledger.activeTransactions()) {
+        if (filter &&
+            (!filter->span.contains(transaction->date) || !filter->includes(*transaction, ledger)))
+            continue;
+        if ((accountID && transaction->accountID != *accountID) ||
+            (options.review && !transaction->needsReview()) ||
+            (!search.empty() && !matchesSearch(ledger, *transaction, search)))
+            continue;
+        ids.push_back(transaction->id);
+    }
+    const auto count = static_cast<int64_t>(ids.size());
+    saveAndReport(context, options.file, CSVExport::transactions(ids, ledger),
+                  boost::json::object{{"transactions", count}});
+}
+
+void runExportSummary(CommandContext& context, const ExportOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const auto filter = reportFilter(options.filter, runtime->ledger(), runtime->today(), context);
+    if (!filter)
+        return;
+    const ReportBundle bundle = runtime->buildReportBundle(*filter);
+    saveAndReport(context, options.file, CSVExport::reportSummary(bundle.report(), bundle.payments),
+                  boost::json::object{});
+}
+
+}  // namespace
+
+void addExportCommands(CLI::App& app, CommandContext& context) {
+    auto* command = app.add_subcommand("export", "Save transactions or a report summary as CSV");
+    command->require_subcommand(1);
+
+    auto* transactions = command->add_subcommand(
+        "transactions", "The transactions of a report, or of the whole ledger, as CSV");
+    auto transactionOptions = std::make_shared<ExportOptions>();
+    transactions->add_option("FILE", transactionOptions->file, "Where to save the CSV file")
+        ->required();
+    addReportOptions(*transactions, transactionOptions->filter);
+    transactions->add_option("--account", transactionOptions->account,
+                             "Only this account (name or id)");
+    transactions->add_flag("--review", transactionOptions->review,
+                           "Only transactions that need review");
+    transactions->add_option("--search", transactionOptions->search,
+                             "Only transactions whose text, merchant, category or note holds this");
+    transactions->callback(
+        [&context, transactionOptions] { runExportTransactions(context, *transactionOptions); });
+
+    auto* summary = command->add_subcommand("summary", "A report's figures in one CSV file");
+    auto summaryOptions = std::make_shared<ExportOptions>();
+    summary->add_option("FILE", summaryOptions->file, "Where to save the CSV file")->required();
+    addReportOptions(*summary, summaryOptions->filter);
+    summary->callback([&context, summaryOptions] { runExportSummary(context, *summaryOptions); });
+}
+
+}  // namespace copperwick::cli
