@@ -1,7 +1,7 @@
 // The report figures of a household with 100,000 transactions: one report
 // over twelve months and over all time, and the whole bundle the Reports
 // section builds (the report, its comparison period, budgets, recurring and
-// unusual charges) for twelve months.
+// unusual charges, payment services) for twelve months.
 
 #include <benchmark/benchmark.h>
 
@@ -72,6 +72,23 @@ void BundleTwelveMonths(benchmark::State& state) {
         benchmark::DoNotOptimize(ReportBundle::build(h.ledger, filter, h.today));
 }
 BENCHMARK(BundleTwelveMonths)->Unit(benchmark::kMillisecond);
+
+// The two payment-service builds of a bundle, each over the whole ledger.
+void PaymentActivityTwelveMonths(benchmark::State& state) {
+    const Household& h = household();
+    const ReportFilter filter = filterFor(PeriodChoice::last12Months, h);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(PaymentActivity::build(h.ledger, filter));
+}
+BENCHMARK(PaymentActivityTwelveMonths)->Unit(benchmark::kMillisecond);
+
+void ZelleActivityTwelveMonths(benchmark::State& state) {
+    const Household& h = household();
+    const ReportFilter filter = filterFor(PeriodChoice::last12Months, h);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ZelleActivity::build(h.ledger, filter));
+}
+BENCHMARK(ZelleActivityTwelveMonths)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace copperwick::bench

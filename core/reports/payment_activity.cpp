@@ -5,6 +5,7 @@
 #include <set>
 
 #include "core/model/checked.h"
+#include "core/reports/payment_lines.h"
 #include "core/reports/payment_service_detection.h"
 #include "core/reports/report_engine.h"
 #include "core/reports/zelle_activity.h"
@@ -29,10 +30,9 @@ PaymentActivity PaymentActivity::build(const Ledger& ledger, const ReportFilter&
 
     // By id: an arbitrary order, but one that storage can't change.
     std::vector<const LedgerTransaction*> payments;
-    for (const auto& transaction : ledger.transactions) {
-        if (!surelyNamesNoService(transaction.rawDescription) &&
-            ZelleActivity::counts(transaction, ledger, filter))
-            payments.push_back(&transaction);
+    for (const LedgerTransaction* transaction : PaymentLines::candidates(ledger, false)) {
+        if (ZelleActivity::counts(*transaction, ledger, filter))
+            payments.push_back(transaction);
     }
     std::sort(payments.begin(), payments.end(),
               [](const auto* a, const auto* b) { return a->id < b->id; });

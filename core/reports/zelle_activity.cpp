@@ -7,6 +7,7 @@
 #include "core/matching/phrase_search.h"
 #include "core/model/checked.h"
 #include "core/model/text.h"
+#include "core/reports/payment_lines.h"
 #include "core/reports/report_engine.h"
 
 namespace copperwick::ZelleActivity {
@@ -41,10 +42,15 @@ bool isAscii(std::string_view text) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+// False only for text that can't be a Zelle payment.
+bool mayBeZelle(std::string_view text) {
+    return !isAscii(text) || mentionsZelle(text);
+}
+
 }  // namespace
 
 bool isZelle(std::string_view text) {
-    if (isAscii(text) && !mentionsZelle(text))
+    if (!mayBeZelle(text))
         return false;
     const MerchantText reading(text);
     return reading.via == "Zelle";
@@ -106,9 +112,10 @@ bool counts(const LedgerTransaction& transaction, const Ledger& ledger,
 ZelleSummary build(const Ledger& ledger, const ReportFilter& filter) {
     const auto phrases = householdPhrases(ledger);
     std::vector<const LedgerTransaction*> payments;
-    for (const auto& transaction : ledger.transactions) {
-        if (counts(transaction, ledger, filter))
-            payments.push_back(&transaction);
+    for (const LedgerTransaction* transaction :
+         PaymentLines::candidates(ledger, !phrases.empty())) {
+        if (counts(*transaction, ledger, filter))
+            payments.push_back(transaction);
     }
     std::sort(payments.begin(), payments.end(), [](const auto* a, const auto* b) {
         return a->date != b->date ? a->date < b->date : a->id < b->id;
