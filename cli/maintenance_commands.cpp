@@ -3,6 +3,7 @@
 // `categories [add|rename|delete]` and `settings [KEY VALUE]`. None of these
 // is undoable; each is saved through the runtime like any change.
 
+#include <algorithm>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -436,6 +437,8 @@ void runSettings(CommandContext& context, const MaintenanceOptions& options) {
             if (std::find(services.begin(), services.end(), *service) == services.end())
                 services.push_back(*service);
         }
+        // Kept in the services' own order, whatever order they were typed in.
+        std::sort(services.begin(), services.end());
         change = [services](LedgerSettings& settings) { settings.paymentServices = services; };
     } else {
         return (void)refuse(context,

@@ -88,8 +88,10 @@ TEST_F(MaintenanceCommandsTest, SettingsAreCheckedThenSaved) {
     auto result = run({"--json", "settings", "monthlySavingsGoal", "500"});
     ASSERT_EQ(result.code, 0) << result.err;
     EXPECT_EQ(boost::json::parse(result.out).at("monthlySavingsGoal").as_int64(), 50000);
-    EXPECT_EQ(run({"settings", "paymentServices", "zelle,venmo"}).code, 0);
-    EXPECT_EQ(ledger().settings->paymentServices.size(), 2u);
+    EXPECT_EQ(run({"settings", "paymentServices", "venmo,zelle"}).code, 0);
+    EXPECT_EQ(ledger().settings->paymentServices,
+              (std::vector<PaymentService>{PaymentService::zelle, PaymentService::venmo}))
+        << "kept in the services' own order";
     EXPECT_EQ(run({"settings", "paymentServices", "carrier pigeon"}).code, 1);
     EXPECT_EQ(run({"settings", "timeZoneID", "Mars/Base"}).code, 1);
     EXPECT_EQ(run({"settings", "timeZoneID", "Europe/Dublin"}).code, 0);
