@@ -21,6 +21,7 @@
 #include "core/model/text.h"
 #include "core/operations/classification.h"
 #include "core/operations/zelle_choice.h"
+#include "core/reports/payment_service_detection.h"
 #include "core/review/review_queue.h"
 
 namespace copperwick::cli {
@@ -53,6 +54,7 @@ boost::json::value groupJSON(const ReviewGroup& group) {
         object["suggestion"] = record_json::toJSON(*group.suggestion);
     if (group.merchantID)
         object["merchantID"] = group.merchantID->text();
+    object["requiresPurpose"] = requiresPurpose(group.example);
     return object;
 }
 
@@ -78,6 +80,18 @@ std::string countLine(const std::vector<ReviewGroup>& groups) {
         lines += group.transactionIDs.size();
     return fmt::format("{} transaction{} in {} group{} need{} you.", lines, lines == 1 ? "" : "s",
                        groups.size(), groups.size() == 1 ? "" : "s", lines == 1 ? "s" : "");
+}
+
+// The --choice values offered for the direction, as one line.
+std::string choiceList(bool moneyIn) {
+    std::string list = "--choice ";
+    const auto choices = zelleChoices(moneyIn);
+    for (std::size_t i = 0; i < choices.size(); ++i)
+        list += std::string(i == 0                    ? ""
+                            : i + 1 == choices.size() ? " or "
+                                                      : ", ") +
+                std::string(rawValue(choices[i]));
+    return list;
 }
 
 LocalDate today(const Ledger& ledger) {
@@ -127,6 +141,10 @@ void runReview(CommandContext& context) {
                 filingText(ledger, suggestion.merchantName, suggestion.categoryID, suggestion.kind),
                 suggestion.reason.empty() ? "" : " (" + suggestion.reason + ")");
         }
+        // A payment to a person can't be filed from its text alone.
+        if (requiresPurpose(group.example))
+            context.out << "  What was this for? Answer with `copperwick classify-zelle` and "
+                        << choiceList(group.isMoneyIn) << ".\n";
     }
     if (!stale.empty()) {
         context.out << "\nPending charges that may never have posted\n" << kStaleText << '\n';
@@ -306,13 +324,6 @@ struct ClassifyZelleOptions {
     bool noRemember = false;
 };
 
-std::string choiceList(bool moneyIn) {
-    std::string list;
-    for (const ZelleChoice choice : zelleChoices(moneyIn))
-        list += (list.empty() ? "" : ", ") + std::string(rawValue(choice));
-    return list;
-}
-
 void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& options) {
     const auto listed = listedIDs(context, options.group, options.ids);
     if (!listed)
@@ -333,8 +344,7 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     const auto offered = zelleChoices(moneyIn);
     if (std::find(offered.begin(), offered.end(), choice) == offered.end()) {
         context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
-                    << (moneyIn ? "in" : "out") << ". Choose one of: " << choiceList(moneyIn)
-                    << ".\n";
+                    << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
         context.exitCode = kExitUsage;
         return;
     }
