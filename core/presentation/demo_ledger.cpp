@@ -230,17 +230,17 @@ class Household {
     }
 
     Uuid account(std::string name, AccountType type, std::vector<Uuid> users) {
-        Account account(Uuid::random(), std::move(name), type);
-        account.setUserIDs(std::move(users));
-        (void)upsertAccount(m_ledger, account);
-        return account.id;
+        Account added(Uuid::random(), std::move(name), type);
+        added.setUserIDs(std::move(users));
+        (void)upsertAccount(m_ledger, added);
+        return added.id;
     }
 
     void addPeopleAndAccounts() {
         const auto person = [&](std::string name) {
-            const Person person{.id = Uuid::random(), .name = std::move(name)};
-            (void)upsertPerson(m_ledger, person);
-            return person.id;
+            const Person added{.id = Uuid::random(), .name = std::move(name)};
+            (void)upsertPerson(m_ledger, added);
+            return added.id;
         };
         m_alex = person("Alex Example");
         m_sam = person("Sam Sample");
