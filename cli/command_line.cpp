@@ -13,7 +13,8 @@ namespace {
 
 class CommandLine {
   public:
-    CommandLine(std::ostream& out, std::ostream& err) : m_context{std::nullopt, false, out, err} {
+    CommandLine(std::ostream& out, std::ostream& err)
+        : m_context{std::nullopt, false, false, out, err} {
         m_app.name("copperwick");
         m_app.description(
             "Copperwick: a private household budget that never leaves this computer.\n"
@@ -29,6 +30,9 @@ class CommandLine {
                 "Use this data folder instead of the standard one")
             ->type_name("DIR");
         m_app.add_flag("--json", m_context.json, "Write machine-readable JSON instead of text");
+        m_app.add_flag("--demo", m_context.demo,
+                       "Run the command on a fresh fictional household in a temporary folder, "
+                       "leaving the data folder alone");
         m_app.require_subcommand(0, 1);
         addInfoCommand(m_app, m_context);
         addTextCommand(m_app, m_context);

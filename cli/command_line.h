@@ -16,6 +16,7 @@ namespace copperwick::cli {
 struct CommandContext {
     std::optional<std::filesystem::path> dataDir;  // --data-dir, else the standard place
     bool json = false;                             // --json: machine-readable output
+    bool demo = false;  // --demo: a fresh fictional household in a temporary folder
     std::ostream& out;
     std::ostream& err;
     int exitCode = 0;  // what the command that ran decided

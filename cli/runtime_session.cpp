@@ -10,8 +10,17 @@ namespace copperwick::cli {
 
 std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context) {
     RuntimeOptions options;
-    options.dataFolder = context.dataDir;
-    return std::make_unique<LedgerRuntime>(options);
+    if (!context.demo) {
+        options.dataFolder = context.dataDir;
+        return std::make_unique<LedgerRuntime>(options);
+    }
+    // The demo makes its own temporary folder, whatever --data-dir says, and
+    // takes it away again when the command ends. Said on stderr so that
+    // --json output stays one value.
+    options.demo = true;
+    auto runtime = std::make_unique<LedgerRuntime>(options);
+    context.err << "Demo workspace: " << runtime->dataFolder().string() << '\n';
+    return runtime;
 }
 
 bool reportUnavailable(const LedgerRuntime& runtime, CommandContext& context) {

@@ -12,8 +12,9 @@
 
 namespace copperwick::cli {
 
-// The runtime for the command's data folder. Preferences stay where they are;
-// no command here reads or writes them.
+// The runtime for the command's data folder, or with --demo a fresh demo
+// workspace, whose folder is named on stderr. Preferences stay where they
+// are; no command here reads or writes them.
 [[nodiscard]] std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context);
 
 // When the data file couldn't be opened: prints why on stderr and returns

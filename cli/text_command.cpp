@@ -160,7 +160,7 @@ void runText(CommandContext& context, const TextOptions& options) {
     std::unique_ptr<LedgerRuntime> runtime;
     const auto folder = context.dataDir.value_or(data_folders::standardDataFolder());
     std::error_code error;
-    if (std::filesystem::exists(data_folders::dataFile(folder), error)) {
+    if (context.demo || std::filesystem::exists(data_folders::dataFile(folder), error)) {
         runtime = openRuntime(context);
         if (reportUnavailable(*runtime, context))
             return;

@@ -6,6 +6,7 @@
 #include "core/operations/change_history.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/update_settings.h"
+#include "core/presentation/demo_ledger.h"
 #include "runtime/data_folders.h"
 #include "runtime/instant_text.h"
 
@@ -34,6 +35,8 @@ LedgerRuntime::LedgerRuntime(RuntimeOptions options)
       m_defaults(preferencesFile(options)),
       m_clock(std::move(options.clock)) {
     openStore();
+    if (m_isDemo)
+        openDemo();
 }
 
 LedgerRuntime::~LedgerRuntime() {
@@ -87,7 +90,9 @@ void LedgerRuntime::openStore() {
         const bool wasEmpty = store->isEmpty();
         Ledger loaded = store->load();
         // A new file keeps its starter categories' ids for good from here on.
-        if (wasEmpty)
+        // A demo's file gets the demo's own categories at once instead; saving
+        // the starter ones too would leave both sets in it.
+        if (wasEmpty && !m_isDemo)
             store->saveAll(loaded);
         m_store = std::move(store);
         m_ledger = std::move(loaded);
@@ -98,7 +103,7 @@ void LedgerRuntime::openStore() {
                             " saved records couldn't be read and were skipped. They're still in "
                             "the data file.");
         }
-        if (!wasEmpty && m_backups.needsDailyBackup(m_clock())) {
+        if (!wasEmpty && !m_isDemo && m_backups.needsDailyBackup(m_clock())) {
             try {
                 m_backups.makeBackup(*m_store, "daily", m_clock());
             } catch (const std::exception&) {
@@ -108,6 +113,23 @@ void LedgerRuntime::openStore() {
     } catch (const std::exception& error) {
         setErrorMessage(error.what());
     }
+}
+
+void LedgerRuntime::openDemo() {
+    // Without a store the message already says why nothing can be saved.
+    if (!m_store)
+        return;
+    try {
+        Ledger demo = DemoLedger::make(today());
+        m_store->saveAll(demo);
+        m_ledger = std::move(demo);
+    } catch (const std::exception& error) {
+        setErrorMessage("Could not open the demo workspace: " + std::string(error.what()));
+        return;
+    }
+    warmMerchantKeys();
+    setSection(AppSection::reports);
+    bumpRevision();
 }
 
 void LedgerRuntime::bumpRevision() {

@@ -130,6 +130,8 @@ class LedgerRuntime {
 
   private:
     void openStore();
+    // Fills a demo's fresh file with the fictional household and shows its reports.
+    void openDemo();
     void save(const LedgerDelta& delta, Ledger updated);
     void bumpRevision();
     void warmMerchantKeys();

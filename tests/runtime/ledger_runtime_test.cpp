@@ -10,6 +10,7 @@
 
 #include "core/operations/classification.h"
 #include "core/operations/entry_error.h"
+#include "core/store/ledger_store.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick {
@@ -317,6 +318,40 @@ TEST(LedgerRuntime, DemoStaysOutOfTheRealFolders) {
     EXPECT_FALSE(std::filesystem::exists(f.temp / "Copperwick"));
     EXPECT_FALSE(std::filesystem::exists(f.temp / "config"));
     EXPECT_FALSE(std::filesystem::exists(demoFolder)) << "a demo leaves nothing behind";
+}
+
+TEST(LedgerRuntime, DemoOpensOnTheFictionalHouseholdAndSavesItOnce) {
+    Fixture f;
+    const auto temporary = f.temp / "tmp";
+    std::filesystem::create_directories(temporary);
+    const char* old = std::getenv("TMPDIR");
+    const std::string saved = old ? old : "";
+    ::setenv("TMPDIR", temporary.c_str(), 1);
+    {
+        LedgerRuntime demo(f.options(/*demo=*/true));
+        EXPECT_FALSE(demo.errorMessage()) << demo.errorMessage().value_or("");
+        EXPECT_EQ(demo.dataFolder().parent_path(), temporary);
+        EXPECT_EQ(demo.section(), AppSection::reports);
+        EXPECT_EQ(demo.revision(), 2) << "the empty file, then the household";
+        EXPECT_EQ(demo.ledger().accounts.size(), 6u);
+        EXPECT_TRUE(BackupManager(demo.dataFolder() / "Backups").list().empty());
+
+        // What the file holds is the household alone: no second set of starter
+        // categories beside the demo's own.
+        LedgerStore store(demo.dataFile());
+        const Ledger loaded = store.load();
+        EXPECT_EQ(loaded.categories.size(), demo.ledger().categories.size());
+        EXPECT_EQ(loaded.transactions.size(), demo.ledger().transactions.size());
+        EXPECT_EQ(loaded.batches.size(), demo.ledger().batches.size());
+
+        // Changes go through the ordinary road and are saved.
+        demo.apply([](Ledger& ledger) { return addPerson(ledger, "Visitor"); });
+        EXPECT_EQ(demo.revision(), 3);
+        EXPECT_EQ(store.load().people.size(), 4u);
+    }
+    old ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
+    EXPECT_FALSE(std::filesystem::exists(f.temp / "Copperwick"));
+    EXPECT_TRUE(std::filesystem::is_empty(temporary));
 }
 
 }  // namespace
