@@ -97,12 +97,9 @@ void runExportTransactions(CommandContext& context, const ExportOptions& options
     }
     std::optional<Uuid> accountID;
     if (!options.account.empty()) {
-        const Account* account = findAccount(ledger, options.account);
-        if (!account) {
-            context.err << "There's no account called \u201C" << options.account << "\u201D.\n";
-            context.exitCode = kExitFailure;
+        const Account* account = accountOrComplain(context, ledger, options.account);
+        if (!account)
             return;
-        }
         accountID = account->id;
     }
     const std::string search = text::lowercased(options.search);

@@ -46,6 +46,28 @@ inline const Merchant* findMerchant(const Ledger& ledger, std::string_view nameO
     return ledger.merchantNamed(nameOrID);
 }
 
+// The named account, or null after saying there is none (exit 1).
+inline const Account* accountOrComplain(CommandContext& context, const Ledger& ledger,
+                                        std::string_view nameOrID) {
+    const Account* account = findAccount(ledger, nameOrID);
+    if (!account) {
+        context.err << "There's no account called \u201C" << nameOrID << "\u201D.\n";
+        context.exitCode = kExitFailure;
+    }
+    return account;
+}
+
+// The named category, or null after saying there is none (exit 1).
+inline const LedgerCategory* categoryOrComplain(CommandContext& context, const Ledger& ledger,
+                                                std::string_view nameOrID) {
+    const LedgerCategory* category = findCategory(ledger, nameOrID);
+    if (!category) {
+        context.err << "There's no category called \u201C" << nameOrID << "\u201D.\n";
+        context.exitCode = kExitFailure;
+    }
+    return category;
+}
+
 // The ids a person listed, or absent after saying which one isn't an id.
 inline std::optional<std::vector<Uuid>> readTransactionIDs(CommandContext& context,
                                                            const std::vector<std::string>& texts) {

@@ -3,6 +3,7 @@
 // themselves, each one undoable step.
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <set>
@@ -201,6 +202,21 @@ void printOutcome(CommandContext& context, const LedgerRuntime& runtime,
     context.out << (groups.empty() ? std::string("All caught up") : countLine(groups)) << '\n';
 }
 
+// Runs one decision on the ledger as an undoable step and shows the outcome.
+void decide(CommandContext& context, LedgerRuntime& runtime, const std::vector<Uuid>& ids,
+            const std::string& label, const std::function<LedgerDelta(Ledger&)>& decision) {
+    runtime.setErrorMessage(std::nullopt);  // only this decision's outcome counts here
+    bool changed = false;
+    runtime.apply([&](Ledger& copy) {
+        auto delta = decision(copy);
+        changed = !delta.isEmpty();
+        return delta;
+    });
+    if (reportFailedChange(runtime, context))
+        return;
+    printOutcome(context, runtime, ids, changed, label);
+}
+
 struct ClassifyOptions {
     std::string group;
     std::vector<std::string> ids;
@@ -277,12 +293,9 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
 
     const LedgerCategory* category = nullptr;
     if (!options.category.empty()) {
-        category = findCategory(ledger, options.category);
-        if (!category) {
-            context.err << "There's no category called \u201C" << options.category << "\u201D.\n";
-            context.exitCode = kExitFailure;
+        category = categoryOrComplain(context, ledger, options.category);
+        if (!category)
             return;
-        }
         decision.categoryID = category->id;
     }
     if (!options.kind.empty()) {
@@ -303,16 +316,8 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
         return;
     }
 
-    runtime->setErrorMessage(std::nullopt);  // only this decision's outcome counts here
-    bool changed = false;
-    runtime->apply([&](Ledger& copy) {
-        auto delta = classify(copy, decision, Instant::now());
-        changed = !delta.isEmpty();
-        return delta;
-    });
-    if (reportFailedChange(*runtime, context))
-        return;
-    printOutcome(context, *runtime, ids, changed, decision.label);
+    decide(context, *runtime, ids, decision.label,
+           [&](Ledger& copy) { return classify(copy, decision, Instant::now()); });
 }
 
 struct ClassifyZelleOptions {
@@ -357,12 +362,11 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     decision.merchantName =
         options.merchant.empty() ? target->merchantName : std::optional(options.merchant);
     if (traits(choice).needsCategory) {
-        const LedgerCategory* category =
-            options.category.empty() ? nullptr : findCategory(ledger, options.category);
-        if (!options.category.empty() && !category) {
-            context.err << "There's no category called \u201C" << options.category << "\u201D.\n";
-            context.exitCode = kExitFailure;
-            return;
+        const LedgerCategory* category = nullptr;
+        if (!options.category.empty()) {
+            category = categoryOrComplain(context, ledger, options.category);
+            if (!category)
+                return;
         }
         if (!category || category->group != traits(choice).categoryGroup) {
             context.err << "Choose a category that matches spending or income.\n";
@@ -372,16 +376,8 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
         decision.categoryID = category->id;
     }
 
-    runtime->setErrorMessage(std::nullopt);
-    bool changed = false;
-    runtime->apply([&](Ledger& copy) {
-        auto delta = classifyZelle(copy, decision, Instant::now());
-        changed = !delta.isEmpty();
-        return delta;
-    });
-    if (reportFailedChange(*runtime, context))
-        return;
-    printOutcome(context, *runtime, decision.ids, changed, decision.label);
+    decide(context, *runtime, decision.ids, decision.label,
+           [&](Ledger& copy) { return classifyZelle(copy, decision, Instant::now()); });
 }
 
 struct ApproveOptions {
@@ -405,16 +401,9 @@ void runApprove(CommandContext& context, const ApproveOptions& options) {
         return;
     }
     const auto ids = group->transactionIDs;
-    runtime->setErrorMessage(std::nullopt);
-    bool changed = false;
-    runtime->apply([&](Ledger& copy) {
-        auto delta = approveSuggestions(copy, ids, !options.noRemember, Instant::now());
-        changed = !delta.isEmpty();
-        return delta;
+    decide(context, *runtime, ids, "Approve suggestion", [&](Ledger& copy) {
+        return approveSuggestions(copy, ids, !options.noRemember, Instant::now());
     });
-    if (reportFailedChange(*runtime, context))
-        return;
-    printOutcome(context, *runtime, ids, changed, "Approve suggestion");
 }
 
 }  // namespace

@@ -57,12 +57,9 @@ void runTransactions(CommandContext& context, const TransactionsOptions& options
     const Ledger& ledger = runtime->ledger();
     std::optional<Uuid> accountID;
     if (!options.account.empty()) {
-        const Account* account = findAccount(ledger, options.account);
-        if (!account) {
-            context.err << "There's no account called \u201C" << options.account << "\u201D.\n";
-            context.exitCode = kExitFailure;
+        const Account* account = accountOrComplain(context, ledger, options.account);
+        if (!account)
             return;
-        }
         accountID = account->id;
     }
     const auto search = text::lowercased(options.search);
