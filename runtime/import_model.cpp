@@ -326,8 +326,10 @@ void ImportModel::replan(const Uuid& id, LedgerRuntime& runtime) {
     const auto accountID = file->targetAccountID();
     if (!accountID || !file->analysis.profile) {
         file->plan.reset();
+        file->plannedOn.reset();
     } else {
         file->plan = ImportPlanner::plan(file->analysis, *accountID, runtime.ledger());
+        file->plannedOn = runtime.ledger();
         std::set<int64_t> held;
         for (const auto* row : file->plan->possibleDuplicates())
             held.insert(row->row.line);
@@ -446,7 +448,7 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
     runtime.apply([&](Ledger& ledger) {
         committed.clear();
         LedgerDelta delta;
-        for (const auto& file : ready) {
+        for (auto& file : ready) {
             const auto accountID = file.targetAccountID();
             if (!accountID)
                 continue;
@@ -480,10 +482,22 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
                 delta.merge(upsertAccount(ledger, std::move(account)));
             }
 
-            // Planned again: an earlier file of this same commit may have added lines.
-            ImportPlan plan = ImportPlanner::plan(file.analysis, *accountID, ledger);
+            // Planned again when anything it was planned from has changed: an
+            // earlier file of this same commit may have added lines, or
+            // another save come between. A plan is a pure function of the
+            // three, so an unchanged ledger gives the very plan shown.
+            const bool planHolds = file.plan && file.plannedOn &&
+                                   file.plan->analysisID == file.analysis.id &&
+                                   file.plan->accountID == *accountID && *file.plannedOn == ledger;
+            std::optional<ImportPlan> plan;
+            if (planHolds) {
+                plan = std::move(file.plan);
+                file.plan.reset();
+            } else {
+                plan = ImportPlanner::plan(file.analysis, *accountID, ledger);
+            }
             auto result = commitImport(
-                ledger, {ImportCommitItem{file.analysis, std::move(plan), file.forcedLines}}, now);
+                ledger, {ImportCommitItem{file.analysis, std::move(*plan), file.forcedLines}}, now);
             delta.merge(result.delta);
             for (auto& batch : result.batches)
                 committed.emplace_back(file.id, std::move(batch));
