@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <system_error>
 #include <thread>
@@ -63,6 +64,74 @@ void moveFile(const std::filesystem::path& from, const std::filesystem::path& to
     // Another file system: copy, then take the original away.
     std::filesystem::copy_file(from, to, std::filesystem::copy_options::none);
     std::filesystem::remove(from);
+}
+
+// The import worked out in memory: the ledger as it will be saved, what to
+// save, and each file's batches.
+struct Worked {
+    Ledger ledger;
+    LedgerDelta delta;
+    std::vector<std::pair<Uuid, ImportBatch>> committed;
+};
+
+// A pure function of its arguments, apart from taking the plans out of
+// `ready` when it can use them.
+Worked workOut(Ledger ledger, std::vector<ImportFile>& ready, Instant now) {
+    std::vector<std::pair<Uuid, ImportBatch>> committed;
+    LedgerDelta delta;
+    for (auto& file : ready) {
+        const auto accountID = file.targetAccountID();
+        if (!accountID)
+            continue;
+        const auto& profile = file.analysis.profile;
+        if (file.savesProposedProfile && profile && !hasProfile(ledger, profile->id))
+            delta.merge(upsertProfile(ledger, *profile));
+
+        const auto* existing = ledger.account(accountID);
+        if (file.choice.kind == ImportFile::AccountChoice::Kind::newAccount && !existing) {
+            const auto& draft = file.draft;
+            Account account(draft.id, std::string(text::trimmed(draft.name)), draft.type);
+            if (!draft.isShared && draft.personID) {
+                account.setUserIDs({*draft.personID});
+            } else {
+                // No users means the household; with nobody named it means nobody.
+                account.isUnassigned = !draft.isShared;
+            }
+            account.currency = file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
+            if (draft.last4.size() == 4 && std::all_of(draft.last4.begin(), draft.last4.end(),
+                                                       [](char c) { return c >= '0' && c <= '9'; }))
+                account.last4 = draft.last4;
+            if (profile)
+                account.profileID = profile->id;
+            account.flipSigns = file.flipSigns;
+            delta.merge(upsertAccount(ledger, std::move(account)));
+        } else if (existing && existing->flipSigns != file.flipSigns) {
+            Account account = *existing;
+            account.flipSigns = file.flipSigns;
+            delta.merge(upsertAccount(ledger, std::move(account)));
+        }
+
+        // Planned again when anything it was planned from has changed: an
+        // earlier file of this same commit may have added lines, or
+        // another save come between. A plan is a pure function of the
+        // three, so an unchanged ledger gives the very plan shown.
+        const bool planHolds = file.plan && file.plannedOn &&
+                               file.plan->analysisID == file.analysis.id &&
+                               file.plan->accountID == *accountID && *file.plannedOn == ledger;
+        std::optional<ImportPlan> plan;
+        if (planHolds) {
+            plan = std::move(file.plan);
+            file.plan.reset();
+        } else {
+            plan = ImportPlanner::plan(file.analysis, *accountID, ledger);
+        }
+        auto result = commitImport(
+            ledger, {ImportCommitItem{file.analysis, std::move(*plan), file.forcedLines}}, now);
+        delta.merge(result.delta);
+        for (auto& batch : result.batches)
+            committed.emplace_back(file.id, std::move(batch));
+    }
+    return {std::move(ledger), std::move(delta), std::move(committed)};
 }
 
 }  // namespace
@@ -326,8 +395,10 @@ void ImportModel::replan(const Uuid& id, LedgerRuntime& runtime) {
     const auto accountID = file->targetAccountID();
     if (!accountID || !file->analysis.profile) {
         file->plan.reset();
+        file->plannedOn.reset();
     } else {
         file->plan = ImportPlanner::plan(file->analysis, *accountID, runtime.ledger());
+        file->plannedOn = runtime.ledger();
         std::set<int64_t> held;
         for (const auto* row : file->plan->possibleDuplicates())
             held.insert(row->row.line);
@@ -432,7 +503,25 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
     m_isCommitting = true;
     notify();
 
-    if (!runtime.backUpBeforeImport()) {
+    // The import is worked out in memory while the safety copy is made:
+    // neither needs the other, and nothing is saved before both are done.
+    const Instant now = Instant::now();
+    const int64_t revisionBefore = runtime.revision();
+    std::future<Worked> working;
+    try {
+        working =
+            std::async(std::launch::async, [ledger = runtime.ledger(), &ready, now]() mutable {
+                return workOut(std::move(ledger), ready, now);
+            });
+    } catch (const std::system_error&) {
+        working =
+            std::async(std::launch::deferred, [ledger = runtime.ledger(), &ready, now]() mutable {
+                return workOut(std::move(ledger), ready, now);
+            });
+    }
+    const bool backedUp = runtime.backUpBeforeImport();
+    Worked worked = working.get();
+    if (!backedUp) {
         if (!runtime.errorMessage())
             runtime.setErrorMessage(std::string(LedgerRuntime::kNoStoreMessage));
         m_isCommitting = false;
@@ -440,55 +529,15 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
         return;
     }
 
-    const Instant now = Instant::now();
     std::vector<std::pair<Uuid, ImportBatch>> committed;
-    const int64_t revisionBefore = runtime.revision();
     runtime.apply([&](Ledger& ledger) {
-        committed.clear();
-        LedgerDelta delta;
-        for (const auto& file : ready) {
-            const auto accountID = file.targetAccountID();
-            if (!accountID)
-                continue;
-            const auto& profile = file.analysis.profile;
-            if (file.savesProposedProfile && profile && !hasProfile(ledger, profile->id))
-                delta.merge(upsertProfile(ledger, *profile));
-
-            const auto* existing = ledger.account(accountID);
-            if (file.choice.kind == ImportFile::AccountChoice::Kind::newAccount && !existing) {
-                const auto& draft = file.draft;
-                Account account(draft.id, std::string(text::trimmed(draft.name)), draft.type);
-                if (!draft.isShared && draft.personID) {
-                    account.setUserIDs({*draft.personID});
-                } else {
-                    // No users means the household; with nobody named it means nobody.
-                    account.isUnassigned = !draft.isShared;
-                }
-                account.currency =
-                    file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
-                if (draft.last4.size() == 4 &&
-                    std::all_of(draft.last4.begin(), draft.last4.end(),
-                                [](char c) { return c >= '0' && c <= '9'; }))
-                    account.last4 = draft.last4;
-                if (profile)
-                    account.profileID = profile->id;
-                account.flipSigns = file.flipSigns;
-                delta.merge(upsertAccount(ledger, std::move(account)));
-            } else if (existing && existing->flipSigns != file.flipSigns) {
-                Account account = *existing;
-                account.flipSigns = file.flipSigns;
-                delta.merge(upsertAccount(ledger, std::move(account)));
-            }
-
-            // Planned again: an earlier file of this same commit may have added lines.
-            ImportPlan plan = ImportPlanner::plan(file.analysis, *accountID, ledger);
-            auto result = commitImport(
-                ledger, {ImportCommitItem{file.analysis, std::move(plan), file.forcedLines}}, now);
-            delta.merge(result.delta);
-            for (auto& batch : result.batches)
-                committed.emplace_back(file.id, std::move(batch));
-        }
-        return delta;
+        // The ledger it was worked out from is still the live one unless
+        // something was saved meanwhile; then it is worked out again.
+        if (runtime.revision() != revisionBefore)
+            worked = workOut(ledger, ready, now);
+        ledger = std::move(worked.ledger);
+        committed = std::move(worked.committed);
+        return std::move(worked.delta);
     });
     if (runtime.revision() == revisionBefore) {
         // The save failed and the runtime says why; the cards stay as they were.

@@ -65,6 +65,9 @@ struct ImportFile {
     NewAccountDraft draft;
     std::optional<std::string> suggestionReason;
     std::optional<ImportPlan> plan;
+    // The ledger `plan` was made from. Copies share their storage, so holding
+    // it is cheap and telling it apart from the ledger at commit is too.
+    std::optional<Ledger> plannedOn;
     bool include = true;
     std::set<int64_t> forcedLines;
     bool skipProblemRows = false;

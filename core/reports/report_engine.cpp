@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
+#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "core/matching/merchant_keys.h"
 #include "core/matching/merchant_text.h"
 #include "core/model/checked.h"
+#include "core/model/chunk_summaries.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
 #include "core/reports/account_history.h"
@@ -21,27 +24,133 @@ namespace {
 
 constexpr std::string_view kGiftsReceived = "gifts received";
 
+using Transactions = SharedMap<Uuid, LedgerTransaction>;
+
+// An id as two machine words, for cheap equality.
+using IDWords = std::pair<uint64_t, uint64_t>;
+IDWords idWords(const Uuid& id) {
+    IDWords words;
+    std::memcpy(&words.first, id.bytes().data(), 8);
+    std::memcpy(&words.second, id.bytes().data() + 8, 8);
+    return words;
+}
+
+// Orders like the date itself, without working out a day number.
+int64_t dateKey(LocalDate date) {
+    return (int64_t{date.year} * 16 + date.month) * 32 + date.day;
+}
+
+// The first eight bytes of an id as a number, so that most ties on a date
+// are broken without reading the whole id.
+uint64_t idPrefix(const Uuid& id) {
+    uint64_t prefix = 0;
+    for (int i = 0; i < 8; ++i)
+        prefix = (prefix << 8) | id.bytes()[static_cast<std::size_t>(i)];
+    return prefix;
+}
+
+// The key of a bank text with its hash worked out once.
+struct TextKey {
+    std::string_view text;
+    std::size_t hash;
+
+    friend bool operator==(const TextKey& a, const TextKey& b) {
+        return a.hash == b.hash && a.text == b.text;
+    }
+};
+struct TextKeyHash {
+    std::size_t operator()(const TextKey& key) const noexcept { return key.hash; }
+};
+
+// What a report reads of one active transaction. The records lie all over
+// the heap and a report of all time reads every one twice (once to scope it,
+// once in date order); these compact copies are read instead, and the record
+// itself only for its splits or a people filter.
+struct alignas(64) ReportLine {
+    // What the pass in date order reads, in the first cache line.
+    int64_t amount;
+    Uuid id;
+    std::optional<Uuid> categoryID;
+    std::optional<Uuid> merchantID;
+    TransactionKind kind;
+    bool pending : 1;
+    bool aiFiled : 1;  // filed by the model and not checked, whatever its kind
+    bool hasSplits : 1;
+    int32_t month;  // year * 12 + month
+    // What scoping reads, and what few lines need.
+    const TextKey* key;  // of the bank text, for a line without a merchant id
+    const LedgerTransaction* record;
+    IDWords accountID;
+    int64_t day;  // dateKey
+    uint64_t idPrefix;
+    LocalDate date;
+};
+
+struct ChunkLines {
+    std::vector<ReportLine> lines;
+    std::vector<std::string> keyTexts;
+    std::vector<TextKey> keys;
+};
+
+// Held shared so that a report keeps its chunks' lines after the visit,
+// whatever another thread's visit drops meanwhile.
+using SharedChunkLines = std::shared_ptr<const ChunkLines>;
+
+ChunkSummaries<Transactions, SharedChunkLines>& reportLines() {
+    static ChunkSummaries<Transactions, SharedChunkLines> shared(
+        [](const Transactions::ChunkTable& chunk) {
+            auto summary = std::make_shared<ChunkLines>();
+            summary->lines.reserve(chunk.size());
+            std::vector<std::size_t> keyOf;
+            for (const auto& [id, record] : chunk) {
+                const LedgerTransaction& t = *record;
+                if (!t.isActive())
+                    continue;
+                summary->lines.push_back(ReportLine{
+                    .amount = t.amount,
+                    .id = t.id,
+                    .categoryID = t.categoryID,
+                    .merchantID = t.merchantID,
+                    .kind = t.kind,
+                    .pending = t.status == TransactionStatus::pending,
+                    .aiFiled = t.method == MatchMethod::ai && t.review == ReviewState::automatic,
+                    .hasSplits = t.splits && !t.splits->empty(),
+                    .month = static_cast<int32_t>(int64_t{t.date.year} * 12 + t.date.month),
+                    .key = nullptr,
+                    .record = &t,
+                    .accountID = idWords(t.accountID),
+                    .day = dateKey(t.date),
+                    .idPrefix = idPrefix(t.id),
+                    .date = t.date});
+                if (!t.merchantID) {
+                    keyOf.push_back(summary->lines.size() - 1);
+                    summary->keyTexts.push_back(MerchantKeys::of(t.rawDescription));
+                }
+            }
+            // The texts are in place now; their views and hashes can be taken.
+            summary->keys.reserve(summary->keyTexts.size());
+            for (const auto& text : summary->keyTexts)
+                summary->keys.push_back({text, std::hash<std::string_view>{}(text)});
+            for (std::size_t i = 0; i < keyOf.size(); ++i)
+                summary->lines[keyOf[i]].key = &summary->keys[i];
+            return SharedChunkLines(std::move(summary));
+        });
+    return shared;
+}
+
 // Who a line was paid to, without building the id text or the name: those
 // are made once per line of the report rather than once per transaction.
 struct Payee {
     const Merchant* merchant = nullptr;
-    std::string key;  // the bank text's key when there is no merchant
+    TextKey key{};  // the bank text's key when there is no merchant
 };
-
-Payee payeeOf(const LedgerTransaction& transaction, const Ledger& ledger) {
-    if (transaction.merchantID) {
-        if (const Merchant* merchant = ledger.merchants.find(*transaction.merchantID))
-            return {merchant, {}};
-    }
-    return {nullptr, MerchantKeys::of(transaction.rawDescription)};
-}
 
 // Filed merchants by id, unfiled texts by key.
 struct MerchantTable {
     std::unordered_map<const Merchant*, MerchantLine> filed;
-    std::unordered_map<std::string, MerchantLine> unfiled;
+    std::unordered_map<TextKey, MerchantLine, TextKeyHash> unfiled;
 
-    void add(const Payee& payee, const LedgerTransaction& transaction, int64_t amount) {
+    void add(const Payee& payee, const Uuid& transactionID, int64_t amount) {
         MerchantLine* line;
         if (payee.merchant) {
             auto [it, inserted] = filed.try_emplace(payee.merchant);
@@ -54,13 +163,14 @@ struct MerchantTable {
             auto [it, inserted] = unfiled.try_emplace(payee.key);
             line = &it->second;
             if (inserted) {
-                line->id = "key:" + payee.key;
-                line->name = MerchantText::titleCase(payee.key);
+                line->id = "key:";
+                line->id += payee.key.text;
+                line->name = MerchantText::titleCase(payee.key.text);
             }
         }
         line->amount = checked::add(line->amount, amount);
         ++line->count;
-        line->transactionIDs.push_back(transaction.id);
+        line->transactionIDs.push_back(transactionID);
     }
 
     // Amount descending, then name: the order of every merchant table.
@@ -92,41 +202,78 @@ struct CategoryAccumulator {
 
 constexpr std::size_t kReadAhead = TransactionWalk::kReadAhead;
 
-// An id as two machine words, for cheap equality.
-using IDWords = std::pair<uint64_t, uint64_t>;
-IDWords idWords(const Uuid& id) {
-    IDWords words;
-    std::memcpy(&words.first, id.bytes().data(), 8);
-    std::memcpy(&words.second, id.bytes().data() + 8, 8);
-    return words;
+// A line to be put in date order, with its keys beside it so that sorting
+// stays in one array.
+struct Keyed {
+    int64_t day;
+    uint64_t idPrefix;
+    const ReportLine* line;
+};
+
+// Lines in date order, ties by id: counted out by day, then each day's few
+// lines sorted, which is much cheaper than one sort of them all. A span of
+// days far wider than the lines falls back to the plain sort.
+std::vector<const ReportLine*> inDateOrder(std::vector<Keyed> keyed) {
+    const auto before = [](const Keyed& a, const Keyed& b) {
+        if (a.day != b.day)
+            return a.day < b.day;
+        if (a.idPrefix != b.idPrefix)
+            return a.idPrefix < b.idPrefix;
+        return a.line->id < b.line->id;
+    };
+    const auto lines = [](const std::vector<Keyed>& sorted) {
+        std::vector<const ReportLine*> result;
+        result.reserve(sorted.size());
+        for (const Keyed& entry : sorted)
+            result.push_back(entry.line);
+        return result;
+    };
+    if (keyed.size() < 2)
+        return lines(keyed);
+    int64_t first = keyed.front().day;
+    int64_t last = first;
+    for (const Keyed& entry : keyed) {
+        first = std::min(first, entry.day);
+        last = std::max(last, entry.day);
+    }
+    const auto width = static_cast<uint64_t>(last - first) + 1;
+    if (width > 4 * keyed.size() + 65536) {
+        std::sort(keyed.begin(), keyed.end(), before);
+        return lines(keyed);
+    }
+    std::vector<uint32_t> starts(width + 1, 0);
+    for (const Keyed& entry : keyed)
+        ++starts[static_cast<std::size_t>(entry.day - first) + 1];
+    for (std::size_t d = 1; d <= width; ++d)
+        starts[d] += starts[d - 1];
+    std::vector<Keyed> byDay(keyed.size());
+    std::vector<uint32_t> next(starts.begin(), starts.end() - 1);
+    for (const Keyed& entry : keyed)
+        byDay[next[static_cast<std::size_t>(entry.day - first)]++] = entry;
+    for (std::size_t d = 0; d < width; ++d) {
+        if (starts[d + 1] - starts[d] > 1)
+            std::sort(byDay.begin() + starts[d], byDay.begin() + starts[d + 1], before);
+    }
+    return lines(byDay);
 }
 
-// Orders like the date itself, without working out a day number.
-int64_t dateKey(LocalDate date) {
-    return (int64_t{date.year} * 16 + date.month) * 32 + date.day;
-}
-
-// The first eight bytes of an id as a number, so that most ties on a date
-// are broken without reading the whole id.
-uint64_t idPrefix(const Uuid& id) {
-    uint64_t prefix = 0;
-    for (int i = 0; i < 8; ++i)
-        prefix = (prefix << 8) | id.bytes()[static_cast<std::size_t>(i)];
-    return prefix;
+const Merchant* filedMerchant(const LedgerTransaction& transaction, const Ledger& ledger) {
+    return transaction.merchantID ? ledger.merchants.find(*transaction.merchantID) : nullptr;
 }
 
 }  // namespace
 
 MerchantIdentity merchantIdentity(const LedgerTransaction& transaction, const Ledger& ledger) {
-    Payee payee = payeeOf(transaction, ledger);
-    if (payee.merchant)
-        return {payee.merchant->id.text(), payee.merchant->name};
-    return {"key:" + payee.key, MerchantText::titleCase(payee.key)};
+    if (const Merchant* merchant = filedMerchant(transaction, ledger))
+        return {merchant->id.text(), merchant->name};
+    const std::string key = MerchantKeys::of(transaction.rawDescription);
+    return {"key:" + key, MerchantText::titleCase(key)};
 }
 
 std::string merchantIdentityID(const LedgerTransaction& transaction, const Ledger& ledger) {
-    Payee payee = payeeOf(transaction, ledger);
-    return payee.merchant ? payee.merchant->id.text() : "key:" + payee.key;
+    if (const Merchant* merchant = filedMerchant(transaction, ledger))
+        return merchant->id.text();
+    return "key:" + MerchantKeys::of(transaction.rawDescription);
 }
 
 Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) {
@@ -160,28 +307,28 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                          history == histories.end() ? nullptr : &history->second});
     }
 
-    // Bound by memory latency: see TransactionWalk.
-    const auto all = TransactionWalk::addresses(ledger);
-    std::vector<const LedgerTransaction*> inSpan;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        TransactionWalk::readAhead(all, i);
-        const LedgerTransaction& transaction = *all[i];
-        if (transaction.supersededBy || transaction.voided)
-            continue;
-        const IDWords accountID = idWords(transaction.accountID);
-        auto slot = std::find_if(slots.begin(), slots.end(),
-                                 [&](const AccountSlot& s) { return s.id == accountID; });
-        if (slot == slots.end())
-            continue;  // its account is gone: in no report
-        if (slot->history)
-            slot->history->add(transaction.date);
-        if (!slot->included)
-            continue;
-        if (!filter.wholeHousehold && !filter.includes(transaction, ledger))
-            continue;
-        slot->scoped = true;
-        if (filter.span.start <= transaction.date && transaction.date <= filter.span.end)
-            inSpan.push_back(&transaction);
+    // The lines are held until the report is done: see reportLines.
+    std::vector<SharedChunkLines> held;
+    held.reserve(Transactions::chunkCount());
+    reportLines().each(ledger.transactions,
+                       [&](const SharedChunkLines& chunk) { held.push_back(chunk); });
+    std::vector<Keyed> inSpan;
+    for (const SharedChunkLines& chunk : held) {
+        for (const ReportLine& line : chunk->lines) {
+            auto slot = std::find_if(slots.begin(), slots.end(),
+                                     [&](const AccountSlot& s) { return s.id == line.accountID; });
+            if (slot == slots.end())
+                continue;  // its account is gone: in no report
+            if (slot->history)
+                slot->history->add(line.date);
+            if (!slot->included)
+                continue;
+            if (!filter.wholeHousehold && !filter.includes(*line.record, ledger))
+                continue;
+            slot->scoped = true;
+            if (filter.span.start <= line.date && line.date <= filter.span.end)
+                inSpan.push_back({line.day, line.idPrefix, &line});
+        }
     }
     std::vector<const Account*> accounts;
     for (const auto& account : ledger.accounts) {
@@ -195,43 +342,57 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
         if (filter.wholeHousehold || slot->scoped)
             accounts.push_back(&account);
     }
-
-    // Sorted on a compact key, so that most comparisons don't leave the array.
-    struct Ordered {
-        int64_t day;
-        uint64_t idPrefix;
-        const LedgerTransaction* transaction;
-    };
-    std::vector<Ordered> ordered;
-    ordered.reserve(inSpan.size());
-    for (const LedgerTransaction* transaction : inSpan)
-        ordered.push_back({dateKey(transaction->date), idPrefix(transaction->id), transaction});
-    std::sort(ordered.begin(), ordered.end(), [](const Ordered& a, const Ordered& b) {
-        if (a.day != b.day)
-            return a.day < b.day;
-        if (a.idPrefix != b.idPrefix)
-            return a.idPrefix < b.idPrefix;
-        return a.transaction->id < b.transaction->id;
-    });
+    const std::vector<const ReportLine*> ordered = inDateOrder(std::move(inSpan));
 
     const std::vector<std::string> monthKeys = filter.span.monthKeys();
     report.months.reserve(monthKeys.size());
     for (const auto& key : monthKeys)
         report.months.push_back(MonthLine{.monthKey = key});
     const int64_t firstMonth = int64_t{filter.span.start.year} * 12 + filter.span.start.month;
-    const auto monthOf = [&](LocalDate date) -> MonthLine& {
-        return report
-            .months[static_cast<std::size_t>(int64_t{date.year} * 12 + date.month - firstMonth)];
+    const auto monthOf = [&](const ReportLine& line) -> MonthLine& {
+        return report.months[static_cast<std::size_t>(line.month - firstMonth)];
     };
 
-    std::unordered_map<Uuid, const LedgerCategory*> categoryIndex;
-    for (const auto& category : ledger.categories)
-        categoryIndex.try_emplace(category.id, &category);
-    const auto categoryOf = [&](const std::optional<Uuid>& id) -> const LedgerCategory* {
+    // A category's gift test lowercases its name: done once per category.
+    struct CategoryEntry {
+        const LedgerCategory* category;
+        bool isGifts;
+    };
+    std::unordered_map<Uuid, CategoryEntry> categoryIndex;
+    for (const auto& category : ledger.categories) {
+        categoryIndex.try_emplace(
+            category.id,
+            CategoryEntry{&category, text::lowercased(category.name) == kGiftsReceived});
+    }
+    const auto categoryEntryOf = [&](const std::optional<Uuid>& id) -> const CategoryEntry* {
         if (!id)
             return nullptr;
         const auto it = categoryIndex.find(*id);
-        return it == categoryIndex.end() ? nullptr : it->second;
+        return it == categoryIndex.end() ? nullptr : &it->second;
+    };
+    const auto categoryOf = [&](const std::optional<Uuid>& id) -> const LedgerCategory* {
+        const CategoryEntry* entry = categoryEntryOf(id);
+        return entry ? entry->category : nullptr;
+    };
+
+    // A household files its lines under a few hundred merchants: each id is
+    // looked up in the ledger once. Keys of lines whose merchant is gone are
+    // kept here for the length of the report.
+    std::unordered_map<Uuid, const Merchant*> merchantIndex;
+    std::deque<std::string> strayKeyTexts;
+    std::deque<TextKey> strayKeys;
+    const auto payeeOf = [&](const ReportLine& line) -> Payee {
+        if (line.key)
+            return {nullptr, *line.key};
+        auto [it, inserted] = merchantIndex.try_emplace(*line.merchantID, nullptr);
+        if (inserted)
+            it->second = ledger.merchants.find(*line.merchantID);
+        if (it->second)
+            return {it->second, {}};
+        const std::string& text =
+            strayKeyTexts.emplace_back(MerchantKeys::of(line.record->rawDescription));
+        return {nullptr,
+                strayKeys.emplace_back(TextKey{text, std::hash<std::string_view>{}(text)})};
     };
 
     // Keyed by the category, or by nullptr for "uncategorized".
@@ -239,32 +400,31 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
     MerchantTable incomeSources;
     MerchantTable spendingMerchants;
     std::vector<std::pair<const LedgerCategory*, int64_t>> pieces;
+    int64_t aiFiledTotal = 0;
 
     for (std::size_t i = 0; i < ordered.size(); ++i) {
         if (i + kReadAhead < ordered.size()) {
-            const LedgerTransaction* next = ordered[i + kReadAhead].transaction;
-            __builtin_prefetch(&next->amount);
-            __builtin_prefetch(&next->rawDescription);
-            __builtin_prefetch(&next->categoryID);
-            __builtin_prefetch(&next->splits);
+            const ReportLine* next = ordered[i + kReadAhead];
+            __builtin_prefetch(next);
+            __builtin_prefetch(&next->key);
         }
-        const LedgerTransaction* transaction = ordered[i].transaction;
-        const int64_t amount = transaction->amount;
-        if (transaction->status == TransactionStatus::pending) {
+        const ReportLine& line = *ordered[i];
+        const int64_t amount = line.amount;
+        if (line.pending) {
             ++report.pendingCount;
             report.pendingTotal = checked::add(report.pendingTotal, amount);
             continue;
         }
-        if (transaction->method == MatchMethod::ai &&
-            transaction->review == ReviewState::automatic &&
-            (transaction->kind == TransactionKind::expense ||
-             transaction->kind == TransactionKind::income))
-            report.aiFiledIDs.push_back(transaction->id);
+        if (line.aiFiled &&
+            (line.kind == TransactionKind::expense || line.kind == TransactionKind::income)) {
+            report.aiFiledIDs.push_back(line.id);
+            aiFiledTotal = checked::add(aiFiledTotal, amount < 0 ? checked::neg(amount) : amount);
+        }
 
-        switch (transaction->kind) {
+        switch (line.kind) {
             case TransactionKind::unknown:
                 ++report.unknownCount;
-                report.unknownIDs.push_back(transaction->id);
+                report.unknownIDs.push_back(line.id);
                 if (amount >= 1)
                     report.unknownIn = checked::add(report.unknownIn, amount);
                 else
@@ -276,21 +436,21 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                     report.transferVolume = checked::sub(report.transferVolume, amount);
                 break;
             case TransactionKind::income: {
-                report.includedIDs.push_back(transaction->id);
+                report.includedIDs.push_back(line.id);
                 report.income = checked::add(report.income, amount);
-                MonthLine& month = monthOf(transaction->date);
+                MonthLine& month = monthOf(line);
                 month.income = checked::add(month.income, amount);
-                const LedgerCategory* category = categoryOf(transaction->categoryID);
-                if (category && text::lowercased(category->name) == kGiftsReceived)
+                const CategoryEntry* category = categoryEntryOf(line.categoryID);
+                if (category && category->isGifts)
                     report.giftsReceived = checked::add(report.giftsReceived, amount);
-                incomeSources.add(payeeOf(*transaction, ledger), *transaction, amount);
+                incomeSources.add(payeeOf(line), line.id, amount);
                 break;
             }
             case TransactionKind::expense: {
                 const int64_t spend = checked::neg(amount);
-                report.includedIDs.push_back(transaction->id);
+                report.includedIDs.push_back(line.id);
                 report.spending = checked::add(report.spending, spend);
-                MonthLine& month = monthOf(transaction->date);
+                MonthLine& month = monthOf(line);
                 month.spending = checked::add(month.spending, spend);
                 if (amount >= 1)
                     report.refunds = checked::add(report.refunds, amount);
@@ -298,10 +458,10 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                 // A split's parts carry the money out as negative amounts, so
                 // each part takes its own amount off its category's piece.
                 pieces.clear();
-                if (!transaction->splits || transaction->splits->empty()) {
-                    pieces.emplace_back(categoryOf(transaction->categoryID), spend);
+                if (!line.hasSplits) {
+                    pieces.emplace_back(categoryOf(line.categoryID), spend);
                 } else {
-                    for (const auto& split : *transaction->splits) {
+                    for (const auto& split : *line.record->splits) {
                         const LedgerCategory* category = categoryOf(split.categoryID);
                         auto it = std::find_if(pieces.begin(), pieces.end(),
                                                [&](const auto& p) { return p.first == category; });
@@ -311,17 +471,17 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                             it->second = checked::sub(it->second, split.amount);
                     }
                 }
-                const Payee payee = payeeOf(*transaction, ledger);
+                const Payee payee = payeeOf(line);
                 for (const auto& [category, piece] : pieces) {
-                    CategoryAccumulator& line = categories[category];
-                    line.amount = checked::add(line.amount, piece);
+                    CategoryAccumulator& accumulator = categories[category];
+                    accumulator.amount = checked::add(accumulator.amount, piece);
                     if (piece < 0)
-                        line.refunds = checked::sub(line.refunds, piece);
-                    ++line.count;
-                    line.transactionIDs.push_back(transaction->id);
-                    line.merchants.add(payee, *transaction, piece);
+                        accumulator.refunds = checked::sub(accumulator.refunds, piece);
+                    ++accumulator.count;
+                    accumulator.transactionIDs.push_back(line.id);
+                    accumulator.merchants.add(payee, line.id, piece);
                 }
-                spendingMerchants.add(payee, *transaction, spend);
+                spendingMerchants.add(payee, line.id, spend);
                 break;
             }
         }
@@ -358,11 +518,7 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
                                      report.unknownCount, report.unknownIn, report.unknownOut,
                                      report.pendingCount, report.pendingTotal);
     if (!report.aiFiledIDs.empty()) {
-        int64_t total = 0;
-        for (const auto& id : report.aiFiledIDs) {
-            const int64_t amount = ledger.transactions.find(id)->amount;
-            total = checked::add(total, amount < 0 ? checked::neg(amount) : amount);
-        }
+        const int64_t total = aiFiledTotal;
         const std::size_t count = report.aiFiledIDs.size();
         DataNote note{
             .id = "ai-filed",

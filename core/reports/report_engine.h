@@ -1,9 +1,10 @@
 #pragma once
 
 // How a transaction counts: the one pass from a Ledger and a ReportFilter to a
-// Report. Pure functions of their arguments with no state and no cache (the
-// runtime keys its caches on the ledger's revision), safe on any thread for
-// a ledger nobody writes meanwhile.
+// Report. Pure functions of their arguments (the runtime keys its caches on
+// the ledger's revision), safe on any thread for a ledger nobody writes
+// meanwhile. The one thing kept between calls is a compact copy of each
+// unchanged chunk of transactions, which can't go stale (ChunkSummaries).
 //
 // Pending lines count only in the pending figures; transfers count in no
 // income, spending, category or merchant figure; refunds filed as expenses

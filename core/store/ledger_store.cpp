@@ -471,6 +471,92 @@ std::optional<std::string> encodeRecord(const Ledger& ledger, RecordKind kind,
     return std::nullopt;
 }
 
+// Pages in the log past which it is copied back: SQLite's own default.
+constexpr int kCopyBackPages = 1000;
+
+}  // namespace
+
+// Copies the write-ahead log back into the data file, on request, on a thread
+// and a connection of its own. A save's commit is durable before it asks (the
+// log is synced at commit), and a copy cut short by a crash is redone from the
+// log at the next open, so nothing here bears on what a save keeps.
+class detail::LogCopier {
+  public:
+    explicit LogCopier(std::filesystem::path file) : m_file(std::move(file)) {}
+    ~LogCopier() { stop(); }
+    LogCopier(const LogCopier&) = delete;
+    LogCopier& operator=(const LogCopier&) = delete;
+
+    // Asks for a copy and returns at once. False when no thread can be had,
+    // and the caller copies for itself.
+    bool request() {
+        std::lock_guard lock(m_mutex);
+        if (m_stopping)
+            return true;  // closing: the last connection's close copies what is left
+        if (!m_thread.joinable()) {
+            try {
+                m_thread = std::thread([this] { run(); });
+            } catch (const std::system_error&) {
+                return false;
+            }
+        }
+        m_requested = true;
+        m_wake.notify_one();
+        return true;
+    }
+
+    // Waits for a copy under way; nothing is copied after this.
+    void stop() {
+        {
+            std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        m_wake.notify_one();
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
+  private:
+    void run() {
+        sqlite3* db = nullptr;
+        const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX;
+        if (sqlite3_open_v2(m_file.c_str(), &db, flags, nullptr) == SQLITE_OK)
+            sqlite3_exec(db, "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr);
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            m_wake.wait(lock, [&] { return m_requested || m_stopping; });
+            if (m_stopping)
+                break;
+            m_requested = false;
+            lock.unlock();
+            // Passive: never waits for the store's own reads or writes. What
+            // it can't copy now is copied at the next request or at close.
+            if (db)
+                sqlite3_wal_checkpoint_v2(db, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+            lock.lock();
+        }
+        lock.unlock();
+        sqlite3_close_v2(db);
+    }
+
+    std::filesystem::path m_file;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_requested = false;
+    bool m_stopping = false;
+    std::thread m_thread;  // started at the first request
+};
+
+namespace {
+
+// Called after every commit of the store's connection, in place of SQLite's
+// own automatic checkpoint.
+int afterCommit(void* copier, sqlite3* db, const char* /*schema*/, int pages) {
+    if (pages >= kCopyBackPages && !static_cast<detail::LogCopier*>(copier)->request())
+        sqlite3_wal_checkpoint_v2(db, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+    return SQLITE_OK;
+}
+
 template <typename T, typename Less>
 SharedVector<T> sorted(std::vector<T> items, Less less) {
     std::stable_sort(items.begin(), items.end(), less);
@@ -494,8 +580,11 @@ LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
         // Durability over speed: a saved change must survive a power cut.
         execute(m_db, "PRAGMA journal_mode = WAL");
         execute(m_db, "PRAGMA synchronous = FULL");
+        m_logCopier = std::make_unique<detail::LogCopier>(m_file);
+        sqlite3_wal_hook(m_db, afterCommit, m_logCopier.get());
         migrate();
     } catch (...) {
+        m_logCopier.reset();
         sqlite3_close(m_db);
         m_db = nullptr;
         throw;
@@ -692,6 +781,10 @@ void LedgerStore::backup(const std::filesystem::path& target) {
 
 void LedgerStore::close() {
     std::lock_guard lock(m_mutex);
+    // First, so that the store's own connection is the last one and its
+    // close copies back what is left and removes the log.
+    if (m_logCopier)
+        m_logCopier->stop();
     if (m_db)
         sqlite3_close_v2(m_db);
     m_db = nullptr;

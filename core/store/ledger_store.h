@@ -18,8 +18,15 @@
 // Thread safety: one mutex guards every operation on the connection for its
 // whole length, so a store may be used from the main thread and background
 // tasks alike. Not copyable: it owns the connection.
+//
+// Saves go to the write-ahead log, synced at every commit. Copying the log
+// back into the file (the checkpoint) is left to a thread of the store's own,
+// on a connection of its own, once the log passes a thousand pages: a save of
+// thousands of records returns when it is durable, not after writing every
+// page a second time. close() waits for that thread.
 
 #include <filesystem>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -31,6 +38,10 @@
 struct sqlite3;
 
 namespace copperwick {
+
+namespace detail {
+class LogCopier;
+}
 
 class LedgerStore {
   public:
@@ -78,6 +89,7 @@ class LedgerStore {
 
     std::filesystem::path m_file;
     sqlite3* m_db = nullptr;
+    std::unique_ptr<detail::LogCopier> m_logCopier;
     mutable std::mutex m_mutex;
     int m_unreadableRecords = 0;
     int m_openedAtVersion = 0;

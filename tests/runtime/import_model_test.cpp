@@ -122,6 +122,35 @@ TEST_F(ImportModelTest, OverlappingFilesInOneCommitAddOnlyNewLines) {
     EXPECT_EQ(model.lastResult(), "Imported 3 transactions from 2 files; 2 were already saved.");
 }
 
+// The plan on the card is reused at commit only while the ledger is the one
+// it was made from: here another session saves the same lines in between.
+TEST_F(ImportModelTest, LinesSavedAfterThePlanWasMadeAreDuplicatesAtCommit) {
+    const std::string lines =
+        "DEBIT,03/02/2026,\"CORNER SHOP\",-12.50,DEBIT_CARD,100.00,\n"
+        "DEBIT,03/05/2026,\"CITY WATER\",-40.00,ACH_DEBIT,60.00,\n";
+    const auto file = written("march.csv", std::string(kCheckingHeader) + lines);
+    Account checking(Uuid::random(), "Checking", AccountType::checking);
+    runtime.apply([&](Ledger& ledger) { return upsertAccount(ledger, checking); });
+    const auto choose = [&](ImportModel& session) {
+        session.add({file}, runtime);
+        session.waitForAnalyses(runtime);
+        ASSERT_EQ(session.files().size(), 1u);
+        session.setChoice(ImportFile::AccountChoice::existing(checking.id),
+                          session.files().front().id, runtime);
+        ASSERT_TRUE(session.files().front().plan);
+        EXPECT_EQ(session.files().front().plan->newCount(), 2);
+    };
+    choose(model);
+    ImportModel other;
+    choose(other);
+    other.commit(runtime, {});
+    EXPECT_EQ(other.lastResult(), "Imported 2 transactions from 1 file.");
+
+    model.commit(runtime, {});
+    EXPECT_EQ(model.lastResult(), "Imported 0 transactions from 1 file; 2 were already saved.");
+    EXPECT_EQ(activeCount(), 2u);
+}
+
 TEST_F(ImportModelTest, PaymentBetweenCheckingAndCardPairsOnceBothAreIn) {
     drop({written("checking.csv", std::string(kCheckingHeader) +
                                       "DEBIT,03/04/2026,\"CHASE CREDIT CRD AUTOPAY\",-250.00,"

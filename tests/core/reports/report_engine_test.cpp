@@ -1,5 +1,7 @@
 #include "core/reports/report_engine.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/ledger_builder.h"
@@ -179,6 +181,78 @@ TEST_F(ReportEngineTest, ModelFilingsOfUnknownKindAreNotCountedAsFiled) {
     EXPECT_EQ(report.notes[1].text,
               "1 transaction was filed by Local AI ($2.50 in all) and you haven't checked them "
               "yet. They're counted; check them in Review.");
+}
+
+// Reports keep compact copies of unchanged transactions between calls: an
+// edit, in place or in a copy, shows in the next report of that ledger and in
+// no other.
+TEST_F(ReportEngineTest, EditsShowInTheNextReportOfThatLedgerOnly) {
+    const Uuid coffee = expense("BLUE BOTTLE", -1000);
+    const Uuid lunch = expense("LARDO", -2000);
+    const Report before = build();
+    EXPECT_EQ(before.spending, 3000);
+
+    Ledger copy = builder.ledger();
+    copy.transactions.update(coffee, [](LedgerTransaction& t) { t.amount = -1500; });
+    EXPECT_EQ(ReportEngine::build(copy, householdFilter(kMarch), kToday).spending, 3500);
+    EXPECT_EQ(build(), before) << "the original is untouched by its copy's edit";
+
+    builder.change(lunch, [](LedgerTransaction& t) { t.kind = TransactionKind::transfer; });
+    const Uuid merchant = builder.merchant("Blue Bottle Coffee");
+    builder.change(coffee, [&](LedgerTransaction& t) { t.merchantID = merchant; });
+    const Report after = build();
+    EXPECT_EQ(after.spending, 1000);
+    EXPECT_EQ(after.transferCount, 1);
+    ASSERT_EQ(after.topMerchants.size(), 1u);
+    EXPECT_EQ(after.topMerchants[0].id, merchant.text());
+    EXPECT_EQ(after.topMerchants[0].name, "Blue Bottle Coffee");
+
+    (void)builder.ledger().merchants.erase(merchant);
+    const std::string fallback = build().topMerchants.at(0).id;
+    EXPECT_TRUE(fallback.starts_with("key:BLUE BOTTLE")) << fallback;
+}
+
+TEST_F(ReportEngineTest, LinesOfAGoneMerchantGroupWithUnfiledLinesOfTheirText) {
+    const Uuid dangling = expense("TRADER JOE S #552", -600);
+    builder.change(dangling, [](LedgerTransaction& t) { t.merchantID = Uuid::random(); });
+    const Uuid unfiled = expense("TRADER JOE S #552", -400, "Groceries");
+    const Report report = build();
+    ASSERT_EQ(report.topMerchants.size(), 1u);
+    EXPECT_EQ(report.topMerchants[0].amount, 1000);
+    EXPECT_EQ(report.topMerchants[0].count, 2);
+    EXPECT_EQ(report.topMerchants[0].transactionIDs.size(), 2u);
+    ASSERT_EQ(report.categories.size(), 2u);
+    EXPECT_EQ(report.categories[0].merchants[0].id, report.topMerchants[0].id);
+    EXPECT_EQ(report.categories[1].merchants[0].transactionIDs, std::vector<Uuid>{unfiled});
+}
+
+// Lines are counted out by day and each day's lines sorted by id; dates
+// centuries apart take the plain sort. Both give date order, ties by id.
+TEST(ReportEngine, IncludedLinesRunInDateOrderThenByID) {
+    const auto check = [](const std::vector<LocalDate>& dates, DateSpan span) {
+        testing::LedgerBuilder builder;
+        const Uuid account = builder.account("Checking");
+        std::vector<std::pair<LocalDate, Uuid>> expected;
+        for (const LocalDate date : dates) {
+            const Uuid id = builder.transaction(account, "SHOP", -100, date);
+            builder.change(id, [](LedgerTransaction& t) { t.kind = TransactionKind::expense; });
+            expected.emplace_back(date, id);
+        }
+        std::sort(expected.begin(), expected.end());
+        std::vector<Uuid> ids;
+        for (const auto& entry : expected)
+            ids.push_back(entry.second);
+        const Report report = ReportEngine::build(builder.ledger(), householdFilter(span), kToday);
+        EXPECT_EQ(report.includedIDs, ids);
+        EXPECT_EQ(report.categories.at(0).transactionIDs, ids);
+        EXPECT_EQ(report.topMerchants.at(0).transactionIDs, ids);
+    };
+    std::vector<LocalDate> month;
+    for (int i = 0; i < 40; ++i)
+        month.push_back(day(2026, 3, i % 3 == 0 ? 31 : 1 + i % 5));
+    check(month, kMarch);
+    check({day(2200, 12, 31), day(1900, 1, 1), day(2026, 3, 5), day(1900, 1, 1)},
+          {day(1900, 1, 1), day(2200, 12, 31)});
 }
 
 TEST(ReportEngine, SavingsRateRoundsHalvesAwayFromZero) {

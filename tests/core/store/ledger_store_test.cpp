@@ -6,9 +6,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 #include <limits>
 #include <random>
+#include <thread>
 
 #include <sqlite3.h>
 
@@ -381,6 +383,37 @@ TEST(LedgerStore, FullDiskRollsTheSaveBack) {
     EXPECT_EQ(ledger.transactions.size(), 10u);
     for (const auto& t : ledger.transactions)
         EXPECT_EQ(t.note, "v1");
+}
+
+// The log of a save of thousands of records is copied back into the file by
+// the store's own thread: the file catches up while the store stays open and
+// takes further saves, and close waits for the copy and leaves no log behind.
+TEST(LedgerStore, LargeSaveIsCopiedBackWhileOpenAndCloseLeavesNoLog) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    const auto log = temp / "Copperwick.sqlite-wal";
+    Ledger ledger;
+    for (int i = 0; i < 6000; ++i) {
+        const auto t = transaction(std::string(400, 'x'));
+        ledger.transactions.set(t.id, t);
+    }
+    LedgerStore store(file);
+    store.saveAll(ledger);
+    EXPECT_TRUE(std::filesystem::exists(log));
+    constexpr std::uintmax_t kCopied = 3'000'000;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::filesystem::file_size(file) < kCopied &&
+           std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_GE(std::filesystem::file_size(file), kCopied) << "the log was never copied back";
+
+    const Uuid changed = ledger.transactions.begin().key();
+    ledger.transactions.update(changed, [](LedgerTransaction& t) { t.note = "after"; });
+    store.save(changing(RecordKind::transaction, changed.text()), ledger);
+    store.close();
+    EXPECT_FALSE(std::filesystem::exists(log));
+    LedgerStore reopened(file);
+    EXPECT_TRUE(reopened.load().transactions == ledger.transactions);
 }
 
 TEST(LedgerStore, ClosedStoreRefusesEverythingButEmptyDeltasAndLookups) {
