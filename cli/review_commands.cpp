@@ -260,28 +260,39 @@ std::optional<DecisionTarget> decisionTarget(CommandContext& context, const Ledg
     return target;
 }
 
-// The group id or the --ids, exactly one of them; absent after saying why.
-std::optional<std::vector<Uuid>> listedIDs(CommandContext& context, const std::string& groupID,
-                                           const std::vector<std::string>& ids) {
+// The runtime and what the decision is about, from a group id or the --ids
+// (exactly one of them); absent after saying why not.
+struct OpenDecision {
+    std::unique_ptr<LedgerRuntime> runtime;
+    DecisionTarget target;
+};
+
+std::optional<OpenDecision> openDecision(CommandContext& context, const std::string& groupID,
+                                         const std::vector<std::string>& ids) {
     if (groupID.empty() == ids.empty()) {
         context.err << "Give either a group id or --ids, not both.\n";
         context.exitCode = kExitUsage;
         return std::nullopt;
     }
-    return readTransactionIDs(context, ids);
+    const auto listed = readTransactionIDs(context, ids);
+    if (!listed)
+        return std::nullopt;
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return std::nullopt;
+    auto target = decisionTarget(context, runtime->ledger(), groupID, *listed);
+    if (!target)
+        return std::nullopt;
+    return OpenDecision{std::move(runtime), std::move(*target)};
 }
 
 void runClassify(CommandContext& context, const ClassifyOptions& options) {
-    const auto listed = listedIDs(context, options.group, options.ids);
-    if (!listed)
+    auto opened = openDecision(context, options.group, options.ids);
+    if (!opened)
         return;
-    auto runtime = openRuntime(context);
-    if (reportUnavailable(*runtime, context))
-        return;
+    LedgerRuntime* runtime = opened->runtime.get();
     const Ledger& ledger = runtime->ledger();
-    const auto target = decisionTarget(context, ledger, options.group, *listed);
-    if (!target)
-        return;
+    const DecisionTarget* target = &opened->target;
     const std::vector<Uuid>& ids = target->ids;
 
     Classification decision;
@@ -330,17 +341,13 @@ struct ClassifyZelleOptions {
 };
 
 void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& options) {
-    const auto listed = listedIDs(context, options.group, options.ids);
-    if (!listed)
-        return;
     const ZelleChoice choice = *enumFromRaw<ZelleChoice>(options.choice);
-    auto runtime = openRuntime(context);
-    if (reportUnavailable(*runtime, context))
+    auto opened = openDecision(context, options.group, options.ids);
+    if (!opened)
         return;
+    LedgerRuntime* runtime = opened->runtime.get();
     const Ledger& ledger = runtime->ledger();
-    const auto target = decisionTarget(context, ledger, options.group, *listed);
-    if (!target)
-        return;
+    const DecisionTarget* target = &opened->target;
 
     // The question offers different answers for money in and money out.
     const LedgerTransaction* example =
