@@ -15,6 +15,7 @@
 #include "cli/ledger_lookup.h"
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
+#include "cli/transaction_query.h"
 #include "core/model/uuid.h"
 #include "core/reports/csv_export.h"
 
@@ -89,31 +90,21 @@ void runExportTransactions(CommandContext& context, const ExportOptions& options
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
-    std::optional<ReportFilter> filter;
+    TransactionQuery query{.review = options.review, .search = options.search};
     if (choosesReport(options.filter)) {
-        filter = reportFilter(options.filter, ledger, runtime->today(), context);
-        if (!filter)
+        query.report = reportFilter(options.filter, ledger, runtime->today(), context);
+        if (!query.report)
             return;
     }
-    std::optional<Uuid> accountID;
     if (!options.account.empty()) {
         const Account* account = accountOrComplain(context, ledger, options.account);
         if (!account)
             return;
-        accountID = account->id;
+        query.accountID = account->id;
     }
-    const std::string search = text::lowercased(options.search);
     std::vector<Uuid> ids;
-    for (const LedgerTransaction* transaction : ledger.activeTransactions()) {
-        if (filter &&
-            (!filter->span.contains(transaction->date) || !filter->includes(*transaction, ledger)))
-            continue;
-        if ((accountID && transaction->accountID != *accountID) ||
-            (options.review && !transaction->needsReview()) ||
-            (!search.empty() && !matchesSearch(ledger, *transaction, search)))
-            continue;
+    for (const LedgerTransaction* transaction : query.select(ledger))
         ids.push_back(transaction->id);
-    }
     const auto count = static_cast<int64_t>(ids.size());
     saveAndReport(context, options.file, CSVExport::transactions(ids, ledger),
                   boost::json::object{{"transactions", count}});

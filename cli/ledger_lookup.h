@@ -84,15 +84,4 @@ inline std::optional<std::vector<Uuid>> readTransactionIDs(CommandContext& conte
     return ids;
 }
 
-// Whether the transaction's bank text, merchant, category or note holds
-// `loweredSearch`, as the Transactions screen's search finds it.
-inline bool matchesSearch(const Ledger& ledger, const LedgerTransaction& transaction,
-                          std::string_view loweredSearch) {
-    const auto nameOf = [](const auto* record) { return record ? record->name : std::string(); };
-    const auto haystack = text::lowercased(
-        transaction.rawDescription + "\n" + nameOf(ledger.merchant(transaction.merchantID)) + "\n" +
-        nameOf(ledger.category(transaction.categoryID)) + "\n" + transaction.note);
-    return haystack.find(loweredSearch) != std::string::npos;
-}
-
 }  // namespace copperwick::cli

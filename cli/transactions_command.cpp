@@ -15,9 +15,9 @@
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
 #include "cli/runtime_session.h"
+#include "cli/transaction_query.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
-#include "core/model/text.h"
 
 namespace copperwick::cli {
 
@@ -37,10 +37,9 @@ std::string nameOrEmpty(const auto* record) {
 }
 
 void runTransactions(CommandContext& context, const TransactionsOptions& options) {
-    std::optional<LocalDate> from;
-    std::optional<LocalDate> to;
+    TransactionQuery query{.review = options.review, .search = options.search};
     for (const auto& [text, date] :
-         {std::pair{&options.from, &from}, std::pair{&options.to, &to}}) {
+         {std::pair{&options.from, &query.from}, std::pair{&options.to, &query.to}}) {
         if (text->empty())
             continue;
         *date = LocalDate::fromISO(*text);
@@ -55,25 +54,14 @@ void runTransactions(CommandContext& context, const TransactionsOptions& options
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
-    std::optional<Uuid> accountID;
     if (!options.account.empty()) {
         const Account* account = accountOrComplain(context, ledger, options.account);
         if (!account)
             return;
-        accountID = account->id;
+        query.accountID = account->id;
     }
-    const auto search = text::lowercased(options.search);
 
-    std::vector<const LedgerTransaction*> lines;
-    for (const LedgerTransaction* transaction : ledger.activeTransactions()) {
-        if ((accountID && transaction->accountID != *accountID) ||
-            (from && transaction->date < *from) || (to && transaction->date > *to) ||
-            (options.review && !transaction->needsReview()))
-            continue;
-        if (!search.empty() && !matchesSearch(ledger, *transaction, search))
-            continue;
-        lines.push_back(transaction);
-    }
+    std::vector<const LedgerTransaction*> lines = query.select(ledger);
     std::sort(lines.begin(), lines.end(),
               [](const LedgerTransaction* a, const LedgerTransaction* b) {
                   if (a->date != b->date)
