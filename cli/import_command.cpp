@@ -2,6 +2,7 @@
 // ledger through the same import session the desktop application uses, the
 // history of what was imported, and taking one import back out.
 
+#include <algorithm>
 #include <ctime>
 #include <fstream>
 #include <iterator>
@@ -448,10 +449,22 @@ void runUndoImport(CommandContext& context, const std::string& batchText) {
     const Uuid id = *batchID;
     runtime->setErrorMessage(std::nullopt);
     const int64_t before = runtime->revision();
-    runtime->apply([id](Ledger& ledger) { return undoImport(ledger, id); });
+    bool gone = false;
+    runtime->apply([id, &gone](Ledger& ledger) {
+        // Another program may have taken the import back meanwhile.
+        const auto& batches = ledger.batches;
+        gone = std::none_of(batches.begin(), batches.end(),
+                            [&](const ImportBatch& batch) { return batch.id == id; });
+        return gone ? LedgerDelta{} : undoImport(ledger, id);
+    });
     if (runtime->revision() == before) {
         fail(context,
              runtime->errorMessage().value_or(std::string(LedgerRuntime::kNoStoreMessage)));
+        return;
+    }
+    if (gone) {
+        fail(context, "There is no import with the id " + batchText +
+                          ". Run 'copperwick imports' to see them.");
         return;
     }
     const std::string message = "Removed the import of " + fileName + ".";

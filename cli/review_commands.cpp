@@ -207,13 +207,29 @@ void decide(CommandContext& context, LedgerRuntime& runtime, const std::vector<U
             const std::string& label, const std::function<LedgerDelta(Ledger&)>& decision) {
     runtime.setErrorMessage(std::nullopt);  // only this decision's outcome counts here
     bool changed = false;
+    std::optional<Uuid> gone;
     runtime.apply([&](Ledger& copy) {
+        // Another program may have removed the lines since they were looked
+        // up (an import taken back); then nothing is decided, as if this
+        // command had come second.
+        gone.reset();
+        for (const auto& id : ids) {
+            if (!copy.transaction(id)) {
+                gone = id;
+                return LedgerDelta{};
+            }
+        }
         auto delta = decision(copy);
         changed = !delta.isEmpty();
         return delta;
     });
     if (reportFailedChange(runtime, context))
         return;
+    if (gone) {
+        context.err << "There's no transaction with the id " << gone->text() << ".\n";
+        context.exitCode = kExitFailure;
+        return;
+    }
     printOutcome(context, runtime, ids, changed, label);
 }
 

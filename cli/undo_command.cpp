@@ -24,17 +24,19 @@ void runUndo(CommandContext& context) {
     }
     runtime->setErrorMessage(std::nullopt);  // only this action's outcome counts here
     if (!runtime->undoLastChange()) {
-        context.err << runtime->errorMessage().value_or(std::string(LedgerRuntime::kNoStoreMessage))
-                    << '\n';
+        // Another program may have taken back the last change meanwhile.
+        context.err << runtime->errorMessage().value_or("There's nothing to undo.") << '\n';
         context.exitCode = kExitFailure;
         return;
     }
+    // Another program's save may have made the last change a different one.
+    const std::string undone = runtime->undoneLabel().value_or(*label);
     const std::string status = runtime->statusMessage().value_or("");
     if (context.json) {
-        printJSON(context, boost::json::object{{"statusMessage", status}, {"label", *label}});
+        printJSON(context, boost::json::object{{"statusMessage", status}, {"label", undone}});
         return;
     }
-    context.out << status << '\n' << *label << '\n';
+    context.out << status << '\n' << undone << '\n';
 }
 
 }  // namespace

@@ -66,6 +66,21 @@ void moveFile(const std::filesystem::path& from, const std::filesystem::path& to
     std::filesystem::remove(from);
 }
 
+// Another program may have imported the same card meanwhile and made the
+// account this file was to make: then the file goes to that account, as it
+// would have had it been dropped a moment later. Only Copperwick's own
+// suggestion is revisited; a new account the person asked for stays new.
+void adoptAccountsMadeMeanwhile(std::vector<ImportFile>& ready, const Ledger& ledger) {
+    for (auto& file : ready) {
+        if (!file.choiceSuggested ||
+            file.choice.kind != ImportFile::AccountChoice::Kind::newAccount)
+            continue;
+        const auto suggestion = ImportAnalyzer::suggestAccount(file.analysis, accountList(ledger));
+        if (const auto* existing = std::get_if<AccountSuggestion::Existing>(&suggestion.value))
+            file.choice = ImportFile::AccountChoice::existing(existing->accountID);
+    }
+}
+
 // The import worked out in memory: the ledger as it will be saved, what to
 // save, and each file's batches.
 struct Worked {
@@ -367,6 +382,7 @@ void ImportModel::applySuggestion(ImportFile& file, LedgerRuntime& runtime) {
             }
         },
         suggestion.value);
+    file.choiceSuggested = true;
 
     if (file.choice.kind == ImportFile::AccountChoice::Kind::existing) {
         const auto* account = runtime.ledger().account(file.choice.accountID);
@@ -413,6 +429,7 @@ void ImportModel::setChoice(ImportFile::AccountChoice choice, const Uuid& id,
     if (!file)
         return;
     file->choice = choice;
+    file->choiceSuggested = false;
     if (choice.kind == ImportFile::AccountChoice::Kind::existing) {
         const auto* account = runtime.ledger().account(choice.accountID);
         if (account && file->analysis.currencyHint &&
@@ -533,8 +550,10 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
     runtime.apply([&](Ledger& ledger) {
         // The ledger it was worked out from is still the live one unless
         // something was saved meanwhile; then it is worked out again.
-        if (runtime.revision() != revisionBefore)
+        if (runtime.revision() != revisionBefore) {
+            adoptAccountsMadeMeanwhile(ready, ledger);
             worked = workOut(ledger, ready, now);
+        }
         ledger = std::move(worked.ledger);
         committed = std::move(worked.committed);
         return std::move(worked.delta);

@@ -62,6 +62,8 @@ struct ImportFile {
     std::string data;
     FileAnalysis analysis;
     AccountChoice choice;
+    // The choice is Copperwick's own suggestion, not the person's.
+    bool choiceSuggested = false;
     NewAccountDraft draft;
     std::optional<std::string> suggestionReason;
     std::optional<ImportPlan> plan;

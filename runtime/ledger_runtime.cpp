@@ -3,10 +3,12 @@
 #include "core/matching/merchant_key_index.h"
 #include "core/matching/merchant_keys.h"
 #include "core/matching/transfer_pairing.h"
+#include "core/model/amount_limits.h"
 #include "core/operations/change_history.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/update_settings.h"
 #include "core/presentation/demo_ledger.h"
+#include "core/store/private_folder.h"
 #include "runtime/data_folders.h"
 #include "runtime/instant_text.h"
 
@@ -86,23 +88,28 @@ std::filesystem::path LedgerRuntime::dataFile() const {
 
 void LedgerRuntime::openStore() {
     try {
+        // What a program killed while copying left behind.
+        removeAbandonedFiles(m_dataFolder);
+        removeAbandonedFiles(m_backups.folder());
         auto store = std::make_unique<LedgerStore>(dataFile());
         const bool wasEmpty = store->isEmpty();
         Ledger loaded = store->load();
         // A new file keeps its starter categories' ids for good from here on.
         // A demo's file gets the demo's own categories at once instead; saving
         // the starter ones too would leave both sets in it.
-        if (wasEmpty && !m_isDemo)
-            store->saveAll(loaded);
-        m_store = std::move(store);
-        m_ledger = std::move(loaded);
-        warmMerchantKeys();
-        bumpRevision();
-        if (const int unreadable = m_store->unreadableRecords(); unreadable > 0) {
-            setErrorMessage(std::to_string(unreadable) +
-                            " saved records couldn't be read and were skipped. They're still in "
-                            "the data file.");
+        if (wasEmpty && !m_isDemo) {
+            try {
+                store->saveAll(loaded);
+            } catch (const StoreError& error) {
+                // Another program started the same new file a moment earlier:
+                // its starter ledger is the one.
+                if (error.kind() != StoreError::Case::changedElsewhere)
+                    throw;
+                loaded = store->load();
+            }
         }
+        m_store = std::move(store);
+        install(std::move(loaded));
         if (!wasEmpty && !m_isDemo && m_backups.needsDailyBackup(m_clock())) {
             try {
                 m_backups.makeBackup(*m_store, "daily", m_clock());
@@ -115,6 +122,43 @@ void LedgerRuntime::openStore() {
     }
 }
 
+void LedgerRuntime::install(Ledger loaded) {
+    m_ledger = std::move(loaded);
+    m_magnitude = amount_limits::magnitude(m_ledger);
+    warmMerchantKeys();
+    bumpRevision();
+    if (const int unreadable = m_store->unreadableRecords(); unreadable > 0) {
+        setErrorMessage(std::to_string(unreadable) +
+                        " saved records couldn't be read and were skipped. They're still in "
+                        "the data file.");
+    }
+}
+
+bool LedgerRuntime::reload() {
+    if (!m_store)
+        return false;
+    if (m_store->replaced()) {
+        // Only a new connection sees the file that now has the name.
+        m_store->close();
+        m_store.reset();
+        openStore();
+        return m_store != nullptr;
+    }
+    try {
+        install(m_store->load());
+    } catch (const std::exception& error) {
+        setErrorMessage(error.what());
+        return false;
+    }
+    return true;
+}
+
+bool LedgerRuntime::refreshFromDisk() {
+    if (!m_store || !m_store->changedOnDisk())
+        return false;
+    return reload();
+}
+
 void LedgerRuntime::openDemo() {
     // Without a store the message already says why nothing can be saved.
     if (!m_store)
@@ -123,6 +167,7 @@ void LedgerRuntime::openDemo() {
         Ledger demo = DemoLedger::make(today());
         m_store->saveAll(demo);
         m_ledger = std::move(demo);
+        m_magnitude = amount_limits::magnitude(m_ledger);
     } catch (const std::exception& error) {
         setErrorMessage("Could not open the demo workspace: " + std::string(error.what()));
         return;
@@ -136,55 +181,81 @@ void LedgerRuntime::bumpRevision() {
     m_revision.set(m_revision.get() + 1);
 }
 
-void LedgerRuntime::save(const LedgerDelta& delta, Ledger updated) {
-    if (!m_store) {
-        setErrorMessage(std::string(kNoStoreMessage));
-        return;
+LedgerRuntime::Outcome LedgerRuntime::save(const MaybeChange& change) {
+    for (int attempt = 1;; ++attempt) {
+        Ledger copy = m_ledger;
+        const auto delta = change(copy);
+        if (!delta)
+            return Outcome::nothing;
+        if (!m_store) {
+            setErrorMessage(std::string(kNoStoreMessage));
+            return Outcome::failed;
+        }
+        const int64_t magnitude =
+            amount_limits::magnitudeAfter(m_magnitude, m_ledger, copy, *delta);
+        if (magnitude > amount_limits::kLargestLedgerMagnitude && magnitude > m_magnitude) {
+            setErrorMessage(std::string(amount_limits::kTooLargeMessage));
+            return Outcome::failed;
+        }
+        try {
+            m_store->save(*delta, copy);
+        } catch (const StoreError& error) {
+            // Another program saved first: what it saved stays, and this
+            // change is worked out again on top of it, as if it came second.
+            if (error.kind() == StoreError::Case::changedElsewhere && attempt < kSaveAttempts &&
+                reload()) {
+                continue;
+            }
+            setErrorMessage(error.what());
+            return Outcome::failed;
+        } catch (const std::exception& error) {
+            setErrorMessage(error.what());
+            return Outcome::failed;
+        }
+        m_ledger = std::move(copy);
+        m_magnitude = magnitude;
+        bumpRevision();
+        return Outcome::saved;
     }
-    try {
-        m_store->save(delta, updated);
-    } catch (const std::exception& error) {
-        setErrorMessage(error.what());
-        return;
-    }
-    m_ledger = std::move(updated);
-    bumpRevision();
 }
 
 void LedgerRuntime::apply(const Change& change) {
-    Ledger copy = m_ledger;
-    const LedgerDelta delta = change(copy);
-    save(delta, std::move(copy));
+    (void)save([&change](Ledger& ledger) -> std::optional<LedgerDelta> { return change(ledger); });
 }
 
 bool LedgerRuntime::undoLastChange() {
-    Ledger copy = m_ledger;
-    const auto delta = copperwick::undoLastChange(copy);
-    if (!delta)
+    std::optional<std::string> label;
+    const Outcome outcome = save([&label](Ledger& ledger) {
+        label = ledger.undoLabel();
+        return copperwick::undoLastChange(ledger);
+    });
+    if (outcome != Outcome::saved)
         return false;
-    const int64_t before = revision();
-    save(*delta, std::move(copy));
-    if (revision() == before)
-        return false;
+    m_undoneLabel = std::move(label);
     setStatusMessage("Undone.");
     return true;
 }
 
 bool LedgerRuntime::commitEntry(const Change& change) {
-    const int64_t before = revision();
+    bool backedUp = false;
     try {
-        Ledger copy = m_ledger;
-        const LedgerDelta delta = change(copy);
-        if (!m_store)
-            throw EntryError(EntryError::Case::unavailable);
-        // No entry is saved without its safety copy.
-        backUp("manual-entry");
-        save(delta, std::move(copy));
+        const Outcome outcome = save([&](Ledger& ledger) -> std::optional<LedgerDelta> {
+            LedgerDelta delta = change(ledger);
+            if (!m_store)
+                throw EntryError(EntryError::Case::unavailable);
+            // No entry is saved without its safety copy; one is enough when
+            // the entry is worked out again after another program's save.
+            if (!backedUp) {
+                backUp("manual-entry");
+                backedUp = true;
+            }
+            return delta;
+        });
+        return outcome == Outcome::saved;
     } catch (const std::exception& error) {
         setErrorMessage(error.what());
         return false;
     }
-    return revision() != before;
 }
 
 std::filesystem::path LedgerRuntime::backUp(std::string_view reason) {

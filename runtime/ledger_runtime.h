@@ -96,10 +96,21 @@ class LedgerRuntime {
     void setEntryEditorCount(int count) { m_entryEditorCount = count; }
 
     // Every ordinary change: run on a copy, save, then make the copy live.
+    // When another program saved to the file since it was read here, the file
+    // is read again and the change runs once more on what is there now; a
+    // change that adds more than the ledger can sum up is refused. Either
+    // way, a failure leaves the message and the live ledger as the file is.
     void apply(const Change& change);
     // Takes back the last recorded change and says "Undone."; false when
     // there was nothing to undo or the save failed (the message shows why).
     bool undoLastChange();
+    // The label of what the last successful undoLastChange took back.
+    [[nodiscard]] const std::optional<std::string>& undoneLabel() const { return m_undoneLabel; }
+    // When another program (the command line, a second window) saved to or
+    // replaced the data file, reads it again, installs it and bumps
+    // revision, so that screens show it. True when it did. Cheap when
+    // nothing changed: the application asks on a timer.
+    bool refreshFromDisk();
     // Entries typed by hand: refused entries and failed safety backups show
     // their message and save nothing. True when the entry was saved.
     bool commitEntry(const Change& change);
@@ -129,15 +140,35 @@ class LedgerRuntime {
         "Copperwick can't save changes because its data file couldn't be opened.";
 
   private:
+    enum class Outcome {
+        saved,
+        nothing,
+        failed,
+    };
+    // A change that may find nothing to do (absent).
+    using MaybeChange = std::function<std::optional<LedgerDelta>(Ledger&)>;
+    // How often a change is worked out again when other programs keep
+    // saving first.
+    static constexpr int kSaveAttempts = 5;
+
     void openStore();
+    // Makes a freshly read ledger the live one.
+    void install(Ledger loaded);
+    // Reads the file again (a new store when the file was replaced); false
+    // when it couldn't, with the message shown.
+    bool reload();
     // Fills a demo's fresh file with the fictional household and shows its reports.
     void openDemo();
-    void save(const LedgerDelta& delta, Ledger updated);
+    // The road of every change: run on a copy, check, save, install.
+    Outcome save(const MaybeChange& change);
     void bumpRevision();
     void warmMerchantKeys();
     std::filesystem::path backUp(std::string_view reason);
 
     Ledger m_ledger;
+    // Sum of the live ledger's transaction magnitudes (amount_limits.h).
+    int64_t m_magnitude = 0;
+    std::optional<std::string> m_undoneLabel;
     Observable<int64_t> m_revision{0};
     int m_activeReportBuilds = 0;
     int m_activePDFBuilds = 0;

@@ -1,5 +1,8 @@
 #include "core/model/text.h"
 
+#include <cstdint>
+#include <cstring>
+
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -139,6 +142,58 @@ bool equalsIgnoringCase(std::string_view a, std::string_view b) {
         return true;
     }
     return lowercased(a) == lowercased(b);
+}
+
+bool isValidUTF8(std::string_view text) {
+    const auto* byte = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* const end = byte + text.size();
+    while (byte < end) {
+        // Runs of ASCII, the usual case, eight bytes at a time.
+        while (end - byte >= 8) {
+            uint64_t word;
+            std::memcpy(&word, byte, sizeof word);
+            if (word & 0x8080808080808080ull)
+                break;
+            byte += 8;
+        }
+        if (byte == end)
+            break;
+        const unsigned char lead = *byte;
+        if (lead < 0x80) {
+            ++byte;
+            continue;
+        }
+        int length = 0;
+        unsigned char low = 0x80;
+        unsigned char high = 0xBF;
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            if (lead == 0xE0)
+                low = 0xA0;  // overlong
+            if (lead == 0xED)
+                high = 0x9F;  // surrogates
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            if (lead == 0xF0)
+                low = 0x90;  // overlong
+            if (lead == 0xF4)
+                high = 0x8F;  // above U+10FFFF
+        } else {
+            return false;
+        }
+        if (end - byte < length)
+            return false;
+        if (byte[1] < low || byte[1] > high)
+            return false;
+        for (int i = 2; i < length; ++i) {
+            if (byte[i] < 0x80 || byte[i] > 0xBF)
+                return false;
+        }
+        byte += length;
+    }
+    return true;
 }
 
 }  // namespace copperwick::text

@@ -39,4 +39,8 @@ namespace copperwick::text {
 // Equal after lower-casing both sides.
 [[nodiscard]] bool equalsIgnoringCase(std::string_view a, std::string_view b);
 
+// Whether `text` is well-formed UTF-8: shortest forms only, no surrogates,
+// nothing above U+10FFFF.
+[[nodiscard]] bool isValidUTF8(std::string_view text);
+
 }  // namespace copperwick::text

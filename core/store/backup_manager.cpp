@@ -1,8 +1,10 @@
 #include "core/store/backup_manager.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -56,6 +58,33 @@ Instant modificationDate(const fs::path& file) {
         std::chrono::duration<double>(system.time_since_epoch()).count());
 }
 
+constexpr std::string_view kDamagedBackup =
+    "The backup file is damaged or isn't an Copperwick backup.";
+
+// Whether a freshly written SQLite file holds every page its header counts:
+// a copy cut short shows fewer bytes than that.
+bool looksWhole(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::array<unsigned char, 100> header{};
+    if (!in.read(reinterpret_cast<char*>(header.data()), header.size()))
+        return false;
+    if (std::string_view(reinterpret_cast<const char*>(header.data()), 16) !=
+        std::string_view("SQLite format 3\0", 16)) {
+        return false;
+    }
+    const auto read32 = [&](std::size_t at) {
+        return (uint32_t{header[at]} << 24) | (uint32_t{header[at + 1]} << 16) |
+               (uint32_t{header[at + 2]} << 8) | uint32_t{header[at + 3]};
+    };
+    uint64_t pageSize = (uint64_t{header[16]} << 8) | header[17];
+    if (pageSize == 1)
+        pageSize = 65536;
+    const uint64_t pages = read32(28);
+    std::error_code error;
+    const auto size = fs::file_size(file, error);
+    return !error && pages > 0 && size == pages * pageSize;
+}
+
 bool isTaken(const fs::path& path) {
     std::error_code error;
     // A dangling link still blocks the name: VACUUM INTO would write through it.
@@ -69,11 +98,18 @@ BackupManager::BackupManager(fs::path folder, int keep)
 
 fs::path BackupManager::makeBackup(LedgerStore& store, std::string_view reason, Instant now) const {
     createPrivateFolder(m_folder);
+    removeAbandonedFiles(m_folder);
     const std::string base = std::string(kPrefix) + stamp(now) + "-" + std::string(reason);
+    // Written under a hidden name and named only once whole and on the disk:
+    // a copy cut short by a crash or a full disk is never listed, nor counted
+    // when old copies are dropped.
+    TemporaryFile copy(m_folder, base);
+    store.backup(copy.path());
+    if (!looksWhole(copy.path()))
+        throw StoreError::sql("the backup copy came out incomplete");
     fs::path url = m_folder / (base + std::string(kExtension));
-    for (int n = 2; isTaken(url); ++n)
+    for (int n = 2; isTaken(url) || !copy.publishAs(url); ++n)
         url = m_folder / fmt::format("{}-{}{}", base, n, kExtension);
-    store.backup(url);
     prune();
     return url;
 }
@@ -133,32 +169,49 @@ void BackupManager::prune() const {
 
 void BackupManager::restore(const fs::path& backup, const fs::path& dataFile) {
     if (!LedgerStore::verify(backup))
-        throw StoreError::open("The backup file is damaged or isn't an Copperwick backup.");
+        throw StoreError::open(std::string(kDamagedBackup));
+    const fs::path folder = dataFile.parent_path();
+    createPrivateFolder(folder);
+    removeAbandonedFiles(folder);
+    const std::string name = dataFile.filename().string();
 
-    const fs::path side = dataFile.parent_path() / (dataFile.stem().string() + ".replaced.sqlite");
-    std::error_code ignored;
-    fs::remove(side, ignored);
+    // A whole, checked copy of the backup beside the data file first: the
+    // data file is touched only once there is something sound to put there.
+    TemporaryFile copy(folder, name + ".restore");
+    LedgerStore::copyFile(backup, copy.path());
+    if (!syncPath(copy.path()) || !LedgerStore::verify(copy.path()))
+        throw StoreError::open(std::string(kDamagedBackup));
 
-    std::error_code error;
+    // The file being replaced stays beside it, under the side name.
+    const fs::path side = folder / (dataFile.stem().string() + ".replaced.sqlite");
     if (isTaken(dataFile)) {
-        fs::rename(dataFile, side, error);
-        if (error) {
-            throw FileError("Copperwick couldn't move its data file " + dataFile.string() +
-                            " aside to " + side.string() + ": " + error.message());
+        TemporaryFile kept(folder, side.filename().string());
+        try {
+            LedgerStore::copyFile(dataFile, kept.path());
+        } catch (const StoreError&) {
+            // A damaged file is kept byte for byte.
+            std::error_code error;
+            fs::copy_file(dataFile, kept.path(), fs::copy_options::overwrite_existing, error);
+            if (error) {
+                throw FileError("Copperwick couldn't keep a copy of its data file " +
+                                dataFile.string() + " at " + side.string() + ": " +
+                                error.message());
+            }
         }
+        kept.replace(side);
     }
-    // A stale write-ahead log would be replayed into the restored copy.
+
+    // In place, in one transaction of the data file's own log, so that a
+    // crash leaves the old ledger or the new one, and a program that has the
+    // file open sees the restore like any other save.
+    if (LedgerStore::replaceContents(dataFile, copy.path()))
+        return;
+    // Nothing there that SQLite can write to: the copy takes the name. A
+    // stale log must not be replayed into it.
+    std::error_code ignored;
     fs::remove(dataFile.string() + "-wal", ignored);
     fs::remove(dataFile.string() + "-shm", ignored);
-
-    fs::copy_file(backup, dataFile, error);
-    if (error) {
-        // Leave the path empty rather than half a file: the next open starts afresh,
-        // and the replaced file is still beside it.
-        fs::remove(dataFile, ignored);
-        throw FileError("Copperwick couldn't copy the backup " + backup.string() + " to " +
-                        dataFile.string() + ": " + error.message());
-    }
+    copy.replace(dataFile);
 }
 
 std::string BackupManager::stamp(Instant instant) {

@@ -10,9 +10,13 @@
 // "-2", "-3", ... follows the reason. The name is all there is to know about a
 // copy; the date shown is the file's own modification date.
 //
+// A copy is written under a hidden ".…partial" name, synced and checked, and
+// only then given its name; what a crash leaves halfway is removed later.
+//
 // A value type, freely copyable. makeBackup may run on any thread: the
-// store's lock covers the copy. list, needsDailyBackup and restore touch only
-// files and belong to the main thread; restore wants the store closed.
+// store's lock covers the copy. list, needsDailyBackup and restore belong to
+// the main thread; restore wants this program's store closed, while other
+// programs may keep the file open.
 
 #include <cstdint>
 #include <filesystem>
@@ -72,12 +76,16 @@ class BackupManager {
     // than `now`. Any reason counts.
     [[nodiscard]] bool needsDailyBackup(Instant now) const;
 
-    // Puts `backup` in place of `dataFile`, whose store must be closed. The
-    // previous file stays beside it as "<stem>.replaced.sqlite" until the next
-    // restore; its -wal and -shm files are removed. A backup that isn't a
-    // sound Copperwick file is refused with StoreError::open before anything
-    // is touched. Throws FileError when the data file can't be moved away
-    // (it stays in place) or the copy can't be made (the path is left empty).
+    // Puts `backup` in place of `dataFile`. The backup is checked, copied
+    // whole beside the data file and checked again; the data file's current
+    // content is kept beside it as "<stem>.replaced.sqlite" until the next
+    // restore; then the copy replaces the content in one transaction of the
+    // data file's log (or, when there is no sound data file, takes its name).
+    // A crash at any moment leaves the old ledger or the new one, never none,
+    // and a program with the file open sees the change like any save. A
+    // backup that isn't a sound Copperwick file is refused with
+    // StoreError::open before anything is touched. Throws FileError when a
+    // copy can't be written; the data file then stands as before.
     static void restore(const std::filesystem::path& backup, const std::filesystem::path& dataFile);
 
     // `instant` in UTC as "yyyy-MM-dd-HHmmss", whole seconds.

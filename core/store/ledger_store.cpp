@@ -12,9 +12,13 @@
 #include <utility>
 #include <vector>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "core/model/record_json.h"
+#include "core/model/text.h"
 #include "core/model/transaction_reader.h"
 #include "core/store/backup_manager.h"
 #include "core/store/private_folder.h"
@@ -33,6 +37,8 @@ constexpr const char* kSchema =
     "PRAGMA user_version = 1;";
 
 constexpr const char* kClosed = "database is closed";
+constexpr const char* kNotUTF8 =
+    "some of its text isn't valid UTF-8, and it couldn't be read back. Nothing was saved.";
 
 // One prepared statement, finalised on every path out.
 class Statement {
@@ -563,10 +569,55 @@ SharedVector<T> sorted(std::vector<T> items, Less less) {
     return SharedVector<T>(std::move(items));
 }
 
+// (device, inode) of the file under `path`; (0, 0) when there is none.
+std::pair<uint64_t, uint64_t> fileIdentity(const std::filesystem::path& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return {0, 0};
+    return {static_cast<uint64_t>(status.st_dev), static_cast<uint64_t>(status.st_ino)};
+}
+
+bool isMissingOrEmpty(const std::filesystem::path& file) {
+    struct stat status {};
+    return ::stat(file.c_str(), &status) != 0 || status.st_size == 0;
+}
+
+// A data file that is gone while backups of it remain was lost, by a crash or
+// by hand; starting an empty ledger in its place would hide that.
+void refuseLostFile(const std::filesystem::path& file) {
+    if (!isMissingOrEmpty(file))
+        return;
+    const BackupManager backups(file.parent_path() / "Backups");
+    if (backups.list().empty())
+        return;
+    throw StoreError::open("the file " + file.string() +
+                           " is missing or empty, but the Backups folder beside it has copies. "
+                           "Restore the newest backup to carry on where you left off, or move "
+                           "the Backups folder away to start a new ledger.");
+}
+
+// Made before SQLite opens it, so that the file is private from its first byte.
+void createPrivateFile(const std::filesystem::path& file) {
+    const int descriptor =
+        ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (descriptor >= 0)
+        ::close(descriptor);
+}
+
+void beginWriting(sqlite3* db) {
+    const int result = sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+    if (result == SQLITE_BUSY || result == SQLITE_LOCKED)
+        throw StoreError::busy();
+    if (result != SQLITE_OK)
+        throw StoreError::sql(sqlite3_errmsg(db));
+}
+
 }  // namespace
 
 LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
     createPrivateFolder(m_file.parent_path());
+    refuseLostFile(m_file);
+    createPrivateFile(m_file);
 
     sqlite3* db = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
@@ -577,12 +628,23 @@ LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
     }
     m_db = db;
     try {
+        // Another program's save holds the lock for a moment; wait it out
+        // rather than fail at once.
+        sqlite3_busy_timeout(m_db, kLockWaitMilliseconds);
         // Durability over speed: a saved change must survive a power cut.
         execute(m_db, "PRAGMA journal_mode = WAL");
         execute(m_db, "PRAGMA synchronous = FULL");
         m_logCopier = std::make_unique<detail::LogCopier>(m_file);
         sqlite3_wal_hook(m_db, afterCommit, m_logCopier.get());
         migrate();
+        m_knownVersion = dataVersion(m_db);
+        const auto identity = fileIdentity(m_file);
+        m_device = identity.first;
+        m_inode = identity.second;
+        // SQLite gives its log the data file's mode; older files may have
+        // both open to everyone.
+        for (const char* suffix : {"", "-wal", "-shm"})
+            makeFilePrivate(m_file.string() + suffix);
     } catch (...) {
         m_logCopier.reset();
         sqlite3_close(m_db);
@@ -626,6 +688,21 @@ sqlite3* LedgerStore::connection() const {
 Ledger LedgerStore::load() {
     std::lock_guard lock(m_mutex);
     sqlite3* db = connection();
+    // One read transaction: every kind comes from the same committed state,
+    // whatever another program saves meanwhile, and data_version names it.
+    execute(db, "BEGIN");
+    try {
+        Ledger ledger = loadRecords(db);
+        m_knownVersion = dataVersion(db);
+        execute(db, "COMMIT");
+        return ledger;
+    } catch (...) {
+        sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+        throw;
+    }
+}
+
+Ledger LedgerStore::loadRecords(sqlite3* db) {
     m_unreadableRecords = 0;
     int unreadable = 0;
     Ledger ledger;
@@ -683,8 +760,11 @@ void LedgerStore::save(const LedgerDelta& delta, const Ledger& ledger) {
         return;
     std::lock_guard lock(m_mutex);
     sqlite3* db = connection();
-    execute(db, "BEGIN IMMEDIATE");
+    beginWriting(db);
     try {
+        // Under the write lock, so nobody can slip in between check and write.
+        if (dataVersion(db) != m_knownVersion || replaced())
+            throw StoreError::changedElsewhere();
         Statement insert(db, "INSERT OR REPLACE INTO records (kind, id, data) VALUES (?, ?, ?)");
         Statement remove(db, "DELETE FROM records WHERE kind = ? AND id = ?");
         const auto removeRow = [&](RecordKind kind, const std::string& id) {
@@ -695,6 +775,9 @@ void LedgerStore::save(const LedgerDelta& delta, const Ledger& ledger) {
             if (const auto it = delta.changed.find(kind); it != delta.changed.end()) {
                 for (const auto& id : it->second) {
                     if (const auto data = encodeRecord(ledger, kind, id)) {
+                        // JSON can't carry it, so the record would never load again.
+                        if (!text::isValidUTF8(*data))
+                            throw StoreError::sql(kNotUTF8);
                         insert.bind(1, rawValue(kind)).bind(2, id).bindBlob(3, *data).run();
                     } else {
                         removeRow(kind, id);  // changed, then removed within one operation
@@ -753,6 +836,28 @@ bool LedgerStore::isEmpty() {
     return !count.step() || sqlite3_column_int64(count.get(), 0) == 0;
 }
 
+bool LedgerStore::changedOnDisk() {
+    std::lock_guard lock(m_mutex);
+    if (!m_db)
+        return false;
+    try {
+        return dataVersion(m_db) != m_knownVersion || replaced();
+    } catch (const StoreError&) {
+        return false;  // asked again at the next look
+    }
+}
+
+bool LedgerStore::replaced() const {
+    return fileIdentity(m_file) != std::pair{m_device, m_inode};
+}
+
+int64_t LedgerStore::dataVersion(sqlite3* db) const {
+    Statement pragma(db, "PRAGMA data_version");
+    if (!pragma.step())
+        throw StoreError::sql(sqlite3_errmsg(db));
+    return sqlite3_column_int64(pragma.get(), 0);
+}
+
 std::optional<std::string> LedgerStore::sourceLine(const Uuid& batchID, int64_t line) {
     std::lock_guard lock(m_mutex);
     if (!m_db)
@@ -809,6 +914,101 @@ bool LedgerStore::verify(const std::filesystem::path& file) {
     }
     sqlite3_close(db);
     return ok;
+}
+
+namespace {
+
+// A connection of its own, closed on every path out.
+class Connection {
+  public:
+    Connection(const std::filesystem::path& file, int flags) {
+        if (sqlite3_open_v2(file.c_str(), &m_db, flags, nullptr) != SQLITE_OK) {
+            m_detail = m_db ? sqlite3_errmsg(m_db) : "unknown error";
+            sqlite3_close(m_db);
+            m_db = nullptr;
+            return;
+        }
+        sqlite3_busy_timeout(m_db, LedgerStore::kLockWaitMilliseconds);
+    }
+    ~Connection() { sqlite3_close_v2(m_db); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    [[nodiscard]] sqlite3* get() const { return m_db; }
+    [[nodiscard]] const std::string& detail() const { return m_detail; }
+
+  private:
+    sqlite3* m_db = nullptr;
+    std::string m_detail;
+};
+
+// The database's page size, or absent when it isn't one.
+std::optional<int64_t> pageSize(sqlite3* db) {
+    try {
+        Statement pragma(db, "PRAGMA page_size");
+        if (pragma.step())
+            return sqlite3_column_int64(pragma.get(), 0);
+    } catch (const StoreError&) {
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+void LedgerStore::copyFile(const std::filesystem::path& source,
+                           const std::filesystem::path& target) {
+    const Connection from(source, SQLITE_OPEN_READWRITE);
+    if (!from.get())
+        throw StoreError::open(from.detail());
+    try {
+        Statement vacuum(from.get(), "VACUUM INTO ?");
+        vacuum.bind(1, target.string()).run();
+    } catch (const StoreError& error) {
+        throw StoreError::open(error.detail());
+    }
+}
+
+bool LedgerStore::replaceContents(const std::filesystem::path& file,
+                                  const std::filesystem::path& source) {
+    if (isMissingOrEmpty(file))
+        return false;
+    const Connection to(file, SQLITE_OPEN_READWRITE);
+    if (!to.get())
+        return false;
+    const auto targetPageSize = pageSize(to.get());
+    if (!targetPageSize)
+        return false;
+    try {
+        execute(to.get(), "PRAGMA journal_mode = WAL");
+        execute(to.get(), "PRAGMA synchronous = FULL");
+    } catch (const StoreError&) {
+        return false;
+    }
+    {
+        // A log can't change the page size, so the copy takes the file's.
+        const Connection adjust(source, SQLITE_OPEN_READWRITE);
+        if (!adjust.get())
+            throw StoreError::open(adjust.detail());
+        if (pageSize(adjust.get()) != targetPageSize) {
+            execute(adjust.get(),
+                    ("PRAGMA page_size = " + std::to_string(*targetPageSize)).c_str());
+            execute(adjust.get(), "VACUUM");
+        }
+    }
+    const Connection from(source, SQLITE_OPEN_READONLY);
+    if (!from.get())
+        throw StoreError::open(from.detail());
+    sqlite3_backup* copy = sqlite3_backup_init(to.get(), "main", from.get(), "main");
+    if (!copy)
+        throw StoreError::sql(sqlite3_errmsg(to.get()));
+    // All pages in one step: one transaction, so all or nothing.
+    const int stepped = sqlite3_backup_step(copy, -1);
+    const int finished = sqlite3_backup_finish(copy);
+    if (stepped == SQLITE_BUSY || stepped == SQLITE_LOCKED)
+        throw StoreError::busy();
+    if (stepped != SQLITE_DONE || finished != SQLITE_OK)
+        throw StoreError::sql(sqlite3_errmsg(to.get()));
+    return true;
 }
 
 }  // namespace copperwick

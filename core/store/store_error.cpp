@@ -18,4 +18,16 @@ StoreError StoreError::newerVersion(int version) {
                           std::to_string(version) + "). Install the newer app to open it.");
 }
 
+StoreError StoreError::changedElsewhere() {
+    return StoreError(Case::changedElsewhere, {}, 0,
+                      "Another program changed Copperwick's data while this change was being "
+                      "saved, so it wasn't saved. Try it again.");
+}
+
+StoreError StoreError::busy() {
+    return StoreError(Case::busy, {}, 0,
+                      "Copperwick couldn't save because another program kept its data file busy. "
+                      "Try it again in a moment.");
+}
+
 }  // namespace copperwick

@@ -15,6 +15,11 @@ class StoreError : public std::runtime_error {
         open,
         sql,
         newerVersion,
+        // Another program saved to the file since this store read it; nothing
+        // was written. The runtime reads the file again and redoes the change.
+        changedElsewhere,
+        // Another program held the file's write lock for longer than a save waits.
+        busy,
     };
 
     // The file couldn't be opened; `detail` is SQLite's text, or ours.
@@ -23,6 +28,8 @@ class StoreError : public std::runtime_error {
     [[nodiscard]] static StoreError sql(std::string detail);
     // The file was written by a build with a higher format number.
     [[nodiscard]] static StoreError newerVersion(int version);
+    [[nodiscard]] static StoreError changedElsewhere();
+    [[nodiscard]] static StoreError busy();
 
     [[nodiscard]] Case kind() const { return m_case; }
     [[nodiscard]] const std::string& detail() const { return m_detail; }

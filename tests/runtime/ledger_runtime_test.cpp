@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "core/model/amount_limits.h"
+#include "core/model/money.h"
 #include "core/operations/classification.h"
 #include "core/operations/entry_error.h"
 #include "core/store/ledger_store.h"
@@ -352,6 +354,99 @@ TEST(LedgerRuntime, DemoOpensOnTheFictionalHouseholdAndSavesItOnce) {
     old ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
     EXPECT_FALSE(std::filesystem::exists(f.temp / "Copperwick"));
     EXPECT_TRUE(std::filesystem::is_empty(temporary));
+}
+
+TEST(LedgerRuntime, ChangeAfterAnotherProgramsSaveIsWorkedOutOnTopOfIt) {
+    // `undo` during `classify` said "Undone." and undid nothing, and an undo
+    // of an import during a classify left lines that could never be removed:
+    // each program saved what it had worked out from a ledger already gone.
+    Fixture f;
+    auto app = f.launch();
+    auto command = f.launch();
+    command->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+
+    // The desktop application still shows the ledger without Dana, yet its
+    // next change lands beside hers, and its screens learn of her.
+    int runs = 0;
+    app->apply([&runs](Ledger& l) {
+        ++runs;
+        return addPerson(l, "Sam");
+    });
+    EXPECT_EQ(runs, 2) << "the change should have been worked out again on the fresh ledger";
+    EXPECT_FALSE(app->errorMessage());
+    std::vector<std::string> names;
+    const auto reopened = f.launch();
+    for (const auto& person : reopened->ledger().people)
+        names.push_back(person.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"Dana", "Sam"}));
+    EXPECT_EQ(app->ledger().people.size(), 2u);
+}
+
+TEST(LedgerRuntime, RefreshShowsWhatTheCommandLineSaved) {
+    Fixture f;
+    auto app = f.launch();
+    int64_t revisions = 0;
+    app->observeRevision([&](const int64_t&) { ++revisions; });
+    EXPECT_FALSE(app->refreshFromDisk()) << "nothing changed yet";
+
+    f.launch()->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+    EXPECT_TRUE(app->refreshFromDisk());
+    EXPECT_EQ(revisions, 1);
+    ASSERT_EQ(app->ledger().people.size(), 1u);
+    EXPECT_FALSE(app->refreshFromDisk()) << "read once is enough";
+
+    // A restore from the command line replaces everything.
+    const auto copy = BackupManager(f.temp / "Copperwick" / "Backups")
+                          .makeBackup(*app->store(), "manual", Instant::now());
+    f.launch()->apply([](Ledger& l) { return addPerson(l, "Sam"); });
+    {
+        auto command = f.launch();
+        command->restore(BackupManager::info(copy));
+        ASSERT_TRUE(command->hasStore()) << command->errorMessage().value_or("");
+    }
+    EXPECT_TRUE(app->refreshFromDisk());
+    EXPECT_EQ(app->ledger().people.size(), 1u);
+    app->apply([](Ledger& l) { return addPerson(l, "Alex"); });
+    EXPECT_EQ(f.launch()->ledger().people.size(), 2u);
+}
+
+TEST(LedgerRuntime, ChangeThatWouldOverflowTheLedgersTotalsIsRefused) {
+    // 102,482 rows of -900,000,000,000.00 imported, then `report` aborted with
+    // "integer overflow in addition".
+    Fixture f;
+    auto runtime = f.launch();
+    const auto addLines = [](int count) {
+        return [count](Ledger& ledger) {
+            LedgerDelta delta;
+            for (int i = 0; i < count; ++i) {
+                LedgerTransaction t{.id = Uuid::random(),
+                                    .accountID = Uuid::random(),
+                                    .date = *LocalDate::make(2026, 1, 1),
+                                    .amount = -Money::kLargestAmount,
+                                    .rawDescription = "HUGE"};
+                ledger.transactions.set(t.id, t);
+                delta.change(RecordKind::transaction, t.id);
+            }
+            return delta;
+        };
+    };
+    const auto limit = amount_limits::kLargestLedgerMagnitude / Money::kLargestAmount;
+    runtime->apply(addLines(static_cast<int>(limit)));
+    ASSERT_FALSE(runtime->errorMessage());
+    ASSERT_EQ(runtime->ledger().transactions.size(), static_cast<std::size_t>(limit));
+
+    const int64_t revision = runtime->revision();
+    runtime->apply(addLines(1));
+    EXPECT_EQ(runtime->errorMessage(),
+              "That would make the ledger's amounts too large for Copperwick to add up, so "
+              "nothing was saved.");
+    EXPECT_EQ(runtime->revision(), revision);
+    EXPECT_EQ(f.launch()->ledger().transactions.size(), static_cast<std::size_t>(limit));
+
+    // What doesn't add to the total still goes through.
+    runtime->setErrorMessage(std::nullopt);
+    runtime->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+    EXPECT_FALSE(runtime->errorMessage());
 }
 
 }  // namespace

@@ -219,13 +219,13 @@ TEST(BackupManager, ThirtyFirstCopyDropsTheOldestWhateverItsReason) {
 TEST(BackupManager, FailedCopyThrowsAndDropsNothing) {
     TempFolder temp;
     const BackupManager backups(temp.path() / "Backups", 2);
+    LedgerStore store(temp.path() / "Copperwick.sqlite");
     fs::create_directory(backups.folder());
     for (int i = 0; i < 3; ++i) {
         placeCopy(backups.folder(),
                   "Copperwick-2026-03-0" + std::to_string(i + 1) + "-000000-daily.sqlite",
                   kMarch9 - (10 - i) * 86400);
     }
-    LedgerStore store(temp.path() / "Copperwick.sqlite");
     store.close();
     EXPECT_THROW((void)backups.makeBackup(store, "manual", Instant::fromUnixSeconds(kMarch9)),
                  StoreError);
@@ -281,7 +281,7 @@ TEST(BackupManager, RestoreRefusesWhatIsntASoundCopyAndLeavesTheDataFileAlone) {
     }
 }
 
-TEST(BackupManager, RestoreKeepsTheReplacedFileBesideAndDropsTheStaleLog) {
+TEST(BackupManager, RestoreKeepsTheReplacedLedgerBesideAndLeavesNoLog) {
     TempFolder temp;
     const fs::path dataFile = temp.path() / "Copperwick.sqlite";
     const fs::path side = temp.path() / "Copperwick.replaced.sqlite";
@@ -290,6 +290,8 @@ TEST(BackupManager, RestoreKeepsTheReplacedFileBesideAndDropsTheStaleLog) {
     // saveAll leaves rows it doesn't name, so the second state adds to the first.
     Ledger second = first;
     second.people.push_back(Person{.id = Uuid::random(), .name = "Sam"});
+    Ledger third = second;
+    third.people.push_back(Person{.id = Uuid::random(), .name = "Taylor"});
     fs::path firstCopy;
     fs::path secondCopy;
     {
@@ -298,28 +300,41 @@ TEST(BackupManager, RestoreKeepsTheReplacedFileBesideAndDropsTheStaleLog) {
         firstCopy = backups.makeBackup(store, "manual", Instant::fromUnixSeconds(kMarch9));
         store.saveAll(second);
         secondCopy = backups.makeBackup(store, "manual", Instant::fromUnixSeconds(kMarch9 + 1));
+        store.saveAll(third);
     }
-    const std::string replaced = readFile(dataFile);
-    // A log left by a crash would be replayed into the restored copy.
+    // Debris where a log would be is no log of this file, and does no harm.
     writeFile(dataFile.string() + "-wal", "stale log");
     writeFile(dataFile.string() + "-shm", "stale index");
 
     BackupManager::restore(firstCopy, dataFile);
-    EXPECT_EQ(readFile(side), replaced);
-    EXPECT_EQ(readFile(dataFile), readFile(firstCopy));
     EXPECT_FALSE(fs::exists(dataFile.string() + "-wal"));
     EXPECT_FALSE(fs::exists(dataFile.string() + "-shm"));
-    {
-        LedgerStore reopened(dataFile);
-        EXPECT_EQ(reopened.load(), first);
-    }
+    EXPECT_EQ(LedgerStore(side).load(), third);
+    EXPECT_EQ(LedgerStore(dataFile).load(), first);
 
-    // A second restore replaces the side file with the file it displaces.
-    const std::string restoredOnce = readFile(dataFile);
+    // A second restore replaces the side file with the ledger it displaces.
     BackupManager::restore(secondCopy, dataFile);
-    EXPECT_EQ(readFile(side), restoredOnce);
-    LedgerStore reopened(dataFile);
-    EXPECT_EQ(reopened.load(), second);
+    EXPECT_EQ(LedgerStore(side).load(), first);
+    EXPECT_EQ(LedgerStore(dataFile).load(), second);
+    for (const auto& name : fileNames(temp.path()))
+        EXPECT_FALSE(name.starts_with('.')) << "left behind: " << name;
+}
+
+TEST(BackupManager, RestoreOverADamagedDataFileKeepsItsBytesBeside) {
+    TempFolder temp;
+    const fs::path dataFile = temp.path() / "Copperwick.sqlite";
+    const BackupManager backups(temp.path() / "Backups");
+    const Ledger ledger = ledgerWithPerson("Robin");
+    fs::path copy;
+    {
+        LedgerStore store(dataFile);
+        store.saveAll(ledger);
+        copy = backups.makeBackup(store, "manual", Instant::fromUnixSeconds(kMarch9));
+    }
+    writeFile(dataFile, "not a database any more");
+    BackupManager::restore(copy, dataFile);
+    EXPECT_EQ(readFile(temp.path() / "Copperwick.replaced.sqlite"), "not a database any more");
+    EXPECT_EQ(LedgerStore(dataFile).load(), ledger);
 }
 
 TEST(BackupManager, RestoreWorksWhenTheDataFileIsGone) {

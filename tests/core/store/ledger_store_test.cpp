@@ -98,11 +98,36 @@ TEST(LedgerStore, NewFileIsFormatTwoWithTwoTablesAndNoBackup) {
     EXPECT_EQ(peek.integer("SELECT COUNT(*) FROM sqlite_master WHERE type = 'index'"), 0);
 }
 
-TEST(LedgerStore, ExistingSharedFolderKeepsItsPermissions) {
+TEST(LedgerStore, OpenMakesTheFolderAndFilesPrivateButLeavesSharedPlacesAlone) {
+    // A data folder made earlier with mode 0755, or 0777, stayed readable by
+    // every account on the machine, and so did the 0644 data file in it.
+    const auto mode = [](const std::filesystem::path& path) {
+        struct stat info {};
+        ::stat(path.c_str(), &info);
+        return info.st_mode & 07777;
+    };
     TempFolder temp;
-    std::filesystem::permissions(temp.path(), std::filesystem::perms(0755));
-    LedgerStore store(temp / "Copperwick.sqlite");
-    EXPECT_EQ(std::filesystem::status(temp.path()).permissions(), std::filesystem::perms(0755));
+    const auto folder = temp / "Copperwick";
+    for (const auto loose : {0755u, 0777u}) {
+        std::filesystem::create_directories(folder);
+        ::chmod(folder.c_str(), loose);
+        if (std::filesystem::exists(folder / "Copperwick.sqlite"))
+            ::chmod((folder / "Copperwick.sqlite").c_str(), 0644);
+        LedgerStore store(folder / "Copperwick.sqlite");
+        store.saveAll(Ledger::starter());
+        EXPECT_EQ(mode(folder), 0700u) << std::oct << loose;
+        EXPECT_EQ(mode(folder / "Copperwick.sqlite"), 0600u) << std::oct << loose;
+        EXPECT_EQ(mode(folder.string() + "-wal"), 0u) << "no log file by that name";
+        EXPECT_EQ(mode(folder / "Copperwick.sqlite-wal"), 0600u);
+    }
+
+    // /tmp given on the command line: a shared place, not ours to close.
+    const auto shared = temp / "shared";
+    std::filesystem::create_directories(shared);
+    ::chmod(shared.c_str(), 01777);
+    LedgerStore store(shared / "Copperwick.sqlite");
+    EXPECT_EQ(mode(shared), 01777u);
+    EXPECT_EQ(mode(shared / "Copperwick.sqlite"), 0600u);
 }
 
 TEST(LedgerStore, FormatOneIsBackedUpThenMigrated) {
@@ -304,6 +329,7 @@ TEST(LedgerStore, FailedSaveLeavesTheFileAsItWas) {
     std::sort(ids.begin(), ids.end());
     Peek(file).exec("CREATE TRIGGER poison BEFORE INSERT ON records WHEN NEW.id = '" +
                     ids[10].text() + "' BEGIN SELECT RAISE(ABORT, 'refused by test'); END");
+    (void)store.load();  // the trigger came from another connection
     LedgerDelta delta;
     for (const auto& id : ids) {
         ledger.transactions.update(id, [](LedgerTransaction& t) { t.note = "v2"; });
@@ -323,6 +349,7 @@ TEST(LedgerStore, FailedSaveLeavesTheFileAsItWas) {
 
     // The store is still usable afterwards.
     Peek(file).exec("DROP TRIGGER poison");
+    (void)store.load();
     store.save(delta, ledger);
     for (const auto& t : store.load().transactions)
         EXPECT_EQ(t.note, "v2");
