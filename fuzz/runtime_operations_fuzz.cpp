@@ -4,6 +4,7 @@
 // afresh, holds exactly the live ledger; and a step followed by undo gives
 // back the transactions, merchants and filings it found.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/model/money.h"
 #include "core/model/uuid.h"
 #include "core/operations/classification.h"
 #include "core/operations/manual_entry.h"
