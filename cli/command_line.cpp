@@ -1,20 +1,76 @@
 #include "cli/command_line.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <new>
 #include <ostream>
+#include <stdexcept>
 
+#include <unicode/utf8.h>
 #include <CLI/CLI.hpp>
 
 #include "cli/commands.h"
+#include "cli/terminal_text.h"
 #include "copperwick_version.h"
 
 namespace copperwick::cli {
 
 namespace {
 
+// A command line refused before any command runs; what() is the reason.
+class Refusal : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+bool isUTF8(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    const auto length = static_cast<int32_t>(text.size());
+    for (int32_t i = 0; i < length;) {
+        UChar32 c = 0;
+        U8_NEXT(bytes, i, length, c);
+        if (c < 0)
+            return false;
+    }
+    return true;
+}
+
+// Every value given to `app` and the commands under it that would become
+// ledger text (a name, a note, a pattern, search text) must be UTF-8: other
+// bytes would be saved and could then never be read back.
+void refuseTextThatIsntUTF8(const CLI::App& app, const CommandContext& context) {
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->count() == 0 ||
+            std::find(context.pathOptions.begin(), context.pathOptions.end(), option) !=
+                context.pathOptions.end())
+            continue;
+        for (const std::string& value : option->results()) {
+            if (!isUTF8(value)) {
+                throw Refusal("The text given for " + option->get_name() +
+                              " isn't valid UTF-8, so Copperwick can't use it. Type it again "
+                              "in UTF-8.");
+            }
+        }
+    }
+    for (const CLI::App* command : app.get_subcommands())
+        refuseTextThatIsntUTF8(*command, context);
+}
+
+// An empty --data-dir would quietly mean the current folder.
+CLI::Validator namesAFolder() {
+    return CLI::Validator(
+        [](const std::string& dir) {
+            return dir.empty() ? std::string("give the folder's name; an empty name isn't a folder")
+                               : std::string();
+        },
+        "");
+}
+
 class CommandLine {
   public:
     CommandLine(std::ostream& out, std::ostream& err)
-        : m_context{std::nullopt, false, false, out, err} {
+        : m_outBuffer(out), m_errBuffer(err), m_context{std::nullopt, false, false, m_out, m_err} {
         m_app.name("copperwick");
         m_app.description(
             "Copperwick: a private household budget that never leaves this computer.\n"
@@ -24,11 +80,11 @@ class CommandLine {
         // Global options are accepted before or after a command's name.
         m_app.fallthrough();
         m_app.option_defaults()->always_capture_default(false);
-        m_app
-            .add_option_function<std::string>(
-                "--data-dir", [this](const std::string& dir) { m_context.dataDir = dir; },
-                "Use this data folder instead of the standard one")
-            ->type_name("DIR");
+        auto* dataDir = m_app.add_option_function<std::string>(
+            "--data-dir", [this](const std::string& dir) { m_context.dataDir = dir; },
+            "Use this data folder instead of the standard one");
+        dataDir->type_name("DIR")->check(namesAFolder());
+        takesPath(m_context, dataDir);
         m_app.add_flag("--json", m_context.json, "Write machine-readable JSON instead of text");
         m_app.add_flag("--demo", m_context.demo,
                        "Run the command on a fresh fictional household in a temporary folder, "
@@ -55,6 +111,12 @@ class CommandLine {
         addPaymentsCommand(m_app, m_context);
         addExportCommands(m_app, m_context);
         m_app.footer("Data folder: $XDG_DATA_HOME/Copperwick (default ~/.local/share/Copperwick).");
+        // Runs once everything is parsed, before the command's own callback.
+        m_app.parse_complete_callback([this] {
+            refuseTextThatIsntUTF8(m_app, m_context);
+            if (m_context.json)
+                m_outBuffer.passThrough();
+        });
     }
 
     int run(const std::vector<std::string>& arguments) {
@@ -74,6 +136,9 @@ class CommandLine {
             m_context.err << "copperwick: " << error.what() << '\n'
                           << "Run 'copperwick --help' for the list of commands.\n";
             return kExitUsage;
+        } catch (const Refusal& refusal) {
+            m_context.err << refusal.what() << '\n';
+            return kExitFailure;
         }
         if (m_app.get_subcommands().empty()) {
             // Nothing to do without a command: say what there is.
@@ -84,6 +149,12 @@ class CommandLine {
     }
 
   private:
+    // Everything a command writes passes through these; JSON output is let
+    // through unchanged once the options are known.
+    TerminalSafeBuffer m_outBuffer;
+    TerminalSafeBuffer m_errBuffer;
+    std::ostream m_out{&m_outBuffer};
+    std::ostream m_err{&m_errBuffer};
     CLI::App m_app;
     CommandContext m_context;
 };
@@ -91,13 +162,25 @@ class CommandLine {
 }  // namespace
 
 int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
-    CommandLine commandLine(out, err);
+    // Whatever a command didn't expect ends it here, in words and with a
+    // failure, rather than as a crash; the command line is gone by now, so
+    // the words are made safe here.
     try {
+        CommandLine commandLine(out, err);
         return commandLine.run(arguments);
+    } catch (const std::bad_alloc&) {
+        err << "Copperwick ran out of memory and stopped.\n";
+    } catch (const std::filesystem::filesystem_error& error) {
+        err << terminalSafe("Copperwick stopped: " + error.code().message() +
+                            (error.path1().empty() ? "" : " (" + error.path1().string() + ")") +
+                            ".")
+            << '\n';
     } catch (const std::exception& error) {
-        err << "copperwick: " << error.what() << '\n';
-        return kExitFailure;
+        err << terminalSafe(std::string("Copperwick stopped: ") + error.what()) << '\n';
+    } catch (...) {
+        err << "Copperwick stopped because of an error it doesn't recognise.\n";
     }
+    return kExitFailure;
 }
 
 }  // namespace copperwick::cli

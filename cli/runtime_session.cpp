@@ -5,8 +5,28 @@
 #include <boost/json/serialize.hpp>
 
 #include "cli/commands.h"
+#include "core/store/store_error.h"
 
 namespace copperwick::cli {
+
+namespace {
+
+// Why the data file couldn't be opened, said as such. The store words a
+// failed statement as a failed save, which is right during a change; at
+// opening, a file that isn't a database or can't be written to was only
+// being opened, and a command that reads nothing but still hears "couldn't
+// save" is misled.
+std::string openingFailure(const std::optional<std::string>& message) {
+    const std::string opening = StoreError::open({}).what();
+    if (!message)
+        return opening.substr(0, opening.find_last_not_of(": ") + 1) + ".";
+    const std::string saving = StoreError::sql({}).what();
+    if (message->starts_with(saving))
+        return opening + message->substr(saving.size());
+    return *message;
+}
+
+}  // namespace
 
 std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context) {
     RuntimeOptions options;
@@ -26,8 +46,7 @@ std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context) {
 bool reportUnavailable(const LedgerRuntime& runtime, CommandContext& context) {
     if (runtime.hasStore())
         return false;
-    context.err << runtime.errorMessage().value_or(std::string(LedgerRuntime::kNoStoreMessage))
-                << '\n';
+    context.err << openingFailure(runtime.errorMessage()) << '\n';
     context.exitCode = kExitFailure;
     return true;
 }
