@@ -161,10 +161,12 @@ class CommandLine {
 
 }  // namespace
 
-int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
-    // Whatever a command didn't expect ends it here, in words and with a
-    // failure, rather than as a crash; the command line is gone by now, so
-    // the words are made safe here.
+namespace {
+
+// Runs the command. Whatever a command didn't expect ends it here, in words
+// and with a failure, rather than as a crash; the command line is gone by
+// then, so the words are made safe here.
+int runCatching(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     try {
         CommandLine commandLine(out, err);
         return commandLine.run(arguments);
@@ -181,6 +183,19 @@ int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostre
         err << "Copperwick stopped because of an error it doesn't recognise.\n";
     }
     return kExitFailure;
+}
+
+}  // namespace
+
+int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+    const int code = runCatching(arguments, out, err);
+    // Output that never arrived, on a full disk for one, fails the command
+    // even when the command itself did its job.
+    if (!out.flush()) {
+        err << "Copperwick couldn't write all of its output.\n";
+        return kExitFailure;
+    }
+    return code;
 }
 
 }  // namespace copperwick::cli

@@ -128,5 +128,14 @@ TEST(CommandLine, AnUnexpectedErrorEndsTheCommandInWordsWithExitOne) {
               "Copperwick stopped: No such file or directory.\n");
 }
 
+// `transactions > /dev/full` lost every line and still exited 0.
+TEST(CommandLine, OutputThatCantBeWrittenFailsTheCommand) {
+    testing::TempFolder temp;
+    std::ostream nowhere(nullptr);
+    std::ostringstream err;
+    EXPECT_EQ(run({"--data-dir", temp.path().string(), "info"}, nowhere, err), 1);
+    EXPECT_EQ(err.str(), "Copperwick couldn't write all of its output.\n");
+}
+
 }  // namespace
 }  // namespace copperwick::cli
