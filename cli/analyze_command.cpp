@@ -1,19 +1,22 @@
 // `copperwick analyze FILE... [--flip-signs] [--layout ID]`: what reading each
 // bank file finds, without touching the ledger.
 
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <ostream>
+#include <variant>
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
 #include "cli/commands.h"
+#include "cli/json_stream.h"
 #include "cli/runtime_session.h"
+#include "core/import/bank_file.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
+#include "runtime/import_model.h"
 
 namespace copperwick::cli {
 
@@ -44,7 +47,7 @@ boost::json::array textArray(const std::vector<std::string>& items) {
     return array;
 }
 
-boost::json::value analysisJSON(const FileAnalysis& analysis) {
+boost::json::object analysisHead(const FileAnalysis& analysis) {
     boost::json::object object{
         {"fileName", analysis.fileName},         {"fileHash", analysis.fileHash},
         {"delimiter", analysis.delimiter},       {"headers", textArray(analysis.headers)},
@@ -59,32 +62,45 @@ boost::json::value analysisJSON(const FileAnalysis& analysis) {
         object["typeHint"] = rawValue(*analysis.typeHint);
     putOptionalText(object, "currencyHint", analysis.currencyHint);
     putOptionalText(object, "problem", analysis.problem);
-
-    boost::json::array rows;
-    for (const auto& row : analysis.rows) {
-        boost::json::object r{{"line", row.line},
-                              {"date", row.date.iso()},
-                              {"amount", row.amount},
-                              {"description", row.description()},
-                              {"status", rawValue(row.status)},
-                              {"rawText", row.rawText()},
-                              {"fingerprint", row.fingerprint()},
-                              {"occurrence", row.occurrence}};
-        putOptional(r, "postedDate", row.postedDate);
-        putOptionalText(r, "bankMerchant", row.bankMerchant());
-        putOptionalText(r, "bankCategory", row.bankCategory());
-        putOptionalText(r, "checkNumber", row.checkNumber());
-        putOptionalText(r, "cardIdentifier", row.cardIdentifier());
-        putOptionalText(r, "externalID", row.externalID());
-        rows.push_back(std::move(r));
-    }
-    object["rows"] = std::move(rows);
-    boost::json::array issues;
-    for (const auto& issue : analysis.issues)
-        issues.push_back(boost::json::object{
-            {"line", issue.line}, {"reason", issue.reason}, {"rawText", issue.rawText}});
-    object["issues"] = std::move(issues);
     return object;
+}
+
+boost::json::object rowJSON(const ParsedRow& row) {
+    boost::json::object r{{"line", row.line},
+                          {"date", row.date.iso()},
+                          {"amount", row.amount},
+                          {"description", row.description()},
+                          {"status", rawValue(row.status)},
+                          {"rawText", row.rawText()},
+                          {"fingerprint", row.fingerprint()},
+                          {"occurrence", row.occurrence}};
+    putOptional(r, "postedDate", row.postedDate);
+    putOptionalText(r, "bankMerchant", row.bankMerchant());
+    putOptionalText(r, "bankCategory", row.bankCategory());
+    putOptionalText(r, "checkNumber", row.checkNumber());
+    putOptionalText(r, "cardIdentifier", row.cardIdentifier());
+    putOptionalText(r, "externalID", row.externalID());
+    return r;
+}
+
+// Row by row: a large file's rows as one JSON document would take many
+// times the memory of the rows themselves.
+void writeAnalysis(JSONStream& json, const FileAnalysis& analysis) {
+    json.beginObject();
+    json.members(analysisHead(analysis));
+    json.key("rows");
+    json.beginArray();
+    for (const auto& row : analysis.rows)
+        json.value(rowJSON(row));
+    json.endArray();
+    json.key("issues");
+    json.beginArray();
+    for (const auto& issue : analysis.issues) {
+        json.value(boost::json::object{
+            {"line", issue.line}, {"reason", issue.reason}, {"rawText", issue.rawText}});
+    }
+    json.endArray();
+    json.endObject();
 }
 
 std::string joined(const std::vector<std::string>& items, std::string_view separator) {
@@ -155,27 +171,32 @@ void runAnalyze(CommandContext& context, const AnalyzeOptions& options) {
         }
     }
 
-    boost::json::array results;
+    // One file at a time, each written as soon as it is read.
+    std::optional<JSONStream> json;
+    if (context.json) {
+        json.emplace(context.out);
+        json->beginArray();
+    }
     for (const auto& file : options.files) {
-        std::ifstream in(file, std::ios::binary);
-        if (!in) {
-            context.err << "Couldn't read the file " << file << ".\n";
+        auto read = readBankFile(file);
+        if (const auto* problem = std::get_if<BankFileProblem>(&read)) {
+            context.err << unreadableFileMessage(file, *problem) << '\n';
             context.exitCode = kExitFailure;
             continue;
         }
-        const std::string data{std::istreambuf_iterator<char>(in), {}};
+        const std::string data = std::move(std::get<std::string>(read));
         const std::string name = std::filesystem::path(file).filename().string();
         const FileAnalysis analysis =
             chosen ? ImportAnalyzer::analyze(name, data, *chosen, options.flipSigns)
                    : ImportAnalyzer::analyze(name, data, profiles, options.flipSigns);
-        if (context.json) {
-            results.push_back(analysisJSON(analysis));
+        if (json) {
+            writeAnalysis(*json, analysis);
         } else {
             printAnalysis(context.out, analysis);
         }
     }
-    if (context.json)
-        printJSON(context, results);
+    if (json)
+        json->endArray();
 }
 
 }  // namespace
@@ -184,7 +205,8 @@ void addAnalyzeCommand(CLI::App& app, CommandContext& context) {
     auto options = std::make_shared<AnalyzeOptions>();
     auto* analyze = app.add_subcommand(
         "analyze", "Show what Copperwick reads in bank files, without importing them");
-    analyze->add_option("FILE", options->files, "CSV, OFX or QFX files")->required();
+    takesPath(context, analyze->add_option("FILE", options->files, "CSV, OFX or QFX files"))
+        ->required();
     analyze->add_flag("--flip-signs", options->flipSigns,
                       "The bank writes spending as positive amounts");
     analyze

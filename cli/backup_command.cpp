@@ -105,7 +105,8 @@ void addBackupCommands(CLI::App& app, CommandContext& context) {
     auto* restore = backup->add_subcommand(
         "restore", "Replace the data file with a backup (the current file is backed up first)");
     auto file = std::make_shared<std::string>();
-    restore->add_option("FILE", *file, "The backup file, or its name in the Backups folder")
+    takesPath(context, restore->add_option("FILE", *file,
+                                           "The backup file, or its name in the Backups folder"))
         ->required();
     restore->callback([&context, file] { runRestore(context, *file); });
 }

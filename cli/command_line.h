@@ -10,6 +10,10 @@
 #include <string>
 #include <vector>
 
+namespace CLI {
+class Option;
+}
+
 namespace copperwick::cli {
 
 // What every command receives: the global options and where to write.
@@ -20,6 +24,8 @@ struct CommandContext {
     std::ostream& out;
     std::ostream& err;
     int exitCode = 0;  // what the command that ran decided
+    // Options whose values are file or folder paths (see takesPath).
+    std::vector<const CLI::Option*> pathOptions;
 };
 
 [[nodiscard]] int run(const std::vector<std::string>& arguments, std::ostream& out,

@@ -12,6 +12,14 @@ namespace copperwick::cli {
 constexpr int kExitFailure = 1;
 constexpr int kExitUsage = 2;
 
+// Marks an option whose values are file or folder paths. Every other value
+// on the command line may become ledger text and must be UTF-8; a Linux path
+// may be any bytes, so these are exempt.
+inline CLI::Option* takesPath(CommandContext& context, CLI::Option* option) {
+    context.pathOptions.push_back(option);
+    return option;
+}
+
 void addInfoCommand(CLI::App& app, CommandContext& context);
 void addBackupCommands(CLI::App& app, CommandContext& context);
 void addTextCommand(CLI::App& app, CommandContext& context);

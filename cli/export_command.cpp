@@ -2,10 +2,7 @@
 // summary FILE [period and people options]`: CSV files that a spreadsheet
 // opens safely, as the Reports and Transactions screens save them.
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <ostream>
 
@@ -16,7 +13,7 @@
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
 #include "cli/transaction_query.h"
-#include "core/model/uuid.h"
+#include "core/model/file_output.h"
 #include "core/reports/csv_export.h"
 
 namespace copperwick::cli {
@@ -39,42 +36,17 @@ bool choosesReport(const ReportOptions& options) {
            options.includeShared || options.includeUnassigned || !options.currency.empty();
 }
 
-// Writes beside the target first and then moves it into place, so that a
-// failed write never leaves half a file where a good one stood. Empty on
-// success, else what went wrong in the system's words.
-std::string writeFile(const fs::path& target, const std::string& contents) {
-    const fs::path partial =
-        target.parent_path() / ("." + target.filename().string() + "." + Uuid::random().text());
-    {
-        std::ofstream stream(partial, std::ios::binary | std::ios::trunc);
-        if (!stream)
-            return std::strerror(errno);
-        stream << contents;
-        stream.flush();
-        if (!stream) {
-            const std::string reason = std::strerror(errno);
-            std::error_code ignored;
-            fs::remove(partial, ignored);
-            return reason;
-        }
-    }
-    std::error_code error;
-    fs::rename(partial, target, error);
-    if (error) {
-        fs::remove(partial, error);
-        return error.message();
-    }
-    return {};
-}
-
 void saveAndReport(CommandContext& context, const std::string& file, const std::string& text,
                    boost::json::object details) {
-    const fs::path target = fs::absolute(file);
-    if (const std::string problem = writeFile(target, text); !problem.empty()) {
-        context.err << "Couldn't save the file: " << problem << '\n';
+    if (const auto problem = saveFile(file, text)) {
+        context.err << "Couldn't save the file: " << *problem << '\n';
         context.exitCode = kExitFailure;
         return;
     }
+    std::error_code unknown;  // a working folder deleted meanwhile: the name as given
+    fs::path target = fs::absolute(file, unknown);
+    if (unknown)
+        target = file;
     const std::string message = "Saved " + target.filename().string();
     if (context.json) {
         details["file"] = target.string();
@@ -131,7 +103,8 @@ void addExportCommands(CLI::App& app, CommandContext& context) {
     auto* transactions = command->add_subcommand(
         "transactions", "The transactions of a report, or of the whole ledger, as CSV");
     auto transactionOptions = std::make_shared<ExportOptions>();
-    transactions->add_option("FILE", transactionOptions->file, "Where to save the CSV file")
+    takesPath(context, transactions->add_option("FILE", transactionOptions->file,
+                                                "Where to save the CSV file"))
         ->required();
     addReportOptions(*transactions, transactionOptions->filter);
     transactions->add_option("--account", transactionOptions->account,
@@ -145,7 +118,9 @@ void addExportCommands(CLI::App& app, CommandContext& context) {
 
     auto* summary = command->add_subcommand("summary", "A report's figures in one CSV file");
     auto summaryOptions = std::make_shared<ExportOptions>();
-    summary->add_option("FILE", summaryOptions->file, "Where to save the CSV file")->required();
+    takesPath(context,
+              summary->add_option("FILE", summaryOptions->file, "Where to save the CSV file"))
+        ->required();
     addReportOptions(*summary, summaryOptions->filter);
     summary->callback([&context, summaryOptions] { runExportSummary(context, *summaryOptions); });
 }

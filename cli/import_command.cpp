@@ -4,17 +4,19 @@
 
 #include <algorithm>
 #include <ctime>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <ostream>
 #include <sstream>
+#include <variant>
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
 #include "cli/commands.h"
+#include "cli/json_stream.h"
 #include "cli/ledger_lookup.h"
 #include "cli/runtime_session.h"
+#include "core/import/bank_file.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
 #include "core/import/import_commit.h"
@@ -164,20 +166,28 @@ boost::json::value orNull(const std::optional<T>& value, F&& convert) {
     return value ? boost::json::value(convert(*value)) : boost::json::value(nullptr);
 }
 
-boost::json::value planJSON(const ImportFile& file) {
-    boost::json::object object{{"fileName", file.url.filename().string()}};
-    object["profile"] = file.analysis.profile ? boost::json::value(file.analysis.profile->id)
-                                              : boost::json::value(nullptr);
-    object["account"] = orNull(file.targetAccountID(), [](const Uuid& id) { return id.text(); });
-    object["blocker"] = orNull(file.blocker(), [](const std::string& words) { return words; });
+// Row by row: a large file's plan as one JSON document would take many
+// times the memory of the plan itself.
+void writePlan(JSONStream& json, const ImportFile& file) {
+    json.beginObject();
+    json.members(boost::json::object{
+        {"fileName", file.url.filename().string()},
+        {"profile", file.analysis.profile ? boost::json::value(file.analysis.profile->id)
+                                          : boost::json::value(nullptr)},
+        {"account", orNull(file.targetAccountID(), [](const Uuid& id) { return id.text(); })},
+        {"blocker", orNull(file.blocker(), [](const std::string& words) { return words; })}});
+    json.key("plan");
     if (!file.plan) {
-        object["plan"] = nullptr;
-        return object;
+        json.value(nullptr);
+        json.endObject();
+        return;
     }
     const auto& plan = *file.plan;
-    boost::json::array rows;
+    json.beginObject();
+    json.key("rows");
+    json.beginArray();
     for (const auto& planned : plan.rows) {
-        rows.push_back(boost::json::object{
+        json.value(boost::json::object{
             {"line", planned.row.line},
             {"date", planned.row.date.iso()},
             {"amount", planned.row.amount},
@@ -186,6 +196,7 @@ boost::json::value planJSON(const ImportFile& file) {
             {"matchID",
              orNull(planned.disposition.match, [](const Uuid& id) { return id.text(); })}});
     }
+    json.endArray();
     boost::json::array held;
     for (const auto* planned : plan.possibleDuplicates())
         held.push_back(planned->row.line);
@@ -195,8 +206,7 @@ boost::json::value planJSON(const ImportFile& file) {
             {"line", issue.line}, {"reason", issue.reason}, {"rawText", issue.rawText}});
     }
     const auto iso = [](const LocalDate& date) { return date.iso(); };
-    object["plan"] = boost::json::object{
-        {"rows", std::move(rows)},
+    json.members(boost::json::object{
         {"newCount", plan.newCount()},
         {"duplicateCount", plan.duplicateCount()},
         {"replacesPendingCount", plan.replacesPendingCount()},
@@ -208,8 +218,9 @@ boost::json::value planJSON(const ImportFile& file) {
         {"lastDate", orNull(plan.lastDate(), iso)},
         {"previousImport", orNull(plan.previousImport, [](const ImportBatch& batch) {
              return record_json::toJSON(batch);
-         })}};
-    return object;
+         })}});
+    json.endObject();
+    json.endObject();
 }
 
 bool fail(CommandContext& context, const std::string& message) {
@@ -314,13 +325,13 @@ void runImport(CommandContext& context, const ImportOptions& options) {
             return;
         }
         for (const auto& url : urls) {
-            std::ifstream in(url, std::ios::binary);
-            if (!in) {
-                fail(context, "Copperwick couldn't read " + url.filename().string() + ".");
+            auto read = readBankFile(url);
+            if (const auto* problem = std::get_if<BankFileProblem>(&read)) {
+                fail(context, unreadableFileMessage(url, *problem));
                 return;
             }
-            std::string data{std::istreambuf_iterator<char>(in), {}};
-            auto analysis = ImportAnalyzer::analyze(url.filename().string(), data, *chosen, false);
+            auto data = std::make_shared<const std::string>(std::move(std::get<std::string>(read)));
+            auto analysis = ImportAnalyzer::analyze(url.filename().string(), *data, *chosen, false);
             model.receive(url, std::move(data), std::move(analysis), *runtime);
         }
     } else {
@@ -340,11 +351,16 @@ void runImport(CommandContext& context, const ImportOptions& options) {
         blocked += file.blocker() ? 1 : 0;
     if (options.dryRun) {
         if (context.json) {
-            boost::json::array files;
+            JSONStream json(context.out);
+            json.beginObject();
+            json.key("files");
+            json.beginArray();
             for (const auto& file : model.files())
-                files.push_back(planJSON(file));
-            printJSON(context, boost::json::object{{"files", std::move(files)},
-                                                   {"totalToImport", model.totalToImport()}});
+                writePlan(json, file);
+            json.endArray();
+            json.key("totalToImport");
+            json.value(model.totalToImport());
+            json.endObject();
         } else {
             for (const auto& file : model.files())
                 printPlan(context.out, ledger, file);
@@ -480,7 +496,8 @@ void runUndoImport(CommandContext& context, const std::string& batchText) {
 void addImportCommands(CLI::App& app, CommandContext& context) {
     auto options = std::make_shared<ImportOptions>();
     auto* import = app.add_subcommand("import", "Import bank files into the ledger");
-    import->add_option("FILE", options->files, "CSV, OFX or QFX files")->required();
+    takesPath(context, import->add_option("FILE", options->files, "CSV, OFX or QFX files"))
+        ->required();
     import->add_option("--account", options->account, "Import into this account")
         ->type_name("NAME|ID");
     auto* newAccount =
@@ -509,7 +526,8 @@ void addImportCommands(CLI::App& app, CommandContext& context) {
         ->add_option("--layout", options->layout,
                      "Read the files with this layout (see 'layouts list')")
         ->type_name("ID");
-    import->add_option("--archive", options->archive, "Move imported files into month folders here")
+    takesPath(context, import->add_option("--archive", options->archive,
+                                          "Move imported files into month folders here"))
         ->type_name("DIR");
     import->add_flag("--dry-run", options->dryRun, "Show what would be imported, and stop");
     import->callback([&context, options] { runImport(context, *options);

@@ -124,7 +124,8 @@ void addLayoutsCommands(CLI::App& app, CommandContext& context) {
     auto exportFile = std::make_shared<std::string>();
     exporting->add_option("ID", *exportID, "The layout's id, as `layouts list` shows it")
         ->required();
-    exporting->add_option("FILE", *exportFile, "Where to save it, such as \"My bank.json\"")
+    takesPath(context, exporting->add_option("FILE", *exportFile,
+                                             "Where to save it, such as \"My bank.json\""))
         ->required();
     exporting->callback(
         [&context, exportID, exportFile] { runExport(context, *exportID, *exportFile); });
@@ -132,7 +133,8 @@ void addLayoutsCommands(CLI::App& app, CommandContext& context) {
     auto* importing =
         layouts->add_subcommand("import", "Add a layout from a saved layout file as a taught one");
     auto importFile = std::make_shared<std::string>();
-    importing->add_option("FILE", *importFile, "A saved layout file")->required();
+    takesPath(context, importing->add_option("FILE", *importFile, "A saved layout file"))
+        ->required();
     importing->callback([&context, importFile] { runImport(context, *importFile); });
 }
 

@@ -26,7 +26,7 @@ std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context) {
 bool reportUnavailable(const LedgerRuntime& runtime, CommandContext& context) {
     if (runtime.hasStore())
         return false;
-    context.err << runtime.errorMessage().value_or(std::string(LedgerRuntime::kNoStoreMessage))
+    context.err << runtime.errorMessage().value_or("Copperwick couldn't open its data file.")
                 << '\n';
     context.exitCode = kExitFailure;
     return true;

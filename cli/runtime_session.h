@@ -17,8 +17,9 @@ namespace copperwick::cli {
 // are; no command here reads or writes them.
 [[nodiscard]] std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context);
 
-// When the data file couldn't be opened: prints why on stderr and returns
-// true, and the command stops with a failure.
+// When the data file couldn't be opened: prints "Copperwick couldn't open its
+// data file: " and why on stderr and returns true, and the command stops with
+// a failure. Said so for commands that only read as for those that change.
 [[nodiscard]] bool reportUnavailable(const LedgerRuntime& runtime, CommandContext& context);
 
 // After a change made through the runtime: when it left an error (the save

@@ -3,6 +3,8 @@
 // as the Transactions screen lists them.
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -29,7 +31,7 @@ struct TransactionsOptions {
     std::string to;
     bool review = false;
     std::string search;
-    int limit = 0;
+    int64_t limit = 0;  // none
 };
 
 std::string nameOrEmpty(const auto* record) {
@@ -110,7 +112,18 @@ void addTransactionsCommand(CLI::App& app, CommandContext& context) {
     command->add_option("--search", options->search,
                         "Only lines whose text, merchant, category or note holds this");
     command->add_option("--limit", options->limit, "At most this many lines")
-        ->check(CLI::NonNegativeNumber);
+        ->type_name("N")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                int64_t limit = 0;
+                const auto [end, error] =
+                    std::from_chars(text.data(), text.data() + text.size(), limit);
+                if (error == std::errc() && end == text.data() + text.size() && limit > 0)
+                    return std::string();
+                return "the number of lines is a whole number from 1 up, not \u201C" + text +
+                       "\u201D";
+            },
+            ""));
     command->callback([&context, options] { runTransactions(context, *options); });
 }
 

@@ -1,12 +1,11 @@
 #include "runtime/import_model.h"
 
 #include <algorithm>
-#include <fstream>
 #include <future>
-#include <iterator>
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <variant>
 
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
@@ -33,16 +32,6 @@ bool hasProfile(const Ledger& ledger, const std::string& id) {
             return true;
     }
     return false;
-}
-
-std::optional<std::string> readAll(const std::filesystem::path& url) {
-    std::ifstream in(url, std::ios::binary);
-    if (!in)
-        return std::nullopt;
-    std::string data{std::istreambuf_iterator<char>(in), {}};
-    if (in.bad())
-        return std::nullopt;
-    return data;
 }
 
 // A free name for `name` in `folder`: the name itself, else "{stem} 2{ext}" and up.
@@ -82,22 +71,69 @@ void adoptAccountsMadeMeanwhile(std::vector<ImportFile>& ready, const Ledger& le
 }
 
 // The import worked out in memory: the ledger as it will be saved, what to
-// save, and each file's batches.
+// save, each file's batches, and the files passed over for having nothing
+// to save.
 struct Worked {
     Ledger ledger;
     LedgerDelta delta;
     std::vector<std::pair<Uuid, ImportBatch>> committed;
+    std::vector<std::pair<Uuid, ImportPlan>> passedOver;
 };
+
+// The plan a file already holds when it still answers for `ledger`.
+bool planHolds(const ImportFile& file, const Uuid& accountID, const Ledger& ledger) {
+    return file.plan && file.plannedOn && file.plan->analysisID == file.analysis.id &&
+           file.plan->accountID == accountID && *file.plannedOn == ledger;
+}
+
+// Why a file passed over brings nothing, as the end of a sentence.
+std::string nothingNew(const ImportFile& file, const ImportPlan& plan) {
+    const std::string name = file.url.filename().string();
+    if (plan.rows.empty()) {
+        return plan.issues.empty() ? name + " holds no transactions"
+                                   : "no row of " + name + " could be read";
+    }
+    if (plan.duplicateCount() == static_cast<int64_t>(plan.rows.size()))
+        return "every transaction in " + name + " is already saved";
+    return "the transactions in " + name + " are already saved or held back as possible duplicates";
+}
+
+std::string nothingToImport(const std::vector<std::string>& reasons) {
+    if (reasons.empty())
+        return "Nothing to import.";
+    std::string text = "Nothing to import: ";
+    for (std::size_t i = 0; i < reasons.size(); ++i)
+        text += (i > 0 ? "; " : "") + reasons[i];
+    return text + ".";
+}
 
 // A pure function of its arguments, apart from taking the plans out of
 // `ready` when it can use them.
 Worked workOut(Ledger ledger, std::vector<ImportFile>& ready, Instant now) {
-    std::vector<std::pair<Uuid, ImportBatch>> committed;
-    LedgerDelta delta;
+    Worked worked;
+    LedgerDelta& delta = worked.delta;
     for (auto& file : ready) {
         const auto accountID = file.targetAccountID();
         if (!accountID)
             continue;
+        // Planned again when anything it was planned from has changed: an
+        // earlier file of this same commit may have added lines, or
+        // another save come between. A plan is a pure function of the
+        // analysis, the account's id and the ledger's lines, so an
+        // unchanged ledger gives the very plan shown. Planned before the
+        // account is made: a file that brings nothing makes none.
+        std::optional<ImportPlan> plan;
+        if (planHolds(file, *accountID, ledger)) {
+            plan = std::move(file.plan);
+            file.plan.reset();
+        } else {
+            plan = ImportPlanner::plan(file.analysis, *accountID, ledger);
+        }
+        if (rowsToSave(*plan, file.forcedLines) == 0) {
+            worked.passedOver.emplace_back(file.id, std::move(*plan));
+            continue;
+        }
+
         const auto& profile = file.analysis.profile;
         if (file.savesProposedProfile && profile && !hasProfile(ledger, profile->id))
             delta.merge(upsertProfile(ledger, *profile));
@@ -126,27 +162,14 @@ Worked workOut(Ledger ledger, std::vector<ImportFile>& ready, Instant now) {
             delta.merge(upsertAccount(ledger, std::move(account)));
         }
 
-        // Planned again when anything it was planned from has changed: an
-        // earlier file of this same commit may have added lines, or
-        // another save come between. A plan is a pure function of the
-        // three, so an unchanged ledger gives the very plan shown.
-        const bool planHolds = file.plan && file.plannedOn &&
-                               file.plan->analysisID == file.analysis.id &&
-                               file.plan->accountID == *accountID && *file.plannedOn == ledger;
-        std::optional<ImportPlan> plan;
-        if (planHolds) {
-            plan = std::move(file.plan);
-            file.plan.reset();
-        } else {
-            plan = ImportPlanner::plan(file.analysis, *accountID, ledger);
-        }
         auto result = commitImport(
             ledger, {ImportCommitItem{file.analysis, std::move(*plan), file.forcedLines}}, now);
         delta.merge(result.delta);
         for (auto& batch : result.batches)
-            committed.emplace_back(file.id, std::move(batch));
+            worked.committed.emplace_back(file.id, std::move(batch));
     }
-    return {std::move(ledger), std::move(delta), std::move(committed)};
+    worked.ledger = std::move(ledger);
+    return worked;
 }
 
 }  // namespace
@@ -276,16 +299,18 @@ void ImportModel::add(const std::vector<std::filesystem::path>& urls, LedgerRunt
             std::any_of(m_pending.begin(), m_pending.end(),
                         [&](const Pending& pending) { return known(pending.url); }))
             continue;
-        auto data = readAll(url);
-        if (!data) {
-            runtime.setErrorMessage("Copperwick couldn't read " + url.filename().string() + ".");
+        auto read = readBankFile(url);
+        if (const auto* problem = std::get_if<BankFileProblem>(&read)) {
+            runtime.setErrorMessage(unreadableFileMessage(url, *problem));
             continue;
         }
-        Pending pending{url, std::move(*data), {}};
-        // The task owns copies: the card may be removed, or the model gone, before it ends.
+        Pending pending{
+            url, std::make_shared<const std::string>(std::move(std::get<std::string>(read))), {}};
+        // The task holds its own share of the bytes and a copy of the
+        // layouts: the card may be removed, or the model gone, before it ends.
         pending.analysis = std::async(
             std::launch::async, [name = url.filename().string(), bytes = pending.data, profiles] {
-                return ImportAnalyzer::analyze(name, bytes, profiles, false);
+                return ImportAnalyzer::analyze(name, *bytes, profiles, false);
             });
         m_pending.push_back(std::move(pending));
     }
@@ -312,8 +337,8 @@ void ImportModel::waitForAnalyses(LedgerRuntime& runtime) {
     }
 }
 
-void ImportModel::receive(const std::filesystem::path& url, std::string data, FileAnalysis analysis,
-                          LedgerRuntime& runtime) {
+void ImportModel::receive(const std::filesystem::path& url, std::shared_ptr<const std::string> data,
+                          FileAnalysis analysis, LedgerRuntime& runtime) {
     if (std::any_of(m_files.begin(), m_files.end(),
                     [&](const ImportFile& file) { return file.url == url; }))
         return;
@@ -397,10 +422,10 @@ void ImportModel::reanalyze(ImportFile& file, LedgerRuntime& runtime) {
     const std::string name = file.url.filename().string();
     if (file.analysis.profile) {
         file.analysis =
-            ImportAnalyzer::analyze(name, file.data, *file.analysis.profile, file.flipSigns);
+            ImportAnalyzer::analyze(name, *file.data, *file.analysis.profile, file.flipSigns);
     } else {
-        file.analysis =
-            ImportAnalyzer::analyze(name, file.data, allProfiles(runtime.ledger()), file.flipSigns);
+        file.analysis = ImportAnalyzer::analyze(name, *file.data, allProfiles(runtime.ledger()),
+                                                file.flipSigns);
     }
 }
 
@@ -464,7 +489,7 @@ void ImportModel::applyMapping(ImportProfile profile, const Uuid& id, LedgerRunt
         return;
     file->layoutHelp = {};
     file->savesProposedProfile = false;
-    file->analysis = ImportAnalyzer::analyze(file->url.filename().string(), file->data,
+    file->analysis = ImportAnalyzer::analyze(file->url.filename().string(), *file->data,
                                              std::move(profile), file->flipSigns);
     applySuggestion(*file, runtime);
     replan(id, runtime);
@@ -517,6 +542,22 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
         ready.push_back(*file);
     if (ready.empty())
         return;
+    // Files whose plans still hold and bring nothing are known before any
+    // work: then there is nothing to back up and nothing to save.
+    std::vector<std::string> nothing;
+    for (const auto& file : ready) {
+        const auto accountID = file.targetAccountID();
+        if (!accountID || !planHolds(file, *accountID, runtime.ledger()) ||
+            rowsToSave(*file.plan, file.forcedLines) > 0)
+            break;
+        nothing.push_back(nothingNew(file, *file.plan));
+    }
+    if (nothing.size() == ready.size()) {
+        m_lastBatches.clear();
+        m_lastResult = nothingToImport(nothing);
+        notify();
+        return;
+    }
     m_isCommitting = true;
     notify();
 
@@ -546,22 +587,55 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
         return;
     }
 
-    std::vector<std::pair<Uuid, ImportBatch>> committed;
-    runtime.apply([&](Ledger& ledger) {
-        // The ledger it was worked out from is still the live one unless
-        // something was saved meanwhile; then it is worked out again.
-        if (runtime.revision() != revisionBefore) {
-            adoptAccountsMadeMeanwhile(ready, ledger);
-            worked = workOut(ledger, ready, now);
+    // The ledger it was worked out from is still the live one unless
+    // something was saved meanwhile; then it is worked out again. That
+    // happens inside the save as well: when another program saved first,
+    // the runtime reads the file again and runs the change once more.
+    int64_t workedAt = revisionBefore;
+    const auto rework = [&](const Ledger& ledger) {
+        adoptAccountsMadeMeanwhile(ready, ledger);
+        worked = workOut(ledger, ready, now);
+        workedAt = runtime.revision();
+    };
+    const auto passOver = [&] {
+        // Plans made on an older ledger said otherwise; nothing is saved.
+        std::vector<std::string> reasons;
+        for (const auto& [fileID, plan] : worked.passedOver) {
+            const auto found = std::find_if(ready.begin(), ready.end(),
+                                            [&](const ImportFile& f) { return f.id == fileID; });
+            reasons.push_back(nothingNew(*found, plan));
         }
+        m_lastBatches.clear();
+        m_lastResult = nothingToImport(reasons);
+        m_isCommitting = false;
+        notify();
+    };
+    if (runtime.revision() != workedAt)
+        rework(runtime.ledger());
+    if (worked.committed.empty()) {
+        passOver();
+        return;
+    }
+
+    std::vector<std::pair<Uuid, ImportBatch>> committed;
+    const int64_t revisionBeforeSave = runtime.revision();
+    runtime.apply([&](Ledger& ledger) {
+        if (runtime.revision() != workedAt)
+            rework(ledger);
+        if (worked.committed.empty())
+            return LedgerDelta{};
         ledger = std::move(worked.ledger);
         committed = std::move(worked.committed);
         return std::move(worked.delta);
     });
-    if (runtime.revision() == revisionBefore) {
+    if (runtime.revision() == revisionBeforeSave) {
         // The save failed and the runtime says why; the cards stay as they were.
         m_isCommitting = false;
         notify();
+        return;
+    }
+    if (committed.empty()) {
+        passOver();
         return;
     }
 
@@ -574,6 +648,8 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
         duplicates += batch.counts.duplicates;
         m_lastBatches.push_back(batch);
     }
+    for (const auto& [fileID, plan] : worked.passedOver)
+        duplicates += plan.duplicateCount();
     const auto fileCount = committed.size();
     std::string result = "Imported " + std::to_string(imported) + " transactions from " +
                          std::to_string(fileCount) + " file" + (fileCount == 1 ? "" : "s");
@@ -608,6 +684,34 @@ void ImportModel::archive(const std::vector<std::pair<Uuid, ImportBatch>>& commi
                                     " to your archive folder: " + error.what());
         }
     }
+}
+
+std::string unreadableFileMessage(const std::filesystem::path& file,
+                                  const BankFileProblem& problem) {
+    const std::string name = file.has_filename() ? file.filename().string() : file.string();
+    std::string why;
+    switch (problem.kind) {
+        case BankFileProblem::Case::missing:
+            why = "There's no file by that name.";
+            break;
+        case BankFileProblem::Case::notAllowed:
+            why = "Copperwick isn't allowed to open it.";
+            break;
+        case BankFileProblem::Case::folder:
+            why = "It's a folder, not a bank file.";
+            break;
+        case BankFileProblem::Case::notRegularFile:
+            why = "It isn't a regular file, so it can't be a bank export.";
+            break;
+        case BankFileProblem::Case::tooLarge:
+            why = "It's larger than " + std::to_string(kLargestBankFileBytes / (1024 * 1024)) +
+                  " MB, far more than any bank export.";
+            break;
+        case BankFileProblem::Case::unreadable:
+            why = "The system said: " + std::generic_category().message(problem.systemError) + ".";
+            break;
+    }
+    return "Copperwick couldn't read " + name + ". " + why;
 }
 
 ObserverID ImportModel::observe(std::function<void()> callback) {

@@ -11,11 +11,13 @@
 #include <functional>
 #include <future>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "core/import/bank_file.h"
 #include "core/import/file_analysis.h"
 #include "core/import/import_planner.h"
 #include "core/model/import_batch.h"
@@ -25,6 +27,11 @@
 #include "runtime/ledger_runtime.h"
 
 namespace copperwick {
+
+// "Copperwick couldn't read {file name}." and why, for a bank file whose
+// bytes couldn't be had.
+[[nodiscard]] std::string unreadableFileMessage(const std::filesystem::path& file,
+                                                const BankFileProblem& problem);
 
 // One dropped file: its bytes, what reading them found, and where the rows go.
 struct ImportFile {
@@ -59,7 +66,9 @@ struct ImportFile {
 
     Uuid id;
     std::filesystem::path url;
-    std::string data;
+    // The file's bytes, shared by every copy of the card and by its analysis:
+    // a bank file can run to megabytes.
+    std::shared_ptr<const std::string> data;
     FileAnalysis analysis;
     AccountChoice choice;
     // The choice is Copperwick's own suggestion, not the person's.
@@ -129,8 +138,8 @@ class ImportModel {
     void receiveFinished(LedgerRuntime& runtime);
     // Waits for every analysis still running and takes them in.
     void waitForAnalyses(LedgerRuntime& runtime);
-    void receive(const std::filesystem::path& url, std::string data, FileAnalysis analysis,
-                 LedgerRuntime& runtime);
+    void receive(const std::filesystem::path& url, std::shared_ptr<const std::string> data,
+                 FileAnalysis analysis, LedgerRuntime& runtime);
     void replan(const Uuid& id, LedgerRuntime& runtime);
     void setChoice(ImportFile::AccountChoice choice, const Uuid& id, LedgerRuntime& runtime);
     void setFlip(bool flag, const Uuid& id, LedgerRuntime& runtime);
@@ -141,6 +150,9 @@ class ImportModel {
     void remove(const Uuid& id);
     void clear();
     // Imports every ready file in one save; an empty folder archives nothing.
+    // A file with no row to save is passed over, making no account and no
+    // import record; when no file has one, nothing is backed up or saved and
+    // lastResult says "Nothing to import: " and why.
     void commit(LedgerRuntime& runtime, const std::filesystem::path& archiveFolder);
 
     // Called after every change to the model's state.
@@ -150,7 +162,7 @@ class ImportModel {
   private:
     struct Pending {
         std::filesystem::path url;
-        std::string data;
+        std::shared_ptr<const std::string> data;
         std::future<FileAnalysis> analysis;
     };
 

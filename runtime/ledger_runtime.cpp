@@ -117,6 +117,12 @@ void LedgerRuntime::openStore() {
                 // A missed daily copy is tried again at the next start.
             }
         }
+    } catch (const StoreError& error) {
+        // A statement that fails while the file is being opened failed to
+        // open it, whatever the store calls a failed statement.
+        setErrorMessage(error.kind() == StoreError::Case::sql
+                            ? std::string(StoreError::open(error.detail()).what())
+                            : std::string(error.what()));
     } catch (const std::exception& error) {
         setErrorMessage(error.what());
     }

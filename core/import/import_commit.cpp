@@ -74,6 +74,24 @@ void replacePending(Ledger& ledger, LedgerTransaction& posted, const Uuid& pendi
 
 }  // namespace
 
+int64_t rowsToSave(const ImportPlan& plan, const std::set<int64_t>& forcedLines) {
+    int64_t count = 0;
+    for (const auto& planned : plan.rows) {
+        switch (planned.disposition.kind) {
+            case Kind::newRow:
+            case Kind::replacesPending:
+                ++count;
+                break;
+            case Kind::possibleDuplicate:
+                count += forcedLines.contains(planned.row.line) ? 1 : 0;
+                break;
+            case Kind::duplicate:
+                break;
+        }
+    }
+    return count;
+}
+
 ImportCommitResult commitImport(Ledger& ledger, const std::vector<ImportCommitItem>& items,
                                 Instant importedAt) {
     ImportCommitResult result;
@@ -84,7 +102,8 @@ ImportCommitResult commitImport(Ledger& ledger, const std::vector<ImportCommitIt
         const ImportPlan& plan = item.plan;
         const Account* found = ledger.account(plan.accountID);
         if (!found || !analysis.profile || found->type == AccountType::cash ||
-            (analysis.currencyHint && *analysis.currencyHint != found->currency))
+            (analysis.currencyHint && *analysis.currencyHint != found->currency) ||
+            rowsToSave(plan, item.forcedLines) == 0)
             continue;
         const Account account = *found;
 

@@ -31,10 +31,15 @@ struct ImportCommitResult {
     std::vector<ImportBatch> batches;
 };
 
+// How many of the plan's rows a commit saves: the new ones, those that
+// replace a pending charge, and the held ones named in `forcedLines`.
+[[nodiscard]] int64_t rowsToSave(const ImportPlan& plan, const std::set<int64_t>& forcedLines);
+
 // Works through the items in order, then files everything new in one
 // rematch (which also pairs transfers). An item the session should already
 // have refused (no account, a cash wallet, no layout, another currency) is
-// passed over without a word.
+// passed over without a word, and so is one with no row to save: an import
+// that brings nothing leaves no import record behind.
 [[nodiscard]] ImportCommitResult commitImport(Ledger& ledger,
                                               const std::vector<ImportCommitItem>& items,
                                               Instant importedAt);

@@ -1,9 +1,5 @@
 #include "core/import/layout_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
@@ -15,6 +11,7 @@
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 
+#include "core/model/file_output.h"
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "core/model/uuid.h"
@@ -86,54 +83,6 @@ bool isUsable(const ImportProfile& profile) {
     throw std::runtime_error(std::generic_category().message(errno != 0 ? errno : EIO));
 }
 
-void writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(fd, bytes.data(), bytes.size());
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            throwErrno();
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
-// A file made next to its destination, removed unless it was renamed there.
-class TemporaryFile {
-  public:
-    explicit TemporaryFile(const std::filesystem::path& pattern) : m_path(pattern.string()) {
-        m_fd = ::mkstemp(m_path.data());
-        if (m_fd < 0)
-            throwErrno();
-    }
-    ~TemporaryFile() {
-        if (m_fd >= 0)
-            ::close(m_fd);
-        if (!m_renamed)
-            ::unlink(m_path.c_str());
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    [[nodiscard]] int fd() const { return m_fd; }
-    void close() {
-        const int result = ::close(m_fd);
-        m_fd = -1;
-        if (result != 0)
-            throwErrno();
-    }
-    void renameTo(const std::filesystem::path& file) {
-        if (::rename(m_path.c_str(), file.c_str()) != 0)
-            throwErrno();
-        m_renamed = true;
-    }
-
-  private:
-    std::string m_path;
-    int m_fd = -1;
-    bool m_renamed = false;
-};
-
 }  // namespace
 
 std::string exportLayout(const ImportProfile& profile) {
@@ -177,20 +126,9 @@ ImportProfile readLayoutFile(const std::filesystem::path& file) {
 }
 
 void writeLayoutFile(const std::filesystem::path& file, const ImportProfile& profile) {
-    const std::string bytes = exportLayout(profile);
-    // The temporary file sits beside the target so that the rename stays on
-    // one file system and is atomic.
-    const auto folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
-    TemporaryFile temporary(folder / ("." + file.filename().string() + ".XXXXXX"));
-    // mkstemp makes the file private; a layout holds no money, only column
-    // names, and is meant to be shared.
-    if (::fchmod(temporary.fd(), 0644) != 0)
-        throwErrno();
-    writeAll(temporary.fd(), bytes);
-    if (::fsync(temporary.fd()) != 0)
-        throwErrno();
-    temporary.close();
-    temporary.renameTo(file);
+    // A layout holds column names, never money, and is meant to be shared.
+    if (const auto problem = saveFile(file, exportLayout(profile), FileAccess::everyone))
+        throw std::runtime_error(*problem);
 }
 
 std::string suggestedLayoutFileName(const ImportProfile& profile) {

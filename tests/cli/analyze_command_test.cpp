@@ -55,7 +55,7 @@ TEST(AnalyzeCommand, LayoutAndFlipOptions) {
     const auto missing = testing::runCommand(
         {"--data-dir", temp.path().string(), "analyze", (temp / "none.csv").string()});
     EXPECT_EQ(missing.code, 1);
-    EXPECT_EQ(missing.err.rfind("Couldn't read the file ", 0), 0u);
+    EXPECT_EQ(missing.err, "Copperwick couldn't read none.csv. There's no file by that name.\n");
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -7,6 +9,7 @@
 #include "cli/command_line.h"
 #include "runtime/ledger_runtime.h"
 #include "tests/support/run_command.h"
+#include "tests/support/run_process.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick::cli {
@@ -78,13 +81,14 @@ TEST_F(ImportCommandTest, ImportReimportListAndUndo) {
     ASSERT_EQ(result.code, 0) << result.err;
     auto answer = boost::json::parse(result.out).as_object();
     EXPECT_EQ(answer.at("result").as_string(),
-              "Imported 0 transactions from 1 file; 2 were already saved.");
+              "Nothing to import: every transaction in chase-checking.csv is already saved.");
+    EXPECT_TRUE(answer.at("batches").as_array().empty());
 
     result = run({"--json", "imports"});
     ASSERT_EQ(result.code, 0) << result.err;
     const auto batches = boost::json::parse(result.out).as_array();
-    ASSERT_EQ(batches.size(), 2u);
-    const std::string first = std::string(batches.at(1).at("id").as_string());
+    ASSERT_EQ(batches.size(), 1u);
+    const std::string first = std::string(batches.at(0).at("id").as_string());
 
     result = run({"imports"});
     ASSERT_EQ(result.code, 0) << result.err;
@@ -95,7 +99,7 @@ TEST_F(ImportCommandTest, ImportReimportListAndUndo) {
     EXPECT_EQ(result.out, "Removed the import of chase-checking.csv.\n");
     LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
     EXPECT_TRUE(runtime.ledger().activeTransactions().empty());
-    EXPECT_EQ(runtime.ledger().batches.size(), 1u);
+    EXPECT_TRUE(runtime.ledger().batches.empty());
 
     result = run({"undo-import", first});
     EXPECT_EQ(result.code, 1);
@@ -193,6 +197,50 @@ TEST_F(ImportCommandTest, UnreadableRowsAreListedAndSkippedOnlyWhenAsked) {
     ASSERT_EQ(result.code, 0) << result.err;
     LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
     EXPECT_EQ(runtime.ledger().activeTransactions().size(), 1u);
+}
+
+// A file with no readable row, imported with --skip-problem-rows, made an
+// empty account and an empty import record.
+TEST_F(ImportCommandTest, AFileWithNothingToBringInChangesNothing) {
+    const auto file = folder / "damaged.csv";
+    testing::writeFile(file,
+                       "Details,Posting Date,Description,Amount,Type,Balance,Check or Slip #\n"
+                       "DEBIT,03/03/2026,\"BAKERY\",lots,DEBIT_CARD,1.00,\n");
+    ASSERT_EQ(run({"info"}).code, 0);
+    const auto result = run({"import", "--skip-problem-rows", file.string()});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Nothing to import: no row of damaged.csv could be read.\n");
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+    EXPECT_TRUE(runtime.ledger().accounts.empty());
+    EXPECT_TRUE(runtime.ledger().batches.empty());
+    for (const auto& backup : runtime.backups().list())
+        EXPECT_NE(backup.reason, "before-import") << backup.url;
+}
+
+// A pipe named as a bank file hung `analyze` and `import` for good, /dev/zero
+// grew without end, and a folder answered "basic_filebuf::underflow".
+TEST_F(ImportCommandTest, WhatIsntABankFileIsRefusedInWordsWithoutWaiting) {
+    const auto pipe = folder / "pipe.csv";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const std::string data = (folder / "data").string();
+    for (const auto& [path, words] : std::vector<std::pair<std::string, std::string>>{
+             {pipe.string(), "pipe.csv. It isn't a regular file, so it can't be a bank export."},
+             {"/dev/zero", "zero. It isn't a regular file, so it can't be a bank export."},
+             {folder.path().string() + "/",
+              folder.path().string() + "/. It's a folder, not a bank file."}}) {
+        for (const std::vector<std::string>& command :
+             {std::vector<std::string>{"analyze", path},
+              {"import", "--dry-run", path},
+              {"import", "--layout", "chase-checking", path}}) {
+            auto arguments = command;
+            arguments.insert(arguments.begin(), {"--data-dir", data});
+            const auto result = testing::runProcess(arguments, folder.path());
+            ASSERT_FALSE(result.timedOut) << command[0] << " " << path << " hung";
+            EXPECT_EQ(result.code, 1) << command[0] << " " << path;
+            EXPECT_EQ(result.err, "Copperwick couldn't read " + words + "\n")
+                << command[0] << " " << path;
+        }
+    }
 }
 
 // Each bank's sample: what the dry run promises is what the import does, and

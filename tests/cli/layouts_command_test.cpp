@@ -116,7 +116,8 @@ TEST_F(LayoutsCommand, ExportIntoAMissingFolderSaysWhy) {
     const auto result =
         run({"layouts", "export", id, (m_temp / "missing" / "layout.json").string()});
     EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(result.err, "Couldn't save the file: No such file or directory\n");
+    EXPECT_EQ(result.err, "Couldn't save the file: The folder " + (m_temp / "missing").string() +
+                              " doesn't exist.\n");
 }
 
 TEST_F(LayoutsCommand, RefusedImportChangesNothing) {

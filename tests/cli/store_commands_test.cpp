@@ -97,6 +97,27 @@ TEST(BackupCommands, UsageMistakesExitTwo) {
     EXPECT_EQ(runWith({"--data-dir", temp.path().string(), "backup", "sideways"}).code, 2);
 }
 
+// Commands that only read said "Copperwick couldn't save: file is not a
+// database" when the data file couldn't be opened.
+TEST(InfoCommand, ADataFileThatCantBeOpenedIsSaidSoByEveryCommand) {
+    TempFolder temp;
+    std::filesystem::create_directory(temp / "data");
+    testing::writeFile(temp / "data" / "Copperwick.sqlite", "notes, not a ledger\n");
+    for (const std::vector<std::string>& command : {std::vector<std::string>{"info"},
+                                                    {"transactions"},
+                                                    {"review"},
+                                                    {"report"},
+                                                    {"accounts", "add", "Checking"}}) {
+        auto arguments = command;
+        arguments.insert(arguments.begin(), {"--data-dir", (temp / "data").string()});
+        const auto result = runWith(arguments);
+        EXPECT_EQ(result.code, 1) << command[0];
+        EXPECT_EQ(result.err, "Copperwick couldn't open its data file: file is not a database\n")
+            << command[0];
+    }
+    EXPECT_EQ(testing::readFile(temp / "data" / "Copperwick.sqlite"), "notes, not a ledger\n");
+}
+
 TEST(CommandLineProcess, FailureGoesToStderrWithExitOne) {
     TempFolder temp;
     // A file where the data folder should be: the folder can't be made.

@@ -1,5 +1,7 @@
 #include "runtime/import_model.h"
 
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include "core/operations/upsert_account.h"
@@ -73,10 +75,13 @@ TEST_F(ImportModelTest, NewCardImportsAndTheSameFileAgainAddsNothing) {
     EXPECT_TRUE(again.plan->previousImport);
     EXPECT_EQ(again.plan->newCount(), 0);
     EXPECT_EQ(model.totalToImport(), 0);
+    const auto backups = runtime.backups().list().size();
     model.commit(runtime, {});
-    EXPECT_EQ(model.lastResult(), "Imported 0 transactions from 1 file; " + std::to_string(total) +
-                                      " were already saved.");
+    EXPECT_EQ(model.lastResult(),
+              "Nothing to import: every transaction in chase-checking.csv is already saved.");
     EXPECT_EQ(activeCount(), static_cast<std::size_t>(total));
+    EXPECT_EQ(runtime.ledger().batches.size(), 1u);
+    EXPECT_EQ(runtime.backups().list().size(), backups);
 }
 
 TEST_F(ImportModelTest, DroppingTheSameFileTwiceGivesOneCard) {
@@ -147,8 +152,10 @@ TEST_F(ImportModelTest, LinesSavedAfterThePlanWasMadeAreDuplicatesAtCommit) {
     EXPECT_EQ(other.lastResult(), "Imported 2 transactions from 1 file.");
 
     model.commit(runtime, {});
-    EXPECT_EQ(model.lastResult(), "Imported 0 transactions from 1 file; 2 were already saved.");
+    EXPECT_EQ(model.lastResult(),
+              "Nothing to import: every transaction in march.csv is already saved.");
     EXPECT_EQ(activeCount(), 2u);
+    EXPECT_EQ(runtime.ledger().batches.size(), 1u);
 }
 
 TEST_F(ImportModelTest, PaymentBetweenCheckingAndCardPairsOnceBothAreIn) {
@@ -213,7 +220,8 @@ TEST_F(ImportModelTest, FailedSafetyBackupImportsNothing) {
 
 TEST_F(ImportModelTest, UnreadableFileIsReportedAndOthersStay) {
     drop({folder / "drop" / "missing.csv", dropped("chase-card.csv")});
-    EXPECT_EQ(runtime.errorMessage(), "Copperwick couldn't read missing.csv.");
+    EXPECT_EQ(runtime.errorMessage(),
+              "Copperwick couldn't read missing.csv. There's no file by that name.");
     EXPECT_EQ(model.files().size(), 1u);
 }
 
@@ -260,26 +268,75 @@ TEST_F(ImportModelTest, ArchiveFilesByMonthWithFreeNames) {
     EXPECT_FALSE(std::filesystem::exists(folder / "drop" / "chase-checking.csv"));
 
     // The same name into the same month takes the next free number.
-    drop({dropped("chase-checking.csv")});
+    drop({written("chase-checking.csv",
+                  std::string(kCheckingHeader) +
+                      "DEBIT,03/20/2026,\"RIVERSIDE BAKERY\",-6.00,DEBIT_CARD,54.00,\n")});
     model.commit(runtime, archive);
     EXPECT_TRUE(std::filesystem::exists(archive / "2026-03" / "chase-checking 2.csv"));
 }
 
-TEST_F(ImportModelTest, FileWithoutDatesIsArchivedAsUndated) {
-    // A statement with no transactions at all has no first date.
+// A statement with no transactions, or none readable with problem rows
+// skipped, made an empty account and an empty import record.
+TEST_F(ImportModelTest, AFileThatBringsNothingMakesNoAccountRecordOrBackup) {
     std::string statement = testing::readFile(kData / "ofx" / "checking_tag_only.ofx");
     const auto first = statement.find("<STMTTRN>");
     const auto last = statement.rfind("</STMTTRN>") + std::string_view("</STMTTRN>").size();
     statement.erase(first, last - first);
+    const auto quiet = written("quiet-month.ofx", statement);
+    const auto unreadable =
+        written("damaged.csv", std::string(kCheckingHeader) +
+                                   "DEBIT,03/03/2026,\"BAKERY\",lots,DEBIT_CARD,1.00,\n");
+    drop({quiet, unreadable});
+    ASSERT_EQ(model.files().size(), 2u);
+    for (const auto& file : model.files()) {
+        model.setChoice(ImportFile::AccountChoice::newAccount(), file.id, runtime);
+        model.setSkipProblemRows(true, file.id);
+        ASSERT_FALSE(file.blocker()) << *file.blocker();
+    }
+    const auto revision = runtime.revision();
     const auto archive = folder / "archive";
-    drop({written("quiet-month.ofx", statement)});
-    ASSERT_EQ(model.files().size(), 1u);
-    const auto id = model.files().front().id;
-    model.setChoice(ImportFile::AccountChoice::newAccount(), id, runtime);
-    ASSERT_FALSE(model.files().front().blocker()) << *model.files().front().blocker();
     model.commit(runtime, archive);
-    ASSERT_TRUE(model.lastResult());
-    EXPECT_TRUE(std::filesystem::exists(archive / "Undated" / "quiet-month.ofx"));
+
+    EXPECT_EQ(model.lastResult(),
+              "Nothing to import: quiet-month.ofx holds no transactions; no row of damaged.csv "
+              "could be read.");
+    EXPECT_EQ(runtime.revision(), revision);
+    EXPECT_TRUE(runtime.ledger().accounts.empty());
+    EXPECT_TRUE(runtime.ledger().batches.empty());
+    EXPECT_TRUE(runtime.backups().list().empty());
+    EXPECT_FALSE(std::filesystem::exists(archive));
+    EXPECT_TRUE(std::filesystem::exists(quiet));
+
+    // Beside a file that does bring lines, the empty one is passed over.
+    drop({dropped("chase-checking.csv")});
+    for (const auto& file : model.files())
+        model.setSkipProblemRows(true, file.id);
+    model.commit(runtime, {});
+    EXPECT_EQ(model.lastResult(), "Imported 2 transactions from 1 file.");
+    EXPECT_EQ(runtime.ledger().accounts.size(), 1u);
+    EXPECT_EQ(runtime.ledger().batches.size(), 1u);
+}
+
+// A pipe, a device or a folder dropped as a bank file hung the import or
+// answered in the stream library's words.
+TEST_F(ImportModelTest, WhatIsntARegularFileIsRefusedByNameAndReason) {
+    const auto pipe = folder / "drop" / "pipe.csv";
+    std::filesystem::create_directories(pipe.parent_path());
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    drop({pipe});
+    EXPECT_EQ(runtime.errorMessage(),
+              "Copperwick couldn't read pipe.csv. It isn't a regular file, so it can't be a bank "
+              "export.");
+    drop({folder / "drop"});
+    EXPECT_EQ(runtime.errorMessage(),
+              "Copperwick couldn't read drop. It's a folder, not a bank file.");
+    const auto huge = written("huge.csv", std::string(kCheckingHeader));
+    std::filesystem::resize_file(huge, kLargestBankFileBytes + 1);
+    drop({huge});
+    EXPECT_EQ(runtime.errorMessage(),
+              "Copperwick couldn't read huge.csv. It's larger than 64 MB, far more than any bank "
+              "export.");
+    EXPECT_TRUE(model.files().empty());
 }
 
 }  // namespace

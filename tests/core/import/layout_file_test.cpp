@@ -227,7 +227,7 @@ TEST(LayoutFiles, FailuresSayWhyInPlainWords) {
         writeLayoutFile(temp / "missing" / "layout.json", simple());
         FAIL() << "wrote into a missing folder";
     } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "No such file or directory");
+        EXPECT_EQ(error.what(), "The folder " + (temp / "missing").string() + " doesn't exist.");
     }
     try {
         (void)readLayoutFile(temp / "absent.json");
