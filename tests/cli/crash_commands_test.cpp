@@ -98,16 +98,16 @@ class Folders {
                              const std::map<std::string, std::string>& environment = {}) {
         std::vector<std::string> argv{COPPERWICK_EXECUTABLE, "--data-dir", folder.string()};
         argv.insert(argv.end(), arguments.begin(), arguments.end());
-        return runProcess(argv, environment, folder.parent_path());
+        return runProcess(argv, folder.parent_path(), {.environment = environment});
     }
 
     // The ledger's description, or what is wrong with the folder.
     static std::string digest(const fs::path& folder) {
         const auto result =
-            runProcess({COPPERWICK_LEDGER_DIGEST, folder.string()}, {}, folder.parent_path());
+            runProcess({COPPERWICK_LEDGER_DIGEST, folder.string()}, folder.parent_path());
         std::string text = result.out;
-        if (result.exitCode != 0)
-            text = "FAILED (" + std::to_string(result.exitCode) + "): " + text;
+        if (result.code != 0)
+            text = "FAILED (" + std::to_string(result.code) + "): " + text;
         return text;
     }
 
@@ -135,7 +135,7 @@ class Folders {
 
     ProcessResult must(const std::vector<std::string>& arguments) {
         auto result = run(base(), arguments);
-        EXPECT_EQ(result.exitCode, 0) << arguments.front();
+        EXPECT_EQ(result.code, 0) << arguments.front() << result.err;
         return result;
     }
 
@@ -170,7 +170,7 @@ TEST(CrashCommands, KilledAtAnyMomentLeaveTheLedgerBeforeOrAfter) {
         const auto ran = Folders::run(clean, command.arguments,
                                       preloaded({{"COPPERWICK_COUNT_FILE", countFile.string()}}));
         const auto took = std::chrono::steady_clock::now() - started;
-        ASSERT_EQ(ran.exitCode, 0) << ran.out;
+        ASSERT_EQ(ran.code, 0) << ran.err;
         const std::string after = Folders::digest(clean);
         ASSERT_NE(after, folders.before()) << "the command changed nothing";
         const long calls = std::stol(testing::readFile(countFile));
@@ -186,7 +186,7 @@ TEST(CrashCommands, KilledAtAnyMomentLeaveTheLedgerBeforeOrAfter) {
             EXPECT_EQ(Folders::unsoundBackups(folder), "") << when;
             // And it opens for the next command.
             const auto info = Folders::run(folder, {"info"});
-            EXPECT_EQ(info.exitCode, 0) << when;
+            EXPECT_EQ(info.code, 0) << when << ": " << info.err;
         };
         for (long call = 1; call <= calls; ++call) {
             const fs::path folder = folders.copy();
@@ -203,7 +203,7 @@ TEST(CrashCommands, KilledAtAnyMomentLeaveTheLedgerBeforeOrAfter) {
             const fs::path folder = folders.copy();
             std::vector<std::string> argv{COPPERWICK_EXECUTABLE, "--data-dir", folder.string()};
             argv.insert(argv.end(), command.arguments.begin(), command.arguments.end());
-            Process process(argv, {}, folder.parent_path());
+            Process process(argv, folder.parent_path());
             const auto delay = std::chrono::microseconds(random() % (span + 1));
             std::this_thread::sleep_for(delay);
             process.kill();
@@ -242,9 +242,9 @@ TEST(ConcurrentCommands, TwoAtOnceLeaveWhatOneOfTheSerialOrdersLeaves) {
                     v.insert(v.end(), command.arguments.begin(), command.arguments.end());
                     return v;
                 };
-                Process first(argv(a), {}, folder.parent_path());
+                Process first(argv(a), folder.parent_path());
                 std::this_thread::sleep_for(std::chrono::microseconds(random() % 20000));
-                Process second(argv(b), {}, folder.parent_path());
+                Process second(argv(b), folder.parent_path());
                 (void)first.wait();
                 (void)second.wait();
                 const std::string state = Folders::digest(folder);

@@ -8,8 +8,8 @@
 
 #include "cli/command_line.h"
 #include "runtime/ledger_runtime.h"
+#include "tests/support/process.h"
 #include "tests/support/run_command.h"
-#include "tests/support/run_process.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick::cli {
@@ -234,7 +234,7 @@ TEST_F(ImportCommandTest, WhatIsntABankFileIsRefusedInWordsWithoutWaiting) {
               {"import", "--layout", "chase-checking", path}}) {
             auto arguments = command;
             arguments.insert(arguments.begin(), {"--data-dir", data});
-            const auto result = testing::runProcess(arguments, folder.path());
+            const auto result = testing::runCopperwick(arguments, folder.path());
             ASSERT_FALSE(result.timedOut) << command[0] << " " << path << " hung";
             EXPECT_EQ(result.code, 1) << command[0] << " " << path;
             EXPECT_EQ(result.err, "Copperwick couldn't read " + words + "\n")

@@ -1,7 +1,9 @@
 #pragma once
 
-// Runs another program of the build as a separate process: with extra
-// environment, optionally killed after a delay, keeping what it printed.
+// Runs a program of the build as a process of its own, for what an
+// in-process run can't show: a command that would hang (killed after the
+// time allowed, and said so), a crash, a kill at a chosen moment, two
+// commands at once, a working folder taken away.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -10,55 +12,68 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <fstream>
+#include <filesystem>
 #include <map>
-#include <sstream>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "tests/support/temp_folder.h"
 
 extern char** environ;
 
 namespace copperwick::testing {
 
 struct ProcessResult {
-    int exitCode = -1;  // -1 when it didn't exit by itself
-    int signal = 0;     // the signal that ended it, if one did
+    bool timedOut = false;
+    bool exited = false;  // false: ended by a signal, such as a kill or an abort
+    int code = -1;        // the exit code when it exited
+    int signal = 0;       // the signal that ended it, if one did
     std::string out;
+    std::string err;
+};
+
+struct ProcessOptions {
+    // Added to this process's own environment, replacing what has the same name.
+    std::map<std::string, std::string> environment;
+    // Where the child starts; empty for this process's own folder.
+    std::filesystem::path workingFolder;
 };
 
 class Process {
   public:
-    // Starts `argv[0]` with `argv`, stdout to a file in `scratch`, stderr
-    // dropped, `environment` added to this process's own.
-    Process(const std::vector<std::string>& argv,
-            const std::map<std::string, std::string>& environment,
-            const std::filesystem::path& scratch)
-        : m_output(scratch /
-                   ("out-" + std::to_string(::getpid()) + "-" + std::to_string(s_counter++))) {
+    // Starts `argv[0]` with `argv`; its output goes to files in `scratch`.
+    Process(const std::vector<std::string>& argv, const std::filesystem::path& scratch,
+            const ProcessOptions& options = {})
+        : m_out(scratch / ("process-" + std::to_string(s_count) + ".out")),
+          m_err(scratch / ("process-" + std::to_string(s_count) + ".err")) {
+        ++s_count;
         std::vector<std::string> env;
-        for (char** e = environ; *e; ++e) {
-            const std::string entry = *e;
-            const auto name = entry.substr(0, entry.find('='));
-            if (!environment.contains(name))
-                env.push_back(entry);
+        for (char** entry = environ; *entry; ++entry) {
+            const std::string text = *entry;
+            if (!options.environment.contains(text.substr(0, text.find('='))))
+                env.push_back(text);
         }
-        for (const auto& [name, value] : environment)
+        for (const auto& [name, value] : options.environment)
             env.push_back(name + "=" + value);
         std::vector<char*> args;
-        for (const auto& a : argv)
-            args.push_back(const_cast<char*>(a.c_str()));
+        for (const auto& word : argv)
+            args.push_back(const_cast<char*>(word.c_str()));
         args.push_back(nullptr);
         std::vector<char*> envs;
-        for (auto& e : env)
-            envs.push_back(e.data());
+        for (auto& entry : env)
+            envs.push_back(entry.data());
         envs.push_back(nullptr);
 
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, m_output.c_str(),
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, m_out.c_str(),
                                          O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, m_err.c_str(),
+                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        if (!options.workingFolder.empty())
+            posix_spawn_file_actions_addchdir_np(&actions, options.workingFolder.c_str());
         if (posix_spawn(&m_pid, args[0], &actions, nullptr, args.data(), envs.data()) != 0)
             m_pid = -1;
         posix_spawn_file_actions_destroy(&actions);
@@ -73,42 +88,68 @@ class Process {
     }
 
     void kill() {
-        if (m_pid > 0)
+        if (m_pid > 0 && !m_waited)
             ::kill(m_pid, SIGKILL);
     }
 
-    ProcessResult wait() {
+    // Waits for the end, killing it after `allowed` when given.
+    ProcessResult wait(std::optional<std::chrono::milliseconds> allowed = std::nullopt) {
         ProcessResult result;
-        if (m_pid <= 0)
+        if (m_pid <= 0 || m_waited)
             return result;
         int status = 0;
-        ::waitpid(m_pid, &status, 0);
+        if (allowed) {
+            const auto deadline = std::chrono::steady_clock::now() + *allowed;
+            while (::waitpid(m_pid, &status, WNOHANG) == 0) {
+                if (std::chrono::steady_clock::now() > deadline) {
+                    ::kill(m_pid, SIGKILL);
+                    ::waitpid(m_pid, &status, 0);
+                    result.timedOut = true;
+                    break;
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+        } else {
+            ::waitpid(m_pid, &status, 0);
+        }
         m_waited = true;
-        if (WIFEXITED(status))
-            result.exitCode = WEXITSTATUS(status);
-        if (WIFSIGNALED(status))
-            result.signal = WTERMSIG(status);
-        std::ifstream in(m_output);
-        std::ostringstream text;
-        text << in.rdbuf();
-        result.out = text.str();
+        result.exited = !result.timedOut && WIFEXITED(status);
+        result.code = result.exited ? WEXITSTATUS(status) : -1;
+        result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        result.out = readFile(m_out);
+        result.err = readFile(m_err);
         std::error_code ignored;
-        std::filesystem::remove(m_output, ignored);
+        std::filesystem::remove(m_out, ignored);
+        std::filesystem::remove(m_err, ignored);
         return result;
     }
 
   private:
-    static inline int s_counter = 0;
-    std::filesystem::path m_output;
+    static inline int s_count = 0;
+    std::filesystem::path m_out;
+    std::filesystem::path m_err;
     pid_t m_pid = -1;
     bool m_waited = false;
 };
 
 inline ProcessResult runProcess(const std::vector<std::string>& argv,
-                                const std::map<std::string, std::string>& environment,
-                                const std::filesystem::path& scratch) {
-    Process process(argv, environment, scratch);
-    return process.wait();
+                                const std::filesystem::path& scratch,
+                                const ProcessOptions& options = {},
+                                std::chrono::milliseconds allowed = std::chrono::seconds(60)) {
+    Process process(argv, scratch, options);
+    return process.wait(allowed);
 }
+
+#ifdef COPPERWICK_EXECUTABLE
+// The real `copperwick`, `arguments` following its path.
+inline ProcessResult runCopperwick(const std::vector<std::string>& arguments,
+                                   const std::filesystem::path& scratch,
+                                   const ProcessOptions& options = {},
+                                   std::chrono::milliseconds allowed = std::chrono::seconds(20)) {
+    std::vector<std::string> argv{COPPERWICK_EXECUTABLE};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    return runProcess(argv, scratch, options, allowed);
+}
+#endif
 
 }  // namespace copperwick::testing
