@@ -14,14 +14,13 @@
 #include "cli/runtime_session.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/set_budget.h"
 #include "core/operations/update_settings.h"
 
 namespace copperwick::cli {
 
 namespace {
-
-constexpr int64_t kLargestGoal = 90'000'000'000;
 
 const LedgerCategory* findCategory(const Ledger& ledger, std::string_view nameOrID) {
     if (const auto id = Uuid::parse(nameOrID))
@@ -121,26 +120,18 @@ void runSet(CommandContext& context, const SetOptions& options) {
 
 void runGoal(CommandContext& context, const std::string& text) {
     std::optional<int64_t> goal;
-    if (!text::trimmedSpaces(text).empty()) {
-        goal = Money::parseCents(text);
-        if (!goal || *goal < 1 || *goal > kLargestGoal) {
-            context.err << "Enter a positive monthly goal, or leave it empty.\n";
-            context.exitCode = kExitUsage;
-            return;
-        }
+    try {
+        goal = savingsGoalEntered(text);
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
+        context.exitCode = kExitUsage;
+        return;
     }
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
     runtime->setErrorMessage(std::nullopt);
-    // The goal keeps the currency it was set in, so a report in another
-    // currency hides it instead of converting it.
-    runtime->apply([&](Ledger& copy) {
-        return updateSettings(copy, [&](LedgerSettings& settings) {
-            settings.monthlySavingsGoal = goal;
-            settings.monthlySavingsGoalCurrency = settings.reportCurrency;
-        });
-    });
+    runtime->apply([&](Ledger& copy) { return setSavingsGoal(copy, goal); });
     if (reportFailedChange(*runtime, context))
         return;
     const LedgerSettings& settings = *runtime->ledger().settings;

@@ -21,6 +21,7 @@
 #include "core/model/payment_service.h"
 #include "core/model/record_json.h"
 #include "core/model/text.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/household_assignment.h"
 #include "core/operations/record_maintenance.h"
 #include "core/operations/update_settings.h"
@@ -82,10 +83,12 @@ std::optional<bool> onOff(std::string_view word) {
 
 void runPersonChange(CommandContext& context, const MaintenanceOptions& options, bool adding) {
     std::optional<int64_t> allowance;
-    if (options.allowance && !options.allowance->empty()) {
-        allowance = Money::parseCents(*options.allowance);
-        if (!allowance || *allowance < 0)
-            return (void)refuse(context, "\u201C" + *options.allowance + "\u201D isn't an amount.");
+    if (options.allowance) {
+        try {
+            allowance = allowanceEntered(*options.allowance);
+        } catch (const EntryError& refusal) {
+            return (void)refuse(context, refusal.what());
+        }
     }
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -404,15 +407,16 @@ void runSettings(CommandContext& context, const MaintenanceOptions& options) {
             return (void)refuse(context, "A currency is three letters, such as USD.");
         change = [code](LedgerSettings& settings) { settings.reportCurrency = code; };
     } else if (options.key == "monthlySavingsGoal") {
-        const auto goal = value.empty() ? std::optional<int64_t>(0) : Money::parseCents(value);
-        if (!goal || *goal < 0)
-            return (void)refuse(context, "\u201C" + value + "\u201D isn't an amount.");
-        change = [goal](LedgerSettings& settings) {
-            // Nothing, or nothing at all, means no goal.
-            settings.monthlySavingsGoal = *goal > 0 ? goal : std::nullopt;
-            settings.monthlySavingsGoalCurrency =
-                *goal > 0 ? std::optional<std::string>(settings.reportCurrency) : std::nullopt;
-        };
+        std::optional<int64_t> goal;
+        try {
+            // A plain "0" has always cleared the goal here, as nothing does.
+            goal = savingsGoalEntered(value == "0" ? std::string() : value);
+        } catch (const EntryError& refusal) {
+            return (void)refuse(context, refusal.what());
+        }
+        if (save(context, *runtime, [&](Ledger& ledger) { return setSavingsGoal(ledger, goal); }))
+            printSettings(context, runtime->ledger());
+        return;
     } else if (options.key == "keepSourceText") {
         const auto keep = onOff(value);
         if (!keep)

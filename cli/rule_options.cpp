@@ -2,23 +2,15 @@
 
 #include <ostream>
 
-#include <unicode/regex.h>
-
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
+#include "core/matching/rule_pattern.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
 
 namespace copperwick::cli {
 
 namespace {
-
-bool compiles(const std::string& pattern) {
-    UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::RegexPattern> compiled(icu::RegexPattern::compile(
-        icu::UnicodeString::fromUTF8(pattern), UREGEX_CASE_INSENSITIVE, status));
-    return U_SUCCESS(status) && compiled;
-}
 
 std::optional<Rule> refuse(CommandContext& context, std::string_view message, int code) {
     context.err << message << '\n';
@@ -56,6 +48,7 @@ void addRuleOptions(CLI::App& command, RuleOptions& options) {
 
 std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOptions& options,
                                CommandContext& context) {
+    const Rule before = rule;
     if (options.name)
         rule.name = std::string(text::trimmed(*options.name));
     if (options.match)
@@ -109,9 +102,22 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
         return refuse(context, "Give the rule a name with --name.", kExitUsage);
     if (rule.pattern.empty())
         return refuse(context, "Give the bank text to look for with --pattern.", kExitUsage);
-    if (rule.match == TextMatch::regex && !compiles(rule.pattern))
-        return refuse(context, "That pattern isn't valid.", kExitFailure);
-    if (rule.kind != TransactionKind::transfer && !ledger.category(rule.categoryID))
+    if (rule.match == TextMatch::regex) {
+        const auto verdict = RulePattern::check(rule.pattern);
+        if (verdict == RulePattern::Verdict::invalid)
+            return refuse(context, RulePattern::kInvalidText, kExitFailure);
+        // A saved rule that is too slow can still be renamed or switched
+        // without mending its pattern first; it is marked where it is listed.
+        const bool patternChanged = rule.pattern != before.pattern || rule.match != before.match;
+        if (verdict == RulePattern::Verdict::tooSlow && patternChanged)
+            return refuse(context, RulePattern::kTooSlowText, kExitFailure);
+    }
+    // Spending and income are filed under a category. A rule may instead name
+    // only a merchant and leave the filing to what is known of that merchant;
+    // one that would file nothing at all is asked for a category.
+    const bool needsCategory = rule.kind == TransactionKind::expense ||
+                               rule.kind == TransactionKind::income || !rule.hasOutcome();
+    if (needsCategory && !ledger.category(rule.categoryID))
         return refuse(context, "Choose a category that matches spending or income.", kExitFailure);
     return rule;
 }
@@ -139,7 +145,11 @@ std::string describeRule(const Ledger& ledger, const Rule& rule) {
         add(category->name);
     if (rule.kind)
         add(label(*rule.kind));
-    return text + " \u2192 " + (outcome.empty() ? std::string("nothing") : outcome);
+    text += " \u2192 " + (outcome.empty() ? std::string("nothing") : outcome);
+    if (rule.match == TextMatch::regex &&
+        RulePattern::check(rule.pattern) == RulePattern::Verdict::tooSlow)
+        text += " (too slow to match, so it files nothing)";
+    return text;
 }
 
 }  // namespace copperwick::cli

@@ -190,7 +190,15 @@ void LedgerRuntime::bumpRevision() {
 LedgerRuntime::Outcome LedgerRuntime::save(const MaybeChange& change) {
     for (int attempt = 1;; ++attempt) {
         Ledger copy = m_ledger;
-        const auto delta = change(copy);
+        std::optional<LedgerDelta> delta;
+        try {
+            delta = change(copy);
+        } catch (const std::exception& error) {
+            // A refused entry, or amounts too large to add up: the copy goes,
+            // the live ledger stays, and the person reads why.
+            setErrorMessage(error.what());
+            return Outcome::failed;
+        }
         if (!delta)
             return Outcome::nothing;
         if (!m_store) {

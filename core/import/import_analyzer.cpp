@@ -76,7 +76,7 @@ const char* const kUnrecognized =
     "and amount.";
 
 std::string lowercasedTrimmed(std::string_view text) {
-    return text::lowercased(text::trimmedSpaces(text));
+    return text::lowercased(text::trimmedWhitespace(text));
 }
 
 bool containsIgnoringCase(std::string_view haystack, std::string_view needle) {
@@ -666,11 +666,11 @@ bool headerlessShapeMatches(const ImportProfile& profile, const CSVRecord& recor
     switch (profile.headerlessShape) {
         case HeaderlessShape::wellsFargoClassic:
             return record.fields.size() >= 3 && isDate(0) && isAmount(1) &&
-                   text::trimmedSpaces(record.fields[2]) == "*";
+                   text::trimmedWhitespace(record.fields[2]) == "*";
         case HeaderlessShape::comenity:
             return record.fields.size() >= 3 && isDate(0) &&
-                   text::trimmedSpaces(record.fields[1]).find('$') != std::string_view::npos &&
-                   isAmount(1) && !text::trimmedSpaces(record.fields[2]).empty();
+                   text::trimmedWhitespace(record.fields[1]).find('$') != std::string_view::npos &&
+                   isAmount(1) && !text::trimmedWhitespace(record.fields[2]).empty();
         case HeaderlessShape::none: {
             const auto columns = columnMap(profile.headerlessColumns);
             const auto date = columns.find(lowercasedTrimmed(profile.dateColumn));

@@ -13,7 +13,6 @@
 
 #include "core/model/file_output.h"
 #include "core/model/record_json.h"
-#include "core/model/text.h"
 #include "core/model/uuid.h"
 #include "core/operations/entry_error.h"
 
@@ -103,7 +102,7 @@ ImportProfile importLayout(std::string_view bytes) {
         throw EntryError(EntryError::Case::unavailable);
     // The whole UUID, unlike a layout taught in the form: the same file
     // imported twice must give two layouts, not replace the first.
-    profile.id = "custom-" + text::lowercased(Uuid::random().text());
+    profile.id = "custom-" + Uuid::random().text();
     profile.isBuiltIn = false;
     return profile;
 }

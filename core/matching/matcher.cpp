@@ -8,7 +8,6 @@
 #include <unordered_map>
 
 #include <fmt/format.h>
-#include <unicode/regex.h>
 
 #include "core/matching/bank_category_map.h"
 #include "core/matching/builtin_rule_set.h"
@@ -32,19 +31,14 @@ constexpr int kSimilarFloor = 83;
 constexpr int kSimilarMargin = 5;
 constexpr std::string_view kBankMerchantNote = "bank's merchant name";
 
-std::size_t characterCount(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
 bool hasTwoWords(std::string_view key) {
     return key.find(' ') != std::string_view::npos;
 }
 
 // Longest first, so the first prefix that fits is the most specific one.
 bool longerKeyFirst(std::string_view a, std::string_view b) {
-    const auto lengthA = characterCount(a);
-    const auto lengthB = characterCount(b);
+    const auto lengthA = text::characterCount(a);
+    const auto lengthB = text::characterCount(b);
     if (lengthA != lengthB)
         return lengthA > lengthB;
     return a < b;
@@ -120,7 +114,7 @@ Matcher::Matcher(const std::vector<Rule>& rules, const std::vector<Merchant>& me
         m_aiFilingsByKey.insert_or_assign(filing.key, filing);
     }
     for (const auto& [key, filing] : m_aiFilingsByKey) {
-        if (hasTwoWords(key) || characterCount(key) > 5)
+        if (hasTwoWords(key) || text::characterCount(key) > 5)
             m_aiPrefixKeys.push_back(key);
     }
     std::sort(m_aiPrefixKeys.begin(), m_aiPrefixKeys.end(), longerKeyFirst);
@@ -129,15 +123,11 @@ Matcher::Matcher(const std::vector<Rule>& rules, const std::vector<Merchant>& me
         if (!rule.isEnabled || !rule.hasOutcome() || rule.pattern.empty())
             continue;
         CompiledRule compiled{.rule = rule, .upperPattern = MerchantText::normalize(rule.pattern)};
-        if (rule.match == TextMatch::regex) {
-            UErrorCode status = U_ZERO_ERROR;
-            auto regex = std::make_shared<icu::RegexMatcher>(text::toUnicode(rule.pattern),
-                                                             UREGEX_CASE_INSENSITIVE, status);
-            // A pattern that doesn't compile keeps its place and never matches:
-            // the person sees the rule and can mend it.
-            if (U_SUCCESS(status))
-                compiled.regex = std::move(regex);
-        }
+        // A pattern that doesn't compile, or takes too long to match, keeps
+        // its place and never matches: the person sees the rule and can mend it.
+        if (rule.match == TextMatch::regex &&
+            RulePattern::check(rule.pattern) == RulePattern::Verdict::usable)
+            compiled.regex = PatternMatcher::make(rule.pattern);
         m_compiledRules.push_back(std::move(compiled));
     }
 
@@ -159,7 +149,7 @@ Matcher::Matcher(const std::vector<Rule>& rules, const std::vector<Merchant>& me
             if (key.empty())
                 continue;
             const bool fresh = m_merchantIDByKey.try_emplace(key, merchant->id).second;
-            if (fresh && (hasTwoWords(key) || characterCount(key) >= 6))
+            if (fresh && (hasTwoWords(key) || text::characterCount(key) >= 6))
                 m_prefixKeys.emplace_back(key, merchant->id);
         }
     }
@@ -176,7 +166,7 @@ Matcher::Matcher(const std::vector<Rule>& rules, const std::vector<Merchant>& me
     for (std::size_t p = 0; p < m_people.size(); ++p) {
         for (const auto& bankName : m_people[p].bankNames) {
             auto phrase = MerchantText::normalize(bankName);
-            if (characterCount(phrase) <= 3)
+            if (text::characterCount(phrase) <= 3)
                 continue;
             m_household.push_back({.phrase = std::move(phrase), .person = p});
         }
@@ -276,17 +266,8 @@ bool Matcher::ruleMatches(const CompiledRule& compiled, const LedgerTransaction&
             return !pattern.empty() && normalized.starts_with(pattern);
         case TextMatch::exact:
             return normalized == pattern;
-        case TextMatch::regex: {
-            if (!compiled.regex)
-                return false;
-            const auto subject = text::toUnicode(normalized);
-            compiled.regex->reset(subject);
-            UErrorCode status = U_ZERO_ERROR;
-            const bool found = compiled.regex->find(0, status);
-            // Drop the matcher's reference to a string about to go away.
-            compiled.regex->reset(icu::UnicodeString());
-            return U_SUCCESS(status) && found;
-        }
+        case TextMatch::regex:
+            return compiled.regex && compiled.regex->find(normalized);
     }
     return false;
 }
@@ -579,7 +560,7 @@ MatchResult Matcher::match(const LedgerTransaction& transaction, const MerchantT
                        .source = MatchMethod::similar,
                        .reason = fmt::format("Looks like {} ({}% similar).", name, score)};
     };
-    if (!merchant && characterCount(words.key) >= 3) {
+    if (!merchant && text::characterCount(words.key) >= 3) {
         if (const auto similar = similarLearned(words.key)) {
             const Merchant& m = similar->merchant;
             const auto kind =

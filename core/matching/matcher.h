@@ -24,11 +24,8 @@
 
 #include "core/matching/merchant_directory.h"
 #include "core/matching/merchant_text.h"
+#include "core/matching/rule_pattern.h"
 #include "core/model/ledger.h"
-
-U_NAMESPACE_BEGIN
-class RegexMatcher;
-U_NAMESPACE_END
 
 namespace copperwick {
 
@@ -95,8 +92,8 @@ class Matcher {
     struct CompiledRule {
         Rule rule;
         std::string upperPattern;
-        // Only for regular-expression rules that compiled; used by one thread.
-        std::shared_ptr<icu::RegexMatcher> regex;
+        // Only for regular-expression rules that are usable; used by one thread.
+        std::shared_ptr<PatternMatcher> regex;
     };
     struct HouseholdPhrase {
         std::string phrase;

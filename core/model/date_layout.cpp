@@ -47,8 +47,8 @@ std::string_view label(DateLayout layout) {
 }
 
 std::optional<LocalDate> parseDate(DateLayout layout, std::string_view text) {
-    // Space and tab only: a line break inside a cell is damage, not padding.
-    std::string_view date = text::trimmedSpaces(text);
+    // White space only: a line break inside a cell is damage, not padding.
+    std::string_view date = text::trimmedWhitespace(text);
     // A time after the date ("2026-03-14T08:00:00Z", "3/14/26 12:00") is dropped.
     date = date.substr(0, date.find_first_of("T "));
 
@@ -93,7 +93,7 @@ std::optional<DateLayout> detectDateLayout(const std::vector<std::string>& sampl
     for (const DateLayout layout : allCases<DateLayout>()) {
         std::size_t count = 0;
         for (const std::string& sample : samples) {
-            const std::string_view trimmed = text::trimmedSpaces(sample);
+            const std::string_view trimmed = text::trimmedWhitespace(sample);
             if (!trimmed.empty() && parseDate(layout, trimmed))
                 ++count;
         }

@@ -11,9 +11,8 @@ namespace copperwick::Money {
 
 namespace {
 
-constexpr std::string_view kMinusSign = "\xE2\x88\x92";       // U+2212
-constexpr std::string_view kNoBreakSpace = "\xC2\xA0";        // U+00A0
-constexpr int64_t kLargestWholeUnits = kLargestAmount / 100;  // 900,000,000,000
+constexpr std::string_view kMinusSign = "\xE2\x88\x92";  // U+2212
+constexpr std::string_view kNoBreakSpace = "\xC2\xA0";   // U+00A0
 
 // Without commas, 13 digits already reach well past the largest amount, so
 // longer text is refused as it stands rather than read.
@@ -159,10 +158,13 @@ std::optional<int64_t> parseCents(std::string_view text) {
         fractionCents = (fraction[0] - '0') * 10;
     if (fraction.size() == 2)
         fractionCents = (fraction[0] - '0') * 10 + (fraction[1] - '0');
-    if (*units > kLargestWholeUnits)
+    // The units are bounded first so that the cents can't leave 64 bits; the
+    // limit itself is on the whole amount: 900,000,000,000.01 is past it.
+    if (*units > kLargestAmount / 100)
         return std::nullopt;
-
     const int64_t cents = checked::add(checked::mul(*units, 100), fractionCents);
+    if (cents > kLargestAmount)
+        return std::nullopt;
     return negative ? checked::neg(cents) : cents;
 }
 

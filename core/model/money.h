@@ -15,7 +15,8 @@ namespace copperwick {
 namespace Money {
 
 // The largest amount the system accepts, in cents. parseCents refuses anything
-// larger, which is what lets the rest of the program sum amounts without guards.
+// whose size is larger, cents included, which is what keeps the sums of the
+// rest of the program far from the 64-bit range.
 inline constexpr int64_t kLargestAmount = 90'000'000'000'000;
 
 // Reads an amount as banks export it and people type it: "$1,234.56",

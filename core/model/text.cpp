@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
+#include <unicode/brkiter.h>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -17,6 +19,11 @@ bool isWhitespaceOrNewline(UChar32 c) {
         return true;
     const auto type = u_charType(c);
     return type == U_SPACE_SEPARATOR || type == U_LINE_SEPARATOR || type == U_PARAGRAPH_SEPARATOR;
+}
+
+// Unicode's White_Space without the line breaks.
+bool isWhitespace(UChar32 c) {
+    return c == 0x09 || u_charType(c) == U_SPACE_SEPARATOR;
 }
 
 bool isAscii(std::string_view text) {
@@ -70,6 +77,59 @@ std::string_view trimmedSpaces(std::string_view text) {
         return {};
     const auto last = text.find_last_not_of(" \t");
     return text.substr(first, last - first + 1);
+}
+
+std::string_view trimmedWhitespace(std::string_view text) {
+    // Nearly every header and date is ASCII: look at bytes until a byte that
+    // isn't ASCII stands at an end.
+    std::size_t start = 0;
+    std::size_t end = text.size();
+    while (start < end && (text[start] == ' ' || text[start] == '\t'))
+        ++start;
+    while (end > start && (text[end - 1] == ' ' || text[end - 1] == '\t'))
+        --end;
+    const bool plainEnds = start == end || (static_cast<unsigned char>(text[start]) < 0x80 &&
+                                            static_cast<unsigned char>(text[end - 1]) < 0x80);
+    if (plainEnds)
+        return text.substr(start, end - start);
+
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    auto first = static_cast<int32_t>(start);
+    auto last = static_cast<int32_t>(end);
+    while (first < last) {
+        int32_t next = first;
+        UChar32 c;
+        U8_NEXT(bytes, next, last, c);
+        if (c < 0 || !isWhitespace(c))
+            break;
+        first = next;
+    }
+    while (last > first) {
+        int32_t previous = last;
+        UChar32 c;
+        U8_PREV(bytes, first, previous, c);
+        if (c < 0 || !isWhitespace(c))
+            break;
+        last = previous;
+    }
+    return text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first));
+}
+
+std::size_t characterCount(std::string_view text) {
+    // A carriage return and a line feed together make one character.
+    if (isAscii(text) && text.find('\r') == std::string_view::npos)
+        return text.size();
+    const icu::UnicodeString unicode = toUnicode(text);
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> characters(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (U_FAILURE(status) || !characters)
+        return static_cast<std::size_t>(unicode.countChar32());
+    characters->setText(unicode);
+    std::size_t count = 0;
+    for (int32_t at = characters->next(); at != icu::BreakIterator::DONE; at = characters->next())
+        ++count;
+    return count;
 }
 
 std::vector<std::string_view> splitKeepingEmpty(std::string_view text, char separator) {

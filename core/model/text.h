@@ -4,6 +4,7 @@
 // space, and locale-free case mapping. Bank text is compared upper-cased;
 // names and categories are looked up lower-cased.
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,16 @@ namespace copperwick::text {
 
 // Without spaces and tabs at either end; line breaks stay.
 [[nodiscard]] std::string_view trimmedSpaces(std::string_view text);
+
+// Without white space at either end: space, tab and the rest of Unicode's
+// space separators (U+00A0, U+2007, U+3000…). Line breaks stay, and so does
+// invalid UTF-8 at an end.
+[[nodiscard]] std::string_view trimmedWhitespace(std::string_view text);
+
+// The characters a person sees: "Zoë" counts 3 whether its "ë" is one code
+// point or an "e" and a combining mark. Invalid UTF-8 counts as replacement
+// characters.
+[[nodiscard]] std::size_t characterCount(std::string_view text);
 
 // The pieces between separators, empty ones included: "1,,2" is three pieces.
 [[nodiscard]] std::vector<std::string_view> splitKeepingEmpty(std::string_view text,

@@ -110,10 +110,10 @@ LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids)
         const Uuid id = current->id;
         MatchResult result = matcher.match(*current, *texts[line]);
 
-        // A pair stands unless the text now files the line: a near guess
-        // waiting for an OK mustn't break it, or the next pairing would
-        // only make it again.
-        if (result.review != ReviewState::automatic &&
+        // A pair stands when the text explains nothing. A filing or a
+        // suggestion for the person takes its place like on any other line,
+        // and the pairing at the end decides what becomes of the partner.
+        if (result.review == ReviewState::unresolved &&
             current->method == MatchMethod::transferPair && current->transferPairID)
             continue;
         if (!result.merchantID && result.newMerchantName)

@@ -25,6 +25,10 @@ std::string_view EntryError::text(Case c) {
                    "transaction.";
         case Case::reason:
             return "Add a brief reason for this correction.";
+        case Case::savingsGoal:
+            return "Enter a positive monthly goal, or leave it empty.";
+        case Case::allowance:
+            return "Enter a positive monthly allowance, or leave it empty.";
     }
     return {};
 }

@@ -1,8 +1,9 @@
 #pragma once
 
 // Why an entry typed by hand (a manual transaction, a cash move, a correction,
-// a split) was refused, in the words the person reads. Thrown before anything
-// is changed, so a refused entry leaves the ledger as it was.
+// a split, a savings goal, an allowance) was refused, in the words the person
+// reads. Thrown before anything is changed, so a refused entry leaves the
+// ledger as it was.
 
 #include <cstdint>
 #include <stdexcept>
@@ -23,6 +24,8 @@ class EntryError : public std::runtime_error {
         transfer,
         splits,
         reason,
+        savingsGoal,
+        allowance,
     };
 
     explicit EntryError(Case c) : std::runtime_error(std::string(text(c))), m_case(c) {}

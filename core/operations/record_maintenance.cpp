@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
+#include "core/model/money.h"
+#include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 
 namespace copperwick {
 
@@ -17,6 +20,15 @@ bool replaceReference(std::optional<Uuid>& field, const Uuid& from, const std::o
 }
 
 }  // namespace
+
+std::optional<int64_t> allowanceEntered(std::string_view text) {
+    if (text::trimmedSpaces(text).empty())
+        return std::nullopt;
+    const auto allowance = Money::parseCents(text);
+    if (!allowance || *allowance < 0)
+        throw EntryError(EntryError::Case::allowance);
+    return allowance;
+}
 
 LedgerDelta upsertPerson(Ledger& ledger, Person person) {
     LedgerDelta delta;

@@ -6,12 +6,19 @@
 // is rewritten first, then the record goes, then everything is matched again.
 // Ids are taken by value, since a caller's may live in the record removed.
 
+#include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "core/model/ledger.h"
 #include "core/model/ledger_delta.h"
 
 namespace copperwick {
+
+// A person's monthly allowance as a person types it: nothing (or only spaces
+// and tabs) means none; zero or more is kept, zero too, although the words ask
+// for a positive amount. Throws EntryError (allowance) for anything else.
+[[nodiscard]] std::optional<int64_t> allowanceEntered(std::string_view text);
 
 // Replaces the person with the same id, or appends it, then matches every
 // transaction again: new bank names can change what a description means.

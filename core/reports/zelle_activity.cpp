@@ -61,7 +61,8 @@ std::vector<std::string> householdPhrases(const Ledger& ledger) {
     for (const auto& person : ledger.people) {
         for (const auto& bankName : person.bankNames) {
             std::string phrase = MerchantText::normalize(bankName);
-            if (phrase.size() < 4)
+            // Characters, not bytes: "ZOË" is too short however it is encoded.
+            if (text::characterCount(phrase) < 4)
                 continue;
             phrases.push_back(std::move(phrase));
         }

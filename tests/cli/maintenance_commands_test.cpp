@@ -104,5 +104,32 @@ TEST_F(MaintenanceCommandsTest, SettingsAreCheckedThenSaved) {
     EXPECT_EQ(run({"settings", "colour", "blue"}).code, 1);
 }
 
+// `settings monthlySavingsGoal` took any amount as a goal, past its limit and
+// without its words, and clearing the goal dropped the currency it was set in.
+TEST_F(MaintenanceCommandsTest, SettingsGoalKeepsItsLimitWordsAndCurrency) {
+    ASSERT_EQ(run({"settings", "reportCurrency", "EUR"}).code, 0);
+    auto result = run({"settings", "monthlySavingsGoal", "900000000.01"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err, "Enter a positive monthly goal, or leave it empty.\n");
+    EXPECT_EQ(run({"settings", "monthlySavingsGoal", "0.00"}).code, 1);
+    ASSERT_EQ(run({"settings", "monthlySavingsGoal", "900,000,000.00"}).code, 0);
+    EXPECT_EQ(ledger().settings->monthlySavingsGoal, 90'000'000'000);
+
+    for (const std::string cleared : {"", "0"}) {
+        ASSERT_EQ(run({"settings", "monthlySavingsGoal", "500"}).code, 0);
+        result = run({"--json", "settings", "monthlySavingsGoal", cleared});
+        ASSERT_EQ(result.code, 0) << result.err;
+        const auto settings = boost::json::parse(result.out).as_object();
+        EXPECT_FALSE(settings.contains("monthlySavingsGoal"));
+        EXPECT_EQ(settings.at("monthlySavingsGoalCurrency").as_string(), "EUR");
+    }
+
+    result = run({"people", "add", "Dana", "--allowance", "-5"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err, "Enter a positive monthly allowance, or leave it empty.\n");
+    ASSERT_EQ(run({"people", "add", "Sam", "--allowance", "0"}).code, 0);
+    EXPECT_EQ(ledger().people[0].monthlyAllowance, 0);
+}
+
 }  // namespace
 }  // namespace copperwick::cli

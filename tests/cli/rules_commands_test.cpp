@@ -3,6 +3,7 @@
 
 #include "cli/command_line.h"
 #include "core/operations/classification.h"
+#include "core/operations/rules.h"
 #include "runtime/ledger_runtime.h"
 #include "tests/support/ledger_builder.h"
 #include "tests/support/run_command.h"
@@ -117,6 +118,64 @@ TEST_F(RulesCommandsTest, TheEditorsRefusals) {
                   .code,
               2);
     EXPECT_EQ(json({"rules"}).as_array().size(), 1u);
+}
+
+// `rules add` asked for a category even for a rule that names only a merchant,
+// which rules may do: the merchant's own filing or the later stages file it.
+TEST_F(RulesCommandsTest, ARuleMayNameOnlyAMerchant) {
+    const auto added = json({"rules", "add", "--name", "Deli", "--pattern", "CORNER DELI",
+                             "--merchant", "Corner Deli"});
+    const auto& rule = added.at("rule").as_object();
+    EXPECT_EQ(rule.at("merchantName").as_string(), "Corner Deli");
+    EXPECT_FALSE(rule.contains("kind"));
+    EXPECT_FALSE(rule.contains("categoryID"));
+    EXPECT_EQ(rule.at("description").as_string(),
+              "Text contains \u201CCORNER DELI\u201D \u2192 Corner Deli");
+    EXPECT_EQ(field(deli, "merchantName"), "Corner Deli");
+
+    const auto spending = run({"rules", "add", "--name", "Spending", "--pattern", "DELI",
+                               "--merchant", "Deli", "--kind", "expense"});
+    EXPECT_EQ(spending.code, 1);
+    EXPECT_EQ(spending.err, "Choose a category that matches spending or income.\n");
+}
+
+// A rule pattern that takes a lifetime to fail on a long line of bank text hung
+// every import and rematch.
+TEST_F(RulesCommandsTest, APatternTooSlowToMatchIsRefusedOrMarked) {
+    const std::string slowPattern = "^(([A-Z ]+)*)*$";
+    const auto refused = run({"rules", "add", "--name", "Slow", "--match", "regex", "--pattern",
+                              slowPattern, "--category", "Pets"});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_EQ(refused.err, "This pattern takes too long to match. Simplify it.\n");
+    EXPECT_EQ(json({"rules"}).as_array().size(), 0u);
+
+    // Saved before patterns were checked: it stays, marked, and files nothing,
+    // although on "CORNER DELI" alone it would be quick to match.
+    {
+        LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder.path()});
+        runtime.apply([&](Ledger& ledger) {
+            const Rule slow{.id = Uuid::random(),
+                            .name = "Slow",
+                            .match = TextMatch::regex,
+                            .pattern = slowPattern,
+                            .categoryID = ledger.categoryNamed("Pets")->id};
+            return addRule(ledger, slow, false, true);
+        });
+        ASSERT_FALSE(runtime.errorMessage());
+    }
+    const std::string mark = "(too slow to match, so it files nothing)";
+    EXPECT_NE(run({"rules"}).out.find(mark), std::string::npos);
+    const auto listed = json({"rules"}).as_array();
+    ASSERT_EQ(listed.size(), 1u);
+    EXPECT_TRUE(std::string(listed[0].at("description").as_string()).ends_with(mark));
+    EXPECT_NE(field(deli, "categoryName"), "Pets");
+
+    const auto renamed = run({"rules", "update", "Slow", "--name", "Still slow"});
+    EXPECT_EQ(renamed.code, 0) << "a saved rule can be renamed before it is mended";
+    const auto unchanged = run({"rules", "update", "Still slow", "--pattern", "^(A+)+$"});
+    EXPECT_EQ(unchanged.err, "This pattern takes too long to match. Simplify it.\n");
+    EXPECT_EQ(run({"rules", "update", "Still slow", "--pattern", "^CORNER"}).code, 0);
+    EXPECT_EQ(field(deli, "categoryName"), "Pets");
 }
 
 TEST_F(RulesCommandsTest, BuiltInRulesSwitchOffAndOn) {

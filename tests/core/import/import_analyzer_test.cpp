@@ -136,6 +136,27 @@ TEST(ImportAnalyzer, HeaderNamesMatchLooselyButNotInside) {
     EXPECT_EQ(repeated.rows[0].amount, -100);
 }
 
+// A spreadsheet that padded its headers and dates with no-break spaces gave a
+// file whose layout wasn't recognised and whose dates couldn't be read.
+TEST(ImportAnalyzer, HeadersAndDatesAreTrimmedOfEveryKindOfSpace) {
+    const std::string nbsp = "\u00A0";
+    const std::string figureSpace = "\u2007";
+    const std::string ideographic = "\u3000";
+    const auto analysis = analyzeText(nbsp + "Date" + nbsp + ",\tDescription" + figureSpace +
+                                      ",Amount" + ideographic + ",Status\n" + nbsp + "03/09/2026" +
+                                      figureSpace + ",X,-1.00,Posted\n");
+    ASSERT_TRUE(analysis.profile);
+    ASSERT_TRUE(analysis.dateLayout);
+    EXPECT_EQ(*analysis.dateLayout, DateLayout::monthDayYear);
+    ASSERT_EQ(analysis.rows.size(), 1u) << ::testing::PrintToString(reasons(analysis));
+    EXPECT_EQ(analysis.rows[0].date, (LocalDate{2026, 3, 9}));
+    EXPECT_EQ(parseDate(DateLayout::monthDayYear, nbsp + "3/9/2026" + ideographic),
+              (LocalDate{2026, 3, 9}));
+    // A line break is still damage, not padding; neither is a zero-width space white space.
+    EXPECT_EQ(parseDate(DateLayout::monthDayYear, "3/9/2026\u2028"), std::nullopt);
+    EXPECT_EQ(parseDate(DateLayout::monthDayYear, "\u200B3/9/2026"), std::nullopt);
+}
+
 TEST(ImportAnalyzer, MoreSpecificLayoutWinsAndTiesKeepTheEarlier) {
     ImportProfile taught{.id = "custom-1",
                          .name = "Mine",

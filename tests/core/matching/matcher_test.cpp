@@ -1,7 +1,11 @@
 #include "core/matching/matcher.h"
 
+#include <chrono>
+#include <string>
+
 #include <gtest/gtest.h>
 
+#include "core/matching/rule_pattern.h"
 #include "tests/support/ledger_builder.h"
 
 namespace copperwick {
@@ -124,6 +128,45 @@ TEST_F(MatcherTest, RuleFilters) {
     EXPECT_NE(match("shop 12", 10001).method, MatchMethod::userRule);
     EXPECT_NE(match("shop 12", -6000).method, MatchMethod::userRule);
     EXPECT_NE(match("shop 12 x", 6000).method, MatchMethod::userRule);
+}
+
+// A person's pattern such as "^(([A-Z]+)*)*$" hung the program on a long line
+// of bank text, at every import and every rematch.
+TEST_F(MatcherTest, APatternTooSlowToMatchMatchesNothingAndTheNextRuleRuns) {
+    EXPECT_EQ(RulePattern::check("^SHOP \\d+$"), RulePattern::Verdict::usable);
+    EXPECT_EQ(RulePattern::check(".*AMAZON.*PRIME.*"), RulePattern::Verdict::usable);
+    EXPECT_EQ(RulePattern::check("(["), RulePattern::Verdict::invalid);
+    EXPECT_EQ(RulePattern::check("^(([A-Z]+)*)*$"), RulePattern::Verdict::tooSlow);
+    EXPECT_EQ(RulePattern::check("(\\d+)+/"), RulePattern::Verdict::tooSlow);
+    EXPECT_EQ(RulePattern::check("^(q+)+X$"), RulePattern::Verdict::tooSlow)
+        << "tried on runs of its own letters";
+    // Slow only on its letters taken in turn, which no worst-case text has.
+    const std::string nearMiss = "^(QZ|Q|Z)+$";
+    EXPECT_EQ(RulePattern::check(nearMiss), RulePattern::Verdict::usable);
+
+    auto slow = makeRule("Slow", "^(([A-Z]+)*)*$", 1);
+    slow.match = TextMatch::regex;
+    slow.categoryID = builder.category("Pets");
+    auto alsoSlow = makeRule("Also slow", nearMiss, 2);
+    alsoSlow.match = TextMatch::regex;
+    alsoSlow.categoryID = builder.category("Travel");
+    auto plain = makeRule("Plain", "LONG LINE", 3);
+    plain.categoryID = builder.category("Groceries");
+    for (const auto& rule : {slow, alsoSlow, plain})
+        builder.ledger().rules.push_back(rule);
+
+    std::string line;
+    for (int i = 0; i < 40; ++i)
+        line += "QZ";
+    line += "LONG LINE";
+    const auto started = std::chrono::steady_clock::now();
+    const auto result = match(line);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
+    EXPECT_EQ(result.evidence, "Your rule \u201CPlain\u201D.");
+    EXPECT_EQ(RulePattern::check(nearMiss), RulePattern::Verdict::tooSlow)
+        << "running out of time on real text marks the pattern";
+    EXPECT_NE(match("QZ").categoryID, builder.category("Travel"))
+        << "a pattern known to be too slow matches nothing, even where it would be quick";
 }
 
 TEST_F(MatcherTest, LearnedPrefixNeedsTwoWordsOrSixCharacters) {

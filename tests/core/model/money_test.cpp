@@ -135,8 +135,6 @@ TEST(Money, ParseStopsAtTheLargestAmount) {
         {"900000000000", Money::kLargestAmount},
         {"900,000,000,000", Money::kLargestAmount},
         {"-900000000000", -Money::kLargestAmount},
-        // The limit is on whole units; cents may still follow.
-        {"900000000000.99", Money::kLargestAmount + 99},
         {"900000000001", std::nullopt},
         {"900,000,000,001", std::nullopt},
         {"-900000000001", std::nullopt},
@@ -150,6 +148,19 @@ TEST(Money, ParseStopsAtTheLargestAmount) {
         {"000,000,000,000,000,000,001", 100},
         {"9,223,372,036,854,775,807", std::nullopt},
         {"99,999,999,999,999,999,999", std::nullopt},
+    });
+}
+
+// "900,000,000,000.01" was read as a cent above the largest amount, which the
+// rest of the program takes for granted no amount can be.
+TEST(Money, ParseRefusesCentsPastTheLargestAmount) {
+    expectParses({
+        {"900,000,000,000.00", Money::kLargestAmount},
+        {"900,000,000,000.01", std::nullopt},
+        {"900000000000.99", std::nullopt},
+        {"-900000000000.01", std::nullopt},
+        {"(900,000,000,000.1)", std::nullopt},
+        {"899,999,999,999.99", Money::kLargestAmount - 1},
     });
 }
 

@@ -245,6 +245,31 @@ TEST_F(ClassificationTest, VoidAndNoteAreUndoableStepsOnlyWhenSomethingChanges) 
     EXPECT_EQ(get(in).transferPairID, out);
 }
 
+// A paired transfer whose text came to look like a merchant the person taught
+// kept its pairing, so the suggestion never reached Review.
+TEST_F(ClassificationTest, ASuggestionTakesThePlaceOfAPairOnlyTheTextCanExplain) {
+    const auto out = builder.transaction(checking, "ZANZIBAR TEAHOUS", -4200, day(2026, 3, 1));
+    const auto in = builder.transaction(savings, "QQQ", 4200, day(2026, 3, 2));
+    // Paired back when a rule still filed the debit as a transfer.
+    for (const auto& [side, partner] : {std::pair{out, in}, std::pair{in, out}}) {
+        builder.change(side, [&](LedgerTransaction& t) {
+            t.kind = TransactionKind::transfer;
+            t.method = MatchMethod::transferPair;
+            t.review = ReviewState::automatic;
+            t.transferPairID = partner;
+        });
+    }
+    builder.merchant("Zanzibar Teahouse", "Shopping", {"ZANZIBAR TEAHOUSE"});
+
+    (void)rematch(ledger());
+    EXPECT_EQ(get(out).review, ReviewState::suggested);
+    ASSERT_TRUE(get(out).suggestion);
+    EXPECT_EQ(get(out).suggestion->merchantName, "Zanzibar Teahouse");
+    EXPECT_FALSE(get(out).transferPairID);
+    EXPECT_FALSE(get(in).transferPairID) << "nothing marks either side as a transfer any more";
+    EXPECT_EQ(get(in).evidence, "Its matching transfer was removed.");
+}
+
 TEST_F(ClassificationTest, UnresolvedPairSurvivesFullRematch) {
     const auto out = builder.transaction(checking, "ZZZ XFER", -4200, day(2026, 3, 1));
     const auto in = builder.transaction(savings, "ZZZ", 4200, day(2026, 3, 2));

@@ -159,6 +159,17 @@ TEST_F(PaymentActivityTest, HouseholdMoneyIsATransferNamingAMember) {
     EXPECT_EQ(other->howCounted, std::vector<std::string>{"Not counted"});
 }
 
+// "Zoë" took four bytes for its three letters, so the short name counted as a
+// household phrase and any text with "ZOË" in it became household money.
+TEST_F(PaymentActivityTest, HouseholdPhrasesCountLettersNotBytes) {
+    addPerson("Zoë", {"Zoë", "Zoe\u0308", "Zoë R"});
+    EXPECT_EQ(ZelleActivity::householdPhrases(builder.ledger()),
+              std::vector<std::string>{"ZO\u00CB R"})
+        << "three letters are too few, composed or not";
+    payment("ZELLE TO ZO\u00CB", -2000, TransactionKind::transfer);
+    EXPECT_TRUE(ZelleActivity::build(builder.ledger(), filter()).household.isEmpty());
+}
+
 TEST_F(PaymentActivityTest, TreatmentWordsByKind) {
     const auto& ledger = builder.ledger();
     const auto gifts = builder.category("Gifts & Donations");
