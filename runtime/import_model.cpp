@@ -620,6 +620,7 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
     std::vector<std::pair<Uuid, ImportBatch>> committed;
     const int64_t revisionBeforeSave = runtime.revision();
     runtime.apply([&](Ledger& ledger) {
+        committed.clear();  // what an attempt refused by another program's save left
         if (runtime.revision() != workedAt)
             rework(ledger);
         if (worked.committed.empty())

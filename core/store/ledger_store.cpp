@@ -1,6 +1,7 @@
 #include "core/store/ledger_store.h"
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <exception>
@@ -631,12 +632,31 @@ LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
         // Another program's save holds the lock for a moment; wait it out
         // rather than fail at once.
         sqlite3_busy_timeout(m_db, kLockWaitMilliseconds);
-        // Durability over speed: a saved change must survive a power cut.
-        execute(m_db, "PRAGMA journal_mode = WAL");
-        execute(m_db, "PRAGMA synchronous = FULL");
+        // Switching a new file to its log, and making its tables, want the
+        // file to themselves; SQLite refuses rather than waits when another
+        // program opening the same new file at the same moment holds it. So
+        // the first steps are tried again, briefly, until they have it.
+        const auto deadline =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(kLockWaitMilliseconds);
+        for (;;) {
+            try {
+                // Durability over speed: a saved change must survive a power cut.
+                execute(m_db, "PRAGMA journal_mode = WAL");
+                execute(m_db, "PRAGMA synchronous = FULL");
+                migrate();
+                break;
+            } catch (const StoreError&) {
+                const int code = sqlite3_errcode(m_db) & 0xff;
+                if ((code != SQLITE_BUSY && code != SQLITE_LOCKED) ||
+                    std::chrono::steady_clock::now() > deadline) {
+                    throw;
+                }
+                sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            }
+        }
         m_logCopier = std::make_unique<detail::LogCopier>(m_file);
         sqlite3_wal_hook(m_db, afterCommit, m_logCopier.get());
-        migrate();
         m_knownVersion = dataVersion(m_db);
         const auto identity = fileIdentity(m_file);
         m_device = identity.first;
@@ -667,8 +687,28 @@ void LedgerStore::migrate() {
     m_openedAtVersion = version;
     if (version > kFormatVersion)
         throw StoreError::newerVersion(version);
-    if (version == 0)
-        execute(m_db, kSchema);
+    if (version == 0) {
+        // The tables and the format number in one transaction, so that
+        // another program opening the same new file never sees the one
+        // without the other (and takes it for a file of format 1).
+        beginWriting(m_db);
+        try {
+            bool stillNew = true;
+            {
+                Statement again(m_db, "PRAGMA user_version");
+                stillNew = !again.step() || sqlite3_column_int(again.get(), 0) == 0;
+            }
+            if (stillNew) {
+                execute(m_db, kSchema);
+                execute(m_db, "PRAGMA user_version = 2");
+            }
+            execute(m_db, "COMMIT");
+        } catch (...) {
+            sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+            throw;
+        }
+        return;
+    }
     // Format 2 changed only what may stand inside the JSON; the migration is a
     // safety copy and the new number.
     if (version == 1) {

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -245,8 +246,14 @@ TEST(ConcurrentCommands, TwoAtOnceLeaveWhatOneOfTheSerialOrdersLeaves) {
                 Process first(argv(a), folder.parent_path());
                 std::this_thread::sleep_for(std::chrono::microseconds(random() % 20000));
                 Process second(argv(b), folder.parent_path());
-                (void)first.wait();
-                (void)second.wait();
+                const auto one = first.wait();
+                const auto other = second.wait();
+                if (a.name == "import" && b.name == "import") {
+                    // The one that came second says so, as it would have run alone.
+                    const int imported = (one.out.starts_with("Imported") ? 1 : 0) +
+                                         (other.out.starts_with("Imported") ? 1 : 0);
+                    EXPECT_EQ(imported, 1) << one.out << other.out;
+                }
                 const std::string state = Folders::digest(folder);
                 EXPECT_TRUE(state == ab || state == ba) << "left:\n"
                                                         << state << "\n"
@@ -257,6 +264,35 @@ TEST(ConcurrentCommands, TwoAtOnceLeaveWhatOneOfTheSerialOrdersLeaves) {
                 if (::testing::Test::HasFailure())
                     return;
             }
+        }
+    }
+}
+
+TEST(ConcurrentCommands, ANewFolderOpenedByManyAtOnceGetsOneStarterLedger) {
+    // Two imports started at once on a new folder: one said "Copperwick
+    // couldn't open its data file: database is locked".
+    TempFolder temp;
+    for (int round = 0; round < 5; ++round) {
+        const fs::path folder = temp / ("new-" + std::to_string(round));
+        std::vector<std::unique_ptr<Process>> processes;
+        for (int i = 0; i < 4; ++i) {
+            processes.push_back(std::make_unique<Process>(
+                std::vector<std::string>{COPPERWICK_EXECUTABLE, "--data-dir", folder.string(),
+                                         "--json", "info"},
+                temp.path()));
+        }
+        for (auto& process : processes) {
+            const auto result = process->wait(std::chrono::seconds(60));
+            ASSERT_EQ(result.code, 0) << result.err;
+        }
+        const auto info = Folders::run(folder, {"--json", "info"});
+        ASSERT_EQ(info.code, 0) << info.err;
+        EXPECT_EQ(boost::json::parse(info.out).at("counts").at("category").as_int64(), 23)
+            << "starter categories made more than once";
+        std::error_code none;
+        for (const auto& entry : fs::directory_iterator(folder / "Backups", none)) {
+            EXPECT_FALSE(entry.path().filename().string().ends_with("before-format-2.sqlite"))
+                << "a new file taken for one of an older format";
         }
     }
 }
