@@ -10,6 +10,7 @@
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
 #include "core/import/import_commit.h"
+#include "core/model/amount_limits.h"
 #include "core/model/text.h"
 #include "core/operations/upsert_account.h"
 #include "core/operations/upsert_profile.h"
@@ -34,13 +35,24 @@ bool hasProfile(const Ledger& ledger, const std::string& id) {
     return false;
 }
 
+bool amountsTooLarge(const FileAnalysis& analysis) {
+    return amount_limits::exceedsLedger(analysis.rows,
+                                        [](const ParsedRow& row) { return row.amount; });
+}
+
 // A free name for `name` in `folder`: the name itself, else "{stem} 2{ext}" and up.
 std::filesystem::path freeTarget(const std::filesystem::path& folder,
                                  const std::filesystem::path& name) {
     auto target = folder / name;
     const auto stem = name.stem().string();
     const auto extension = name.extension().string();
-    for (int n = 2; std::filesystem::exists(target); ++n)
+    // A dangling link still holds the name: a rename would replace it.
+    const auto taken = [](const std::filesystem::path& path) {
+        std::error_code error;
+        return std::filesystem::symlink_status(path, error).type() !=
+               std::filesystem::file_type::not_found;
+    };
+    for (int n = 2; taken(target); ++n)
         target = folder / (stem + " " + std::to_string(n) + extension);
     return target;
 }
@@ -179,6 +191,8 @@ std::optional<std::string> ImportFile::blocker() const {
         return "Local AI is reading this file's columns.";
     if (analysis.problem)
         return analysis.problem;
+    if (amountsTooLarge(analysis))
+        return std::string(amount_limits::kFileTooLargeMessage);
     if (choice.kind == AccountChoice::Kind::undecided)
         return "Choose which account this file belongs to.";
     if (choice.kind == AccountChoice::Kind::newAccount && text::trimmed(draft.name).empty())
@@ -434,7 +448,9 @@ void ImportModel::replan(const Uuid& id, LedgerRuntime& runtime) {
     if (!file)
         return;
     const auto accountID = file->targetAccountID();
-    if (!accountID || !file->analysis.profile) {
+    // A file whose amounts can't be summed can't be planned either; its
+    // blocker says why.
+    if (!accountID || !file->analysis.profile || amountsTooLarge(file->analysis)) {
         file->plan.reset();
         file->plannedOn.reset();
     } else {

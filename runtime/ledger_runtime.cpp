@@ -56,13 +56,18 @@ void LedgerRuntime::warmMerchantKeys() {
     // the whole history. The thread reads its own copy of the ledger, and
     // stops early when the runtime goes away first.
     m_keyWarmer = std::jthread([ledger = m_ledger](const std::stop_token& stop) {
-        for (const auto& transaction : ledger.transactions) {
-            if (stop.stop_requested())
-                return;
-            (void)MerchantKeys::of(transaction.rawDescription);
+        // Only a head start: whatever stops it here is met again, and
+        // reported, where the keys are really needed.
+        try {
+            for (const auto& transaction : ledger.transactions) {
+                if (stop.stop_requested())
+                    return;
+                (void)MerchantKeys::of(transaction.rawDescription);
+            }
+            MerchantKeyIndex::warm(ledger.transactions);
+            warmTransferPairing(ledger);
+        } catch (const std::exception&) {
         }
-        MerchantKeyIndex::warm(ledger.transactions);
-        warmTransferPairing(ledger);
     });
 }
 

@@ -34,9 +34,28 @@ inline constexpr int64_t kLargestLedgerMagnitude = 4'000'000'000'000'000;
 [[nodiscard]] int64_t magnitudeAfter(int64_t before, const Ledger& old, const Ledger& updated,
                                      const LedgerDelta& delta);
 
+// Whether the magnitudes of `amounts` add up to more than a ledger may hold:
+// a file like that can never be imported, and its own totals can't be summed.
+template <typename Range, typename AmountOf>
+[[nodiscard]] bool exceedsLedger(const Range& items, AmountOf amountOf) {
+    // Wide enough that no sum of 64-bit magnitudes can overflow it.
+    __extension__ typedef __int128 Wide;
+    Wide sum = 0;
+    for (const auto& item : items) {
+        const Wide amount = amountOf(item);
+        sum += amount < 0 ? -amount : amount;
+        if (sum > kLargestLedgerMagnitude)
+            return true;
+    }
+    return false;
+}
+
 // The words when a change is refused for it.
 inline constexpr std::string_view kTooLargeMessage =
     "That would make the ledger's amounts too large for Copperwick to add up, so nothing was "
     "saved.";
+inline constexpr std::string_view kFileTooLargeMessage =
+    "The amounts in this file add up to more than Copperwick can count, so it can't be "
+    "imported. Check that it's a bank export.";
 
 }  // namespace copperwick::amount_limits

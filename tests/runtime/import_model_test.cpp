@@ -93,6 +93,24 @@ TEST_F(ImportModelTest, DroppingTheSameFileTwiceGivesOneCard) {
     EXPECT_FALSE(model.isBusy());
 }
 
+TEST_F(ImportModelTest, FileWhoseAmountsCantBeSummedWaitsWithTheReason) {
+    // 102,482 rows of -900,000,000,000.00: the dry run printed "Money in:"
+    // and stopped there, since its own totals overflowed.
+    std::string rows = "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n";
+    for (int i = 0; i < 45; ++i)
+        rows += "04/02/2026,04/03/2026,HUGE " + std::to_string(i) +
+                ",Shopping,Sale,-900000000000.00,\n";
+    drop({written("huge.csv", rows)});
+    ASSERT_EQ(model.files().size(), 1u);
+    const auto& file = model.files()[0];
+    EXPECT_EQ(file.blocker(),
+              "The amounts in this file add up to more than Copperwick can count, so it can't be "
+              "imported. Check that it's a bank export.");
+    EXPECT_FALSE(file.plan);
+    model.commit(runtime, {});
+    EXPECT_TRUE(runtime.ledger().transactions.empty());
+}
+
 TEST_F(ImportModelTest, TwoStatementsOfOneNewCardMakeOneAccount) {
     drop({dropped("chase-card.csv", "chase-card-march.csv")});
     drop({written("chase-card-april.csv",
