@@ -616,10 +616,12 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
     const auto passOver = [&] {
         // Plans made on an older ledger said otherwise; nothing is saved.
         std::vector<std::string> reasons;
-        for (const auto& [fileID, plan] : worked.passedOver) {
+        for (const auto& passed : worked.passedOver) {
+            // Named apart: some compilers can't capture a structured binding.
+            const Uuid& fileID = passed.first;
             const auto found = std::find_if(ready.begin(), ready.end(),
                                             [&](const ImportFile& f) { return f.id == fileID; });
-            reasons.push_back(nothingNew(*found, plan));
+            reasons.push_back(nothingNew(*found, passed.second));
         }
         m_lastBatches.clear();
         m_lastResult = nothingToImport(reasons);
