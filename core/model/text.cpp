@@ -34,6 +34,33 @@ bool isAscii(std::string_view text) {
     return true;
 }
 
+// `text[start, end)` without the characters `strip` accepts at either end.
+// Invalid UTF-8 at an end stops the trimming there.
+template <typename Strip>
+std::string_view trimmedWhere(std::string_view text, std::size_t start, std::size_t end,
+                              Strip strip) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    auto first = static_cast<int32_t>(start);
+    auto last = static_cast<int32_t>(end);
+    while (first < last) {
+        int32_t next = first;
+        UChar32 c;
+        U8_NEXT(bytes, next, last, c);
+        if (c < 0 || !strip(c))
+            break;
+        first = next;
+    }
+    while (last > first) {
+        int32_t previous = last;
+        UChar32 c;
+        U8_PREV(bytes, first, previous, c);
+        if (c < 0 || !strip(c))
+            break;
+        last = previous;
+    }
+    return text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first));
+}
+
 }  // namespace
 
 icu::UnicodeString toUnicode(std::string_view text) {
@@ -48,27 +75,7 @@ std::string toUTF8(const icu::UnicodeString& text) {
 }
 
 std::string_view trimmed(std::string_view text) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-    const auto length = static_cast<int32_t>(text.size());
-    int32_t start = 0;
-    while (start < length) {
-        int32_t next = start;
-        UChar32 c;
-        U8_NEXT(bytes, next, length, c);
-        if (c < 0 || !isWhitespaceOrNewline(c))
-            break;
-        start = next;
-    }
-    int32_t end = length;
-    while (end > start) {
-        int32_t previous = end;
-        UChar32 c;
-        U8_PREV(bytes, start, previous, c);
-        if (c < 0 || !isWhitespaceOrNewline(c))
-            break;
-        end = previous;
-    }
-    return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
+    return trimmedWhere(text, 0, text.size(), isWhitespaceOrNewline);
 }
 
 std::string_view trimmedSpaces(std::string_view text) {
@@ -92,27 +99,7 @@ std::string_view trimmedWhitespace(std::string_view text) {
                                             static_cast<unsigned char>(text[end - 1]) < 0x80);
     if (plainEnds)
         return text.substr(start, end - start);
-
-    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-    auto first = static_cast<int32_t>(start);
-    auto last = static_cast<int32_t>(end);
-    while (first < last) {
-        int32_t next = first;
-        UChar32 c;
-        U8_NEXT(bytes, next, last, c);
-        if (c < 0 || !isWhitespace(c))
-            break;
-        first = next;
-    }
-    while (last > first) {
-        int32_t previous = last;
-        UChar32 c;
-        U8_PREV(bytes, first, previous, c);
-        if (c < 0 || !isWhitespace(c))
-            break;
-        last = previous;
-    }
-    return text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first));
+    return trimmedWhere(text, start, end, isWhitespace);
 }
 
 std::size_t characterCount(std::string_view text) {
