@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPixmap>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -54,9 +55,20 @@ class SidebarDelegate : public QStyledItemDelegate {
 
         const QRect iconRect(row.left() + 10, row.center().y() - kIconSize / 2 + 1, kIconSize,
                              kIconSize);
-        index.data(Qt::DecorationRole)
-            .value<QIcon>()
-            .paint(painter, iconRect, Qt::AlignCenter, selected ? QIcon::Selected : QIcon::Normal);
+        const QIcon icon = index.data(Qt::DecorationRole).value<QIcon>();
+        if (selected) {
+            // The section icons are single-colour outlines: on the selection
+            // they take the selection's text colour, as the label does.
+            const qreal ratio = painter->device()->devicePixelRatioF();
+            QPixmap tinted = icon.pixmap(iconRect.size(), ratio);
+            QPainter tint(&tinted);
+            tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+            tint.fillRect(tinted.rect(), palette.color(QPalette::HighlightedText));
+            tint.end();
+            painter->drawPixmap(iconRect, tinted);
+        } else {
+            icon.paint(painter, iconRect, Qt::AlignCenter);
+        }
 
         const QColor text =
             palette.color(selected ? QPalette::HighlightedText : QPalette::WindowText);
