@@ -1,0 +1,50 @@
+#include <iostream>
+
+#include <QApplication>
+
+#include "app/shell/app_options.h"
+#include "app/shell/desktop_icon.h"
+#include "app/shell/main_window.h"
+#include "app/shell/package_check.h"
+#include "app/shell/skin_store.h"
+#include "copperwick_version.h"
+#include "runtime/import_model.h"
+#include "runtime/ledger_runtime.h"
+
+int main(int argc, char** argv) {
+    using namespace copperwick;
+    using namespace copperwick::app;
+
+    // Before Qt starts: it needs no display, and exits without a window.
+    if (const auto code = runDesktopIconCommandIfAsked(argc, argv, std::cerr))
+        return *code;
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationVersion(QStringLiteral(COPPERWICK_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("copperwick"));
+    const AppOptions options = parseAppOptions(application);
+
+    LedgerRuntime runtime(options.runtimeOptions());
+    ImportModel importer;
+    SkinStore skins(runtime.defaults());
+    skins.applyAppearance();
+    skins.applyAppIcon();
+    MainWindow window(runtime, importer);
+
+    if (!options.files.empty()) {
+        runtime.setSection(AppSection::importFiles);
+        importer.add(options.files, runtime);
+    }
+    PackageCheck* check = nullptr;
+    if (options.checkPackage) {
+        runtime.setSection(AppSection::transactions);
+        check = new PackageCheck(window, *options.checkPackage, &window);
+    }
+    window.show();
+    if (check)
+        check->startAfterDelay();
+    const int code = QApplication::exec();
+    if (check && code != 0)
+        std::cerr << "The self-check failed; see " << options.checkPackage->string() << '\n';
+    return code;
+}

@@ -1,0 +1,20 @@
+#include "app/review/review_page.h"
+
+#include <QVBoxLayout>
+
+#include "app/shell/sections.h"
+#include "app/widgets/page_header.h"
+#include "app/widgets/qt_text.h"
+
+namespace copperwick::app {
+
+ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
+    : SectionPage(parent), m_bridge(bridge) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(28, 24, 28, 24);
+    const auto& info = sectionInfo(AppSection::review);
+    layout->addWidget(new PageHeader(toQString(info.label), {}, this));
+    layout->addStretch(1);
+}
+
+}  // namespace copperwick::app

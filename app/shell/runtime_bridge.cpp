@@ -1,0 +1,28 @@
+#include "app/shell/runtime_bridge.h"
+
+namespace copperwick::app {
+
+RuntimeBridge::RuntimeBridge(LedgerRuntime& runtime, ImportModel& importer, QObject* parent)
+    : QObject(parent), m_runtime(runtime), m_importer(importer) {
+    m_revisionObserver = m_runtime.observeRevision(
+        [this](const int64_t& revision) { Q_EMIT revisionChanged(revision); });
+    m_sectionObserver = m_runtime.observeSection(
+        [this](const AppSection& section) { Q_EMIT sectionChanged(section); });
+    m_errorObserver = m_runtime.observeErrorMessage(
+        [this](const std::optional<std::string>& message) { Q_EMIT errorMessageChanged(message); });
+    m_statusObserver =
+        m_runtime.observeStatusMessage([this](const std::optional<std::string>& message) {
+            Q_EMIT statusMessageChanged(message);
+        });
+    m_importObserver = m_importer.observe([this] { Q_EMIT importChanged(); });
+}
+
+RuntimeBridge::~RuntimeBridge() {
+    m_runtime.removeObserver(m_revisionObserver);
+    m_runtime.removeObserver(m_sectionObserver);
+    m_runtime.removeObserver(m_errorObserver);
+    m_runtime.removeObserver(m_statusObserver);
+    m_importer.removeObserver(m_importObserver);
+}
+
+}  // namespace copperwick::app
