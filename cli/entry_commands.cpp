@@ -131,7 +131,7 @@ void runAdd(CommandContext& context, const EntryOptions& options) {
         .categoryID = categoryID,
         .note = options.note,
         .openingBalance = options.openingBalance};
-    const Instant now = Instant::now();
+    const Instant now = runtime->now();
     commit(context, *runtime, [&](Ledger& copy) { return addManualTransaction(copy, entry, now); });
 }
 
@@ -182,7 +182,7 @@ void runAddWallet(CommandContext& context, const EntryOptions& options) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
-    const Instant now = Instant::now();
+    const Instant now = runtime->now();
     const LocalDate date =
         typedDate.value_or(LocalDate::today(*runtime->ledger().settings->timeZone(), now));
     std::optional<Uuid> personID;
@@ -277,7 +277,7 @@ void runCashEntry(CommandContext& context, ManualEntryKind kind, const EntryOpti
                     context, "There's no transaction with the id " + options.bankTransaction + ".");
         }
     }
-    const Instant now = Instant::now();
+    const Instant now = runtime->now();
     commit(context, *runtime, [&](Ledger& copy) { return enterCash(copy, entry, now); });
 }
 

@@ -140,7 +140,7 @@ void runAssign(CommandContext& context, const AssignOptions& options) {
     runtime->setErrorMessage(std::nullopt);  // only this action's outcome counts here
     bool changed = false;
     runtime->apply([&](Ledger& copy) {
-        auto delta = assignSpending(copy, chosen, ids, Instant::now());
+        auto delta = assignSpending(copy, chosen, ids, runtime->now());
         changed = !delta.isEmpty();
         return delta;
     });

@@ -50,7 +50,7 @@ void runInfo(CommandContext& context) {
     reportNotes(*runtime, context);
 
     const Ledger& ledger = runtime->ledger();
-    const int unreadable = runtime->store()->unreadableRecords();
+    const int unreadable = runtime->unreadableRecords();
     const auto backups = runtime->backups().list();
 
     if (context.json) {

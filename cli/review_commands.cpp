@@ -95,17 +95,13 @@ std::string choiceList(bool moneyIn) {
     return list;
 }
 
-LocalDate today(const Ledger& ledger) {
-    return LocalDate::today(*ledger.settings->timeZone(), Instant::now());
-}
-
 void runReview(CommandContext& context) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
     const auto groups = ReviewQueue::groups(ledger);
-    const auto stale = ReviewQueue::stalePending(ledger, today(ledger));
+    const auto stale = ReviewQueue::stalePending(ledger, runtime->today());
     if (context.json) {
         boost::json::array groupArray;
         for (const auto& group : groups)
@@ -344,7 +340,7 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
     }
 
     decide(context, *runtime, ids, decision.label,
-           [&](Ledger& copy) { return classify(copy, decision, Instant::now()); });
+           [&](Ledger& copy) { return classify(copy, decision, runtime->now()); });
 }
 
 struct ClassifyZelleOptions {
@@ -400,7 +396,7 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     }
 
     decide(context, *runtime, decision.ids, decision.label,
-           [&](Ledger& copy) { return classifyZelle(copy, decision, Instant::now()); });
+           [&](Ledger& copy) { return classifyZelle(copy, decision, runtime->now()); });
 }
 
 struct ApproveOptions {
@@ -425,7 +421,7 @@ void runApprove(CommandContext& context, const ApproveOptions& options) {
     }
     const auto ids = group->transactionIDs;
     decide(context, *runtime, ids, "Approve suggestion", [&](Ledger& copy) {
-        return approveSuggestions(copy, ids, !options.noRemember, Instant::now());
+        return approveSuggestions(copy, ids, !options.noRemember, runtime->now());
     });
 }
 

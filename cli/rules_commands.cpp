@@ -121,7 +121,7 @@ void runAdd(CommandContext& context, const AddOptions& options) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
-    Rule draft{.id = Uuid::random(), .createdAt = Instant::now()};
+    Rule draft{.id = Uuid::random(), .createdAt = runtime->now()};
     const auto rule = editedRule(runtime->ledger(), draft, options.rule, context);
     if (!rule)
         return;
@@ -285,7 +285,7 @@ void runPreview(CommandContext& context, const PreviewOptions& options) {
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
-    Rule draft{.id = Uuid::random(), .createdAt = Instant::now()};
+    Rule draft{.id = Uuid::random(), .createdAt = runtime->now()};
     if (options.id) {
         const Rule* existing = findRule(ledger, *options.id);
         if (!existing && reportNoRule(context, *options.id))

@@ -230,7 +230,7 @@ void runTransaction(CommandContext& context, const TransactionOptions& options) 
     }
 
     runtime->setErrorMessage(std::nullopt);  // only this action's outcome counts here
-    const Instant now = Instant::now();
+    const Instant now = runtime->now();
     bool changed = false;
     const auto run = [&](Ledger& ledger) {
         LedgerDelta delta = change(ledger, options, *id, parts, now);

@@ -214,13 +214,7 @@ std::optional<Uuid> ImportFile::targetAccountID() const {
     return std::nullopt;
 }
 
-ImportModel::~ImportModel() {
-    // Analyses hold nothing of ours, but their threads must end before we do.
-    for (auto& pending : m_pending) {
-        if (pending.analysis.valid())
-            pending.analysis.wait();
-    }
-}
+ImportModel::~ImportModel() = default;
 
 const ImportFile* ImportModel::file(const Uuid& id) const {
     for (const auto& file : m_files) {
@@ -307,48 +301,66 @@ void ImportModel::add(const std::vector<std::filesystem::path>& urls, LedgerRunt
         return;
     const auto profiles = allProfiles(runtime.ledger());
     for (const auto& url : urls) {
-        const auto known = [&](const std::filesystem::path& other) { return other == url; };
         if (std::any_of(m_files.begin(), m_files.end(),
-                        [&](const ImportFile& file) { return known(file.url); }) ||
+                        [&](const ImportFile& file) { return file.url == url; }) ||
             std::any_of(m_pending.begin(), m_pending.end(),
-                        [&](const Pending& pending) { return known(pending.url); }))
+                        [&](const PendingFile& pending) { return pending.url == url; }))
             continue;
-        auto read = readBankFile(url);
-        if (const auto* problem = std::get_if<BankFileProblem>(&read)) {
-            runtime.setErrorMessage(unreadableFileMessage(url, *problem));
-            continue;
-        }
-        Pending pending{
-            url, std::make_shared<const std::string>(std::move(std::get<std::string>(read))), {}};
-        // The task holds its own share of the bytes and a copy of the
-        // layouts: the card may be removed, or the model gone, before it ends.
-        pending.analysis = std::async(
-            std::launch::async, [name = url.filename().string(), bytes = pending.data, profiles] {
-                return ImportAnalyzer::analyze(name, *bytes, profiles, false);
+        m_pending.push_back(PendingFile{url});
+        if (!m_work)
+            m_work = std::make_unique<BackgroundWork>(runtime.mainQueue());
+        // Reading is work too: a bank file may run to megabytes, on a slow
+        // disk. The job keeps its own copy of the layouts: the model may be
+        // gone before it ends.
+        m_work->run(
+            [url, profiles]() -> ReadOutcome {
+                auto read = readBankFile(url);
+                if (auto* problem = std::get_if<BankFileProblem>(&read))
+                    return std::move(*problem);
+                auto bytes =
+                    std::make_shared<const std::string>(std::move(std::get<std::string>(read)));
+                auto analysis =
+                    ImportAnalyzer::analyze(url.filename().string(), *bytes, profiles, false);
+                return Analysed{std::move(bytes), std::move(analysis)};
+            },
+            [this, url, &runtime](WorkResult<ReadOutcome> result) {
+                const auto slot =
+                    std::find_if(m_pending.begin(), m_pending.end(),
+                                 [&](const PendingFile& pending) { return pending.url == url; });
+                if (slot == m_pending.end())
+                    return;
+                slot->outcome =
+                    result.value ? std::move(*result.value) : ReadOutcome(BankFileProblem{});
+                slot->error = std::move(result.error);
+                receiveInOrder(runtime);
             });
-        m_pending.push_back(std::move(pending));
     }
     notify();
 }
 
-void ImportModel::receiveFinished(LedgerRuntime& runtime) {
-    for (std::size_t i = 0; i < m_pending.size();) {
-        if (m_pending[i].analysis.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
-            ++i;
+void ImportModel::receiveInOrder(LedgerRuntime& runtime) {
+    // Cards come in the order the files were dropped, whichever analysis
+    // ends first, so that a drop of several files reads the same each time.
+    while (!m_pending.empty() && m_pending.front().outcome) {
+        PendingFile pending = std::move(m_pending.front());
+        m_pending.erase(m_pending.begin());
+        auto& outcome = *pending.outcome;
+        if (!pending.error.empty()) {
+            runtime.setErrorMessage("Copperwick couldn't read " + pending.url.filename().string() +
+                                    ".");
+        } else if (auto* problem = std::get_if<BankFileProblem>(&outcome)) {
+            runtime.setErrorMessage(unreadableFileMessage(pending.url, *problem));
+        } else {
+            auto& analysed = std::get<Analysed>(outcome);
+            receive(pending.url, std::move(analysed.data), std::move(analysed.analysis), runtime);
             continue;
         }
-        Pending pending = std::move(m_pending[i]);
-        m_pending.erase(m_pending.begin() + static_cast<std::ptrdiff_t>(i));
-        receive(pending.url, std::move(pending.data), pending.analysis.get(), runtime);
+        notify();
     }
 }
 
 void ImportModel::waitForAnalyses(LedgerRuntime& runtime) {
-    while (!m_pending.empty()) {
-        Pending pending = std::move(m_pending.front());
-        m_pending.erase(m_pending.begin());
-        receive(pending.url, std::move(pending.data), pending.analysis.get(), runtime);
-    }
+    runtime.mainQueue()->runUntil([this] { return m_pending.empty(); });
 }
 
 void ImportModel::receive(const std::filesystem::path& url, std::shared_ptr<const std::string> data,
@@ -579,7 +591,7 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
 
     // The import is worked out in memory while the safety copy is made:
     // neither needs the other, and nothing is saved before both are done.
-    const Instant now = Instant::now();
+    const Instant now = runtime.now();
     const int64_t revisionBefore = runtime.revision();
     std::future<Worked> working;
     try {

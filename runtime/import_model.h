@@ -3,18 +3,18 @@
 // The state behind the import screen: the files a person has dropped, what
 // each will do, and the one Import action. Nothing touches the ledger until
 // commit. Lives beside LedgerRuntime for the application's life; every
-// operation takes the runtime. Main thread only: analyses run on their own
-// threads and come back through receiveFinished or waitForAnalyses.
+// operation takes the runtime, which outlives it. Main thread only: analyses
+// run on their own threads and come back through the runtime's main queue.
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <future>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "core/import/bank_file.h"
@@ -25,6 +25,7 @@
 #include "core/model/ledger_enums.h"
 #include "core/model/uuid.h"
 #include "runtime/ledger_runtime.h"
+#include "runtime/main_queue.h"
 
 namespace copperwick {
 
@@ -134,9 +135,9 @@ class ImportModel {
 
     // Reads each file and starts its analysis; a file already on the list is skipped.
     void add(const std::vector<std::filesystem::path>& urls, LedgerRuntime& runtime);
-    // Takes in the analyses that have finished, without waiting.
-    void receiveFinished(LedgerRuntime& runtime);
-    // Waits for every analysis still running and takes them in.
+    // Waits for every analysis still running and takes them in, running the
+    // runtime's main queue meanwhile. Analyses otherwise come back by
+    // themselves, through that queue.
     void waitForAnalyses(LedgerRuntime& runtime);
     void receive(const std::filesystem::path& url, std::shared_ptr<const std::string> data,
                  FileAnalysis analysis, LedgerRuntime& runtime);
@@ -160,13 +161,22 @@ class ImportModel {
     void removeObserver(ObserverID id);
 
   private:
-    struct Pending {
-        std::filesystem::path url;
+    // A bank file read and analysed away from the main thread.
+    struct Analysed {
         std::shared_ptr<const std::string> data;
-        std::future<FileAnalysis> analysis;
+        FileAnalysis analysis;
+    };
+    using ReadOutcome = std::variant<BankFileProblem, Analysed>;
+    struct PendingFile {
+        std::filesystem::path url;
+        std::optional<ReadOutcome> outcome;
+        // What the work threw, if it did.
+        std::string error;
     };
 
     ImportFile* find(const Uuid& id);
+    // Takes in the outcomes that are back, up to the first still running.
+    void receiveInOrder(LedgerRuntime& runtime);
     void applySuggestion(ImportFile& file, LedgerRuntime& runtime);
     void reanalyze(ImportFile& file, LedgerRuntime& runtime);
     void archive(const std::vector<std::pair<Uuid, ImportBatch>>& committed,
@@ -174,7 +184,9 @@ class ImportModel {
     void notify();
 
     std::vector<ImportFile> m_files;
-    std::vector<Pending> m_pending;
+    // The files being read and analysed, in the order they were dropped,
+    // each with its outcome once it is back.
+    std::vector<PendingFile> m_pending;
     bool m_requestFilePicker = false;
     std::optional<std::string> m_lastResult;
     std::optional<Uuid> m_mappingFileID;
@@ -182,6 +194,9 @@ class ImportModel {
     std::vector<ImportBatch> m_lastBatches;
     std::map<ObserverID, std::function<void()>> m_observers;
     ObserverID m_nextObserver = 1;
+    // Made on first use, on the runtime's queue. Last, so that analyses
+    // still running end before the rest of the model goes.
+    std::unique_ptr<BackgroundWork> m_work;
 };
 
 }  // namespace copperwick

@@ -35,7 +35,9 @@ LedgerRuntime::LedgerRuntime(RuntimeOptions options)
       m_dataFolder(chooseDataFolder(options)),
       m_backups(data_folders::backupsFolder(m_dataFolder)),
       m_defaults(preferencesFile(options)),
-      m_clock(std::move(options.clock)) {
+      m_clock(std::move(options.clock)),
+      m_mainQueue(options.mainQueue ? std::move(options.mainQueue)
+                                    : std::make_shared<PlainQueue>()) {
     openStore();
     if (m_isDemo)
         openDemo();
@@ -188,11 +190,31 @@ void LedgerRuntime::openDemo() {
     bumpRevision();
 }
 
-void LedgerRuntime::bumpRevision() {
+void LedgerRuntime::bumpRevision(const LedgerDelta* delta) {
     m_revision.set(m_revision.get() + 1);
+    if (m_savedChangeObservers.empty())
+        return;
+    SavedChange change{.revision = m_revision.get()};
+    if (delta)
+        change.delta = *delta;
+    // An observer may remove observers; work on a copy.
+    const auto observers = m_savedChangeObservers;
+    for (const auto& [id, callback] : observers)
+        callback(change);
+}
+
+int LedgerRuntime::unreadableRecords() const {
+    return m_store ? m_store->unreadableRecords() : 0;
+}
+
+LedgerRuntime::Outcome LedgerRuntime::fail(std::string message) {
+    m_lastFailure = message;
+    setErrorMessage(std::move(message));
+    return Outcome::failed;
 }
 
 LedgerRuntime::Outcome LedgerRuntime::save(const MaybeChange& change) {
+    m_lastFailure.reset();
     for (int attempt = 1;; ++attempt) {
         Ledger copy = m_ledger;
         std::optional<LedgerDelta> delta;
@@ -201,20 +223,17 @@ LedgerRuntime::Outcome LedgerRuntime::save(const MaybeChange& change) {
         } catch (const std::exception& error) {
             // A refused entry, or amounts too large to add up: the copy goes,
             // the live ledger stays, and the person reads why.
-            setErrorMessage(error.what());
-            return Outcome::failed;
+            return fail(error.what());
         }
         if (!delta)
             return Outcome::nothing;
         if (!m_store) {
-            setErrorMessage(std::string(kNoStoreMessage));
-            return Outcome::failed;
+            return fail(std::string(kNoStoreMessage));
         }
         const int64_t magnitude =
             amount_limits::magnitudeAfter(m_magnitude, m_ledger, copy, *delta);
         if (magnitude > amount_limits::kLargestLedgerMagnitude && magnitude > m_magnitude) {
-            setErrorMessage(std::string(amount_limits::kTooLargeMessage));
-            return Outcome::failed;
+            return fail(std::string(amount_limits::kTooLargeMessage));
         }
         try {
             m_store->save(*delta, copy);
@@ -225,21 +244,30 @@ LedgerRuntime::Outcome LedgerRuntime::save(const MaybeChange& change) {
                 reload()) {
                 continue;
             }
-            setErrorMessage(error.what());
-            return Outcome::failed;
+            return fail(error.what());
         } catch (const std::exception& error) {
-            setErrorMessage(error.what());
-            return Outcome::failed;
+            return fail(error.what());
         }
         m_ledger = std::move(copy);
         m_magnitude = magnitude;
-        bumpRevision();
+        m_lastDelta = std::move(*delta);
+        bumpRevision(&m_lastDelta);
         return Outcome::saved;
     }
 }
 
-void LedgerRuntime::apply(const Change& change) {
-    (void)save([&change](Ledger& ledger) -> std::optional<LedgerDelta> { return change(ledger); });
+ApplyResult LedgerRuntime::apply(const Change& change) {
+    const Outcome outcome =
+        save([&change](Ledger& ledger) -> std::optional<LedgerDelta> { return change(ledger); });
+    ApplyResult result;
+    if (outcome == Outcome::saved) {
+        result.saved = true;
+        result.delta = std::move(m_lastDelta);
+        m_lastDelta = {};
+    } else if (outcome == Outcome::failed) {
+        result.message = m_lastFailure;
+    }
+    return result;
 }
 
 bool LedgerRuntime::undoLastChange() {
@@ -368,9 +396,21 @@ ObserverID LedgerRuntime::observeStatusMessage(
     return m_statusMessage.observe(m_nextObserver++, std::move(callback));
 }
 
+ObserverID LedgerRuntime::observeTransactionsFocus(
+    std::function<void(const std::optional<TransactionsFocus>&)> callback) {
+    return m_transactionsFocus.observe(m_nextObserver++, std::move(callback));
+}
+
+ObserverID LedgerRuntime::observeSavedChanges(std::function<void(const SavedChange&)> callback) {
+    const ObserverID id = m_nextObserver++;
+    m_savedChangeObservers.emplace(id, std::move(callback));
+    return id;
+}
+
 void LedgerRuntime::removeObserver(ObserverID id) {
     m_revision.remove(id) || m_section.remove(id) || m_errorMessage.remove(id) ||
-        m_statusMessage.remove(id);
+        m_statusMessage.remove(id) || m_transactionsFocus.remove(id) ||
+        m_savedChangeObservers.erase(id) > 0;
 }
 
 }  // namespace copperwick

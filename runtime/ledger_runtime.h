@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,6 +31,7 @@
 #include "core/store/backup_manager.h"
 #include "core/store/ledger_store.h"
 #include "runtime/app_section.h"
+#include "runtime/main_queue.h"
 #include "runtime/observable.h"
 #include "runtime/preferences.h"
 
@@ -44,6 +46,28 @@ struct RuntimeOptions {
     std::optional<std::filesystem::path> preferencesFolder;
     // The present instant; tests replace it to step through days.
     std::function<Instant()> clock = [] { return Instant::now(); };
+    // Where background work hands its results to the main thread; absent
+    // means a PlainQueue, run by whoever waits for the work.
+    std::shared_ptr<MainQueue> mainQueue;
+};
+
+// What a change came to.
+struct ApplyResult {
+    // True once the change is on disk and live.
+    bool saved = false;
+    // What it changed; empty unless saved.
+    LedgerDelta delta;
+    // Why it wasn't saved, in the words the message bar shows; absent when
+    // it was, or when the change found nothing to do.
+    std::optional<std::string> message;
+};
+
+// Told to observers after every change that reached the disk and the live
+// ledger. Without a delta the whole ledger was read again (another program
+// saved, or a backup was restored), and everything shown must be redrawn.
+struct SavedChange {
+    int64_t revision = 0;
+    std::optional<LedgerDelta> delta;
 };
 
 class LedgerRuntime {
@@ -77,11 +101,15 @@ class LedgerRuntime {
     [[nodiscard]] bool isDemo() const { return m_isDemo; }
     [[nodiscard]] const std::filesystem::path& dataFolder() const { return m_dataFolder; }
     [[nodiscard]] std::filesystem::path dataFile() const;
-    // Null while the data file can't be opened.
-    [[nodiscard]] LedgerStore* store() { return m_store.get(); }
     [[nodiscard]] bool hasStore() const { return m_store != nullptr; }
+    // Saved records the last reading of the file had to skip.
+    [[nodiscard]] int unreadableRecords() const;
     [[nodiscard]] const BackupManager& backups() const { return m_backups; }
     [[nodiscard]] Preferences& defaults() { return m_defaults; }
+    // The present instant by the runtime's clock: every change made through
+    // the runtime dates itself by this, never by the wall clock.
+    [[nodiscard]] Instant now() const { return m_clock(); }
+    [[nodiscard]] const std::shared_ptr<MainQueue>& mainQueue() const { return m_mainQueue; }
 
     void setSection(AppSection section) { m_section.set(section); }
     void setErrorMessage(std::optional<std::string> message) {
@@ -100,7 +128,7 @@ class LedgerRuntime {
     // is read again and the change runs once more on what is there now; a
     // change that adds more than the ledger can sum up is refused. Either
     // way, a failure leaves the message and the live ledger as the file is.
-    void apply(const Change& change);
+    ApplyResult apply(const Change& change);
     // Takes back the last recorded change and says "Undone."; false when
     // there was nothing to undo or the save failed (the message shows why).
     bool undoLastChange();
@@ -134,12 +162,20 @@ class LedgerRuntime {
     ObserverID observeErrorMessage(std::function<void(const std::optional<std::string>&)> callback);
     ObserverID observeStatusMessage(
         std::function<void(const std::optional<std::string>&)> callback);
+    ObserverID observeTransactionsFocus(
+        std::function<void(const std::optional<TransactionsFocus>&)> callback);
+    // Told after the revision observers, with what the change touched, so
+    // that a table redraws only the rows the delta names.
+    ObserverID observeSavedChanges(std::function<void(const SavedChange&)> callback);
     void removeObserver(ObserverID id);
 
     static constexpr std::string_view kNoStoreMessage =
         "Copperwick can't save changes because its data file couldn't be opened.";
 
   private:
+    // Tests reach the store to make it fail at will.
+    friend struct LedgerRuntimeProbe;
+
     enum class Outcome {
         saved,
         nothing,
@@ -161,7 +197,11 @@ class LedgerRuntime {
     void openDemo();
     // The road of every change: run on a copy, check, save, install.
     Outcome save(const MaybeChange& change);
-    void bumpRevision();
+    // Shows why a change wasn't saved, and keeps it for apply's answer.
+    Outcome fail(std::string message);
+    // Bumps the revision and tells the saved-change observers; no delta
+    // means everything was read afresh.
+    void bumpRevision(const LedgerDelta* delta = nullptr);
     void warmMerchantKeys();
     std::filesystem::path backUp(std::string_view reason);
 
@@ -169,6 +209,10 @@ class LedgerRuntime {
     // Sum of the live ledger's transaction magnitudes (amount_limits.h).
     int64_t m_magnitude = 0;
     std::optional<std::string> m_undoneLabel;
+    // The delta of the last save and why the last change failed, for
+    // apply to hand back.
+    LedgerDelta m_lastDelta;
+    std::optional<std::string> m_lastFailure;
     Observable<int64_t> m_revision{0};
     int m_activeReportBuilds = 0;
     int m_activePDFBuilds = 0;
@@ -183,6 +227,8 @@ class LedgerRuntime {
     BackupManager m_backups;
     Preferences m_defaults;
     std::function<Instant()> m_clock;
+    std::shared_ptr<MainQueue> m_mainQueue;
+    std::map<ObserverID, std::function<void(const SavedChange&)>> m_savedChangeObservers;
     ObserverID m_nextObserver = 1;
     // Last, so that it stops before anything it could outlive.
     std::jthread m_keyWarmer;

@@ -359,3 +359,28 @@ TEST_F(ImportModelTest, WhatIsntARegularFileIsRefusedByNameAndReason) {
 
 }  // namespace
 }  // namespace copperwick
+
+namespace copperwick {
+namespace {
+
+TEST(ImportModelClock, ImportsAreDatedByTheRuntimesClock) {
+    // Imports were stamped with the wall clock, so a runtime stepped through
+    // days in a test (or a check of a later day) recorded them at today.
+    testing::TempFolder folder;
+    const Instant later{Instant::now().secondsSinceReference + 86400.0 * 400};
+    LedgerRuntime runtime(
+        RuntimeOptions{.dataFolder = folder / "data", .clock = [later] { return later; }});
+    const auto file = folder / "chase-checking.csv";
+    std::filesystem::copy_file(kData / "csv" / "chase-checking.csv", file);
+    ImportModel model;
+    model.add({file}, runtime);
+    EXPECT_EQ(model.pendingAnalyses(), 1) << "the analysis runs in the background";
+    model.waitForAnalyses(runtime);
+    ASSERT_EQ(model.files().size(), 1u);
+    model.commit(runtime, {});
+    ASSERT_EQ(runtime.ledger().batches.size(), 1u);
+    EXPECT_EQ(runtime.ledger().batches[0].importedAt, later);
+}
+
+}  // namespace
+}  // namespace copperwick

@@ -16,6 +16,11 @@
 #include "tests/support/temp_folder.h"
 
 namespace copperwick {
+
+// The one way in to the runtime's store, to make it fail on purpose.
+struct LedgerRuntimeProbe {
+    static LedgerStore& store(LedgerRuntime& runtime) { return *runtime.m_store; }
+};
 namespace {
 
 using testing::TempFolder;
@@ -104,7 +109,7 @@ TEST(LedgerRuntime, ChangesBecomeLiveOnlyOnceSaved) {
     EXPECT_EQ(f.launch()->ledger().people[0].name, "Dana");
 
     // The disk refuses: the live value and the revision stay.
-    runtime->store()->close();
+    LedgerRuntimeProbe::store(*runtime).close();
     runtime->apply([](Ledger& l) { return addPerson(l, "Sam"); });
     EXPECT_EQ(runtime->ledger().people.size(), 1u);
     EXPECT_EQ(runtime->revision(), 3);
@@ -136,7 +141,7 @@ TEST(LedgerRuntime, UndoSurvivesARestartAndFailsWithoutLosingHistory) {
     EXPECT_EQ(f.launch()->ledger().changes.size(), 1u);
 
     // A failed save keeps both the history and the ledger as they were.
-    runtime->store()->close();
+    LedgerRuntimeProbe::store(*runtime).close();
     EXPECT_FALSE(runtime->undoLastChange());
     EXPECT_EQ(runtime->ledger().changes.size(), 1u);
     EXPECT_EQ(runtime->ledger().transaction(transaction.id)->note, "first");
@@ -397,7 +402,7 @@ TEST(LedgerRuntime, RefreshShowsWhatTheCommandLineSaved) {
 
     // A restore from the command line replaces everything.
     const auto copy = BackupManager(f.temp / "Copperwick" / "Backups")
-                          .makeBackup(*app->store(), "manual", Instant::now());
+                          .makeBackup(LedgerRuntimeProbe::store(*app), "manual", Instant::now());
     f.launch()->apply([](Ledger& l) { return addPerson(l, "Sam"); });
     {
         auto command = f.launch();
@@ -447,6 +452,58 @@ TEST(LedgerRuntime, ChangeThatWouldOverflowTheLedgersTotalsIsRefused) {
     runtime->setErrorMessage(std::nullopt);
     runtime->apply([](Ledger& l) { return addPerson(l, "Dana"); });
     EXPECT_FALSE(runtime->errorMessage());
+}
+
+}  // namespace
+}  // namespace copperwick
+
+namespace copperwick {
+namespace {
+
+TEST(LedgerRuntime, ApplySaysWhatHappenedAndObserversHearTheDelta) {
+    Fixture f;
+    auto runtime = f.launch();
+    std::vector<SavedChange> heard;
+    runtime->observeSavedChanges([&](const SavedChange& change) { heard.push_back(change); });
+
+    const auto saved = runtime->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+    EXPECT_TRUE(saved.saved);
+    EXPECT_FALSE(saved.message);
+    const Uuid dana = runtime->ledger().people[0].id;
+    EXPECT_EQ(saved.delta.changed.at(RecordKind::person), std::set<std::string>{dana.text()});
+    ASSERT_EQ(heard.size(), 1u);
+    EXPECT_EQ(heard[0].revision, runtime->revision());
+    EXPECT_EQ(heard[0].delta, saved.delta) << "a table redraws only what the delta names";
+
+    // A refused change answers with its own words, even under an older error.
+    runtime->setErrorMessage("An older message.");
+    const auto refused = runtime->apply(
+        [](Ledger&) -> LedgerDelta { throw std::runtime_error("Give the person a name."); });
+    EXPECT_FALSE(refused.saved);
+    EXPECT_EQ(refused.message, "Give the person a name.");
+    EXPECT_TRUE(refused.delta.isEmpty());
+    EXPECT_EQ(heard.size(), 1u) << "nothing saved, nothing to redraw";
+
+    // Another program's save is read whole: no delta, so everything redraws.
+    f.launch()->apply([](Ledger& l) { return addPerson(l, "Sam"); });
+    ASSERT_TRUE(runtime->refreshFromDisk());
+    ASSERT_EQ(heard.size(), 2u);
+    EXPECT_FALSE(heard[1].delta);
+}
+
+TEST(LedgerRuntime, FocusObserversHearANewFocusOnce) {
+    Fixture f;
+    auto runtime = f.launch();
+    int heard = 0;
+    const auto id = runtime->observeTransactionsFocus(
+        [&](const std::optional<TransactionsFocus>&) { ++heard; });
+    const TransactionsFocus focus{.title = "SHOP", .ids = {Uuid::random()}};
+    runtime->setTransactionsFocus(focus);
+    runtime->setTransactionsFocus(focus);
+    EXPECT_EQ(heard, 1);
+    runtime->removeObserver(id);
+    runtime->setTransactionsFocus(std::nullopt);
+    EXPECT_EQ(heard, 1);
 }
 
 }  // namespace
