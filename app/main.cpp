@@ -5,6 +5,7 @@
 #include "app/shell/app_options.h"
 #include "app/shell/main_window.h"
 #include "app/shell/package_check.h"
+#include "app/shell/qt_main_queue.h"
 #include "copperwick_version.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
@@ -18,7 +19,9 @@ int main(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(QStringLiteral("copperwick"));
     const AppOptions options = parseAppOptions(application);
 
-    LedgerRuntime runtime(options.runtimeOptions());
+    RuntimeOptions runtimeOptions = options.runtimeOptions();
+    runtimeOptions.mainQueue = std::make_shared<QtMainQueue>(&application);
+    LedgerRuntime runtime(std::move(runtimeOptions));
     ImportModel importer;
     MainWindow window(runtime, importer);
 
