@@ -6,6 +6,7 @@
 #include "app/shell/desktop_icon.h"
 #include "app/shell/main_window.h"
 #include "app/shell/package_check.h"
+#include "app/shell/qt_main_queue.h"
 #include "app/shell/skin_store.h"
 #include "copperwick_version.h"
 #include "runtime/import_model.h"
@@ -24,7 +25,9 @@ int main(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(QStringLiteral("copperwick"));
     const AppOptions options = parseAppOptions(application);
 
-    LedgerRuntime runtime(options.runtimeOptions());
+    RuntimeOptions runtimeOptions = options.runtimeOptions();
+    runtimeOptions.mainQueue = std::make_shared<QtMainQueue>(&application);
+    LedgerRuntime runtime(std::move(runtimeOptions));
     ImportModel importer;
     SkinStore skins(runtime.defaults());
     skins.applyAppearance();

@@ -14,6 +14,12 @@ RuntimeBridge::RuntimeBridge(LedgerRuntime& runtime, ImportModel& importer, QObj
         m_runtime.observeStatusMessage([this](const std::optional<std::string>& message) {
             Q_EMIT statusMessageChanged(message);
         });
+    m_savedObserver = m_runtime.observeSavedChanges(
+        [this](const SavedChange& change) { Q_EMIT changeSaved(change); });
+    m_focusObserver =
+        m_runtime.observeTransactionsFocus([this](const std::optional<TransactionsFocus>& focus) {
+            Q_EMIT transactionsFocusChanged(focus);
+        });
     m_importObserver = m_importer.observe([this] { Q_EMIT importChanged(); });
 }
 
@@ -22,6 +28,8 @@ RuntimeBridge::~RuntimeBridge() {
     m_runtime.removeObserver(m_sectionObserver);
     m_runtime.removeObserver(m_errorObserver);
     m_runtime.removeObserver(m_statusObserver);
+    m_runtime.removeObserver(m_savedObserver);
+    m_runtime.removeObserver(m_focusObserver);
     m_importer.removeObserver(m_importObserver);
 }
 

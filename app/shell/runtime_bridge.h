@@ -40,6 +40,10 @@ class RuntimeBridge : public QObject {
     void sectionChanged(copperwick::AppSection section);
     void errorMessageChanged(const std::optional<std::string>& message);
     void statusMessageChanged(const std::optional<std::string>& message);
+    // After revisionChanged, with what the saved change touched; without a
+    // delta the whole ledger was read again and everything shown is stale.
+    void changeSaved(const copperwick::SavedChange& change);
+    void transactionsFocusChanged(const std::optional<copperwick::TransactionsFocus>& focus);
     // Anything about the dropped files, their analyses or the last import.
     void importChanged();
 
@@ -50,6 +54,8 @@ class RuntimeBridge : public QObject {
     ObserverID m_sectionObserver = 0;
     ObserverID m_errorObserver = 0;
     ObserverID m_statusObserver = 0;
+    ObserverID m_savedObserver = 0;
+    ObserverID m_focusObserver = 0;
     ObserverID m_importObserver = 0;
 };
 
