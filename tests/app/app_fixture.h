@@ -14,6 +14,7 @@
 #include <QTest>
 
 #include "app/shell/main_window.h"
+#include "app/shell/qt_main_queue.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
 #include "tests/support/temp_folder.h"
@@ -35,6 +36,8 @@ struct AppFixture {
         RuntimeOptions options;
         options.dataFolder = temp / "Copperwick";
         options.preferencesFolder = temp / "config";
+        // Work of other threads comes back through the event loop, as in the application.
+        options.mainQueue = std::make_shared<app::QtMainQueue>(QCoreApplication::instance());
         runtime = std::make_unique<LedgerRuntime>(options);
         window = std::make_unique<app::MainWindow>(*runtime, importer);
         window->show();
