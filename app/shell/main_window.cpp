@@ -100,6 +100,13 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     statusMessageChanged(m_runtime.statusMessage());
 }
 
+MainWindow::~MainWindow() {
+    // The screens and the pump hold the bridge; they go while it still stands,
+    // not after it, as Qt's own order (members, then children) would have it.
+    delete takeCentralWidget();
+    delete m_pump;
+}
+
 SectionPage* MainWindow::page(AppSection section) const {
     return m_sectionPages[static_cast<std::size_t>(sectionIndex(section))];
 }
