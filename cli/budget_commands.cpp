@@ -12,6 +12,7 @@
 
 #include "cli/commands.h"
 #include "cli/runtime_session.h"
+#include "core/model/ledger_lookup.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
 #include "core/operations/entry_error.h"
@@ -21,12 +22,6 @@
 namespace copperwick::cli {
 
 namespace {
-
-const LedgerCategory* findCategory(const Ledger& ledger, std::string_view nameOrID) {
-    if (const auto id = Uuid::parse(nameOrID))
-        return ledger.category(*id);
-    return ledger.categoryNamed(text::trimmed(nameOrID));
-}
 
 void printGoal(CommandContext& context, const LedgerSettings& settings) {
     if (settings.monthlySavingsGoal)

@@ -31,15 +31,6 @@ constexpr std::string_view kNoRulesText =
     "No rules yet. Make one here, or approve a suggested rule in Review. Corrections with "
     "\u201CRemember\u201D also teach Copperwick without a rule.";
 
-const Rule* findRule(const Ledger& ledger, std::string_view nameOrID) {
-    const auto id = Uuid::parse(text::trimmed(nameOrID));
-    for (const auto& rule : ledger.rules) {
-        if (id ? rule.id == *id : text::equalsIgnoringCase(rule.name, nameOrID))
-            return &rule;
-    }
-    return nullptr;
-}
-
 bool reportNoRule(CommandContext& context, std::string_view id) {
     context.err << "There's no rule with the id " << id << ".\n";
     context.exitCode = kExitFailure;
