@@ -67,20 +67,6 @@ std::string accountText(const Ledger& ledger, const ImportFile& file) {
     return "not chosen";
 }
 
-std::string dispositionText(RowDisposition::Kind kind) {
-    switch (kind) {
-        case RowDisposition::Kind::duplicate:
-            return "already saved";
-        case RowDisposition::Kind::replacesPending:
-            return "replaces pending";
-        case RowDisposition::Kind::possibleDuplicate:
-            return "held for you";
-        case RowDisposition::Kind::newRow:
-            break;
-    }
-    return "new";
-}
-
 std::string batchLine(const Ledger& ledger, const ImportBatch& batch) {
     const auto* account = ledger.account(batch.accountID);
     std::ostringstream out;
@@ -126,7 +112,7 @@ void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) 
         const auto& row = planned.row;
         out << "    line " << row.line << "  " << row.date.iso() << "  "
             << Money::format(row.amount, currency) << "  " << row.description() << "  "
-            << dispositionText(planned.disposition.kind);
+            << label(planned.disposition.kind);
         if (planned.disposition.kind == RowDisposition::Kind::possibleDuplicate &&
             file.forcedLines.contains(row.line))
             out << " (importing anyway)";

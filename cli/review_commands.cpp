@@ -21,6 +21,7 @@
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/zelle_choice.h"
 #include "core/reports/payment_service_detection.h"
 #include "core/review/review_queue.h"
@@ -59,30 +60,6 @@ boost::json::value groupJSON(const ReviewGroup& group) {
     return object;
 }
 
-// "Merchant, Category, Spending": a filing in the words the screens use.
-std::string filingText(const Ledger& ledger, const std::optional<std::string>& merchantName,
-                       const std::optional<Uuid>& categoryID, TransactionKind kind) {
-    std::string text;
-    const auto add = [&](std::string_view part) {
-        if (!part.empty())
-            text += (text.empty() ? "" : ", ") + std::string(part);
-    };
-    if (merchantName)
-        add(*merchantName);
-    if (const LedgerCategory* category = ledger.category(categoryID))
-        add(category->name);
-    add(label(kind));
-    return text;
-}
-
-std::string countLine(const std::vector<ReviewGroup>& groups) {
-    std::size_t lines = 0;
-    for (const auto& group : groups)
-        lines += group.transactionIDs.size();
-    return fmt::format("{} transaction{} in {} group{} need{} you.", lines, lines == 1 ? "" : "s",
-                       groups.size(), groups.size() == 1 ? "" : "s", lines == 1 ? "s" : "");
-}
-
 // The --choice values offered for the direction, as one line.
 std::string choiceList(bool moneyIn) {
     std::string list = "--choice ";
@@ -117,7 +94,7 @@ void runReview(CommandContext& context) {
         context.out << "All caught up\nYour transactions are ready to explore. New imports that "
                        "need you will appear here.\n";
     } else {
-        context.out << countLine(groups) << '\n';
+        context.out << ReviewQueue::waitingText(groups) << '\n';
     }
     for (const auto& group : groups) {
         const auto count = group.transactionIDs.size();
@@ -133,8 +110,7 @@ void runReview(CommandContext& context) {
         if (group.suggestion) {
             const Suggestion& suggestion = *group.suggestion;
             context.out << fmt::format(
-                "  {}: {}{}\n",
-                suggestion.source == MatchMethod::ai ? "Local AI suggests" : "Suggested",
+                "  {}: {}{}\n", suggestionHeading(suggestion),
                 filingText(ledger, suggestion.merchantName, suggestion.categoryID, suggestion.kind),
                 suggestion.reason.empty() ? "" : " (" + suggestion.reason + ")");
         }
@@ -187,15 +163,15 @@ void printOutcome(CommandContext& context, const LedgerRuntime& runtime,
         const LedgerTransaction* transaction = ledger.transaction(id);
         if (!transaction)
             continue;
-        const Merchant* merchant = ledger.merchant(transaction->merchantID);
-        context.out << fmt::format(
-            "{}  {}  {}  {}\n", transaction->date.iso(), transaction->rawDescription,
-            Money::format(transaction->amount, transaction->currency),
-            filingText(ledger, merchant ? std::optional(merchant->name) : std::nullopt,
-                       transaction->categoryID, transaction->kind));
+        context.out << fmt::format("{}  {}  {}  {}\n", transaction->date.iso(),
+                                   transaction->rawDescription,
+                                   Money::format(transaction->amount, transaction->currency),
+                                   filingText(ledger, *transaction));
     }
     const auto groups = ReviewQueue::groups(ledger);
-    context.out << (groups.empty() ? std::string("All caught up") : countLine(groups)) << '\n';
+    context.out << (groups.empty() ? std::string("All caught up")
+                                   : ReviewQueue::waitingText(groups))
+                << '\n';
 }
 
 // Runs one decision on the ledger as an undoable step and shows the outcome.
@@ -331,10 +307,10 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
         context.exitCode = kExitUsage;
         return;
     }
-    const bool needsCategory =
-        decision.kind == TransactionKind::expense || decision.kind == TransactionKind::income;
-    if (needsCategory && !category) {
-        context.err << "Choose a category that matches spending or income.\n";
+    try {
+        checkClassification(ledger, decision);
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
         context.exitCode = kExitFailure;
         return;
     }
@@ -361,18 +337,6 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     const Ledger& ledger = runtime->ledger();
     const DecisionTarget* target = &opened->target;
 
-    // The question offers different answers for money in and money out.
-    const LedgerTransaction* example =
-        target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
-    const bool moneyIn = example && example->amount > 0;
-    const auto offered = zelleChoices(moneyIn);
-    if (std::find(offered.begin(), offered.end(), choice) == offered.end()) {
-        context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
-                    << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
-        context.exitCode = kExitUsage;
-        return;
-    }
-
     ZelleDecision decision;
     decision.ids = target->ids;
     decision.choice = choice;
@@ -380,19 +344,28 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     decision.label = target->label;
     decision.merchantName =
         options.merchant.empty() ? target->merchantName : std::optional(options.merchant);
-    if (traits(choice).needsCategory) {
-        const LedgerCategory* category = nullptr;
-        if (!options.category.empty()) {
-            category = categoryOrComplain(context, ledger, options.category);
-            if (!category)
-                return;
-        }
-        if (!category || category->group != traits(choice).categoryGroup) {
-            context.err << "Choose a category that matches spending or income.\n";
+    if (traits(choice).needsCategory && !options.category.empty()) {
+        const LedgerCategory* category = categoryOrComplain(context, ledger, options.category);
+        if (!category)
+            return;
+        decision.categoryID = category->id;
+    }
+    try {
+        checkZelleDecision(ledger, decision);
+    } catch (const EntryError& refusal) {
+        if (refusal.kind() != EntryError::Case::choice) {
+            context.err << refusal.what() << '\n';
             context.exitCode = kExitFailure;
             return;
         }
-        decision.categoryID = category->id;
+        // The question offers different answers for money in and money out.
+        const LedgerTransaction* example =
+            target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
+        const bool moneyIn = example && example->amount > 0;
+        context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
+                    << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
+        context.exitCode = kExitUsage;
+        return;
     }
 
     decide(context, *runtime, decision.ids, decision.label,

@@ -1,7 +1,6 @@
 #pragma once
 // The options that describe a rule on the command line, shared by
-// `rules add`, `rules update` and `rules preview`, and the way a rule reads
-// back in a listing.
+// `rules add`, `rules update` and `rules preview`.
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,12 +27,10 @@ struct RuleOptions {
 
 void addRuleOptions(CLI::App& command, RuleOptions& options);
 
-// Applies the given options over `rule`, checking them as the rule editor
-// does. On a refusal it prints why, sets the exit code and returns absent.
+// Applies the given options over `rule` and has core check the result as the
+// rule editor does (ruleEntered). On a refusal it prints why, sets the exit
+// code and returns absent.
 [[nodiscard]] std::optional<Rule> editedRule(const Ledger& ledger, Rule rule,
                                              const RuleOptions& options, CommandContext& context);
-
-// "Text contains “ACME”, Money out only → Acme, Dining, Spending"
-[[nodiscard]] std::string describeRule(const Ledger& ledger, const Rule& rule);
 
 }  // namespace copperwick::cli

@@ -3,7 +3,11 @@
 #include <algorithm>
 
 #include "core/matching/matcher.h"
+#include "core/matching/rule_pattern.h"
+#include "core/model/money.h"
+#include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 
 namespace copperwick {
 
@@ -21,6 +25,73 @@ void rematchAllIf(bool applyNow, Ledger& ledger, LedgerDelta& delta) {
 }
 
 }  // namespace
+
+Rule ruleEntered(const Ledger& ledger, Rule draft, const Rule* saved) {
+    draft.name = std::string(text::trimmed(draft.name));
+    draft.pattern = std::string(text::trimmed(draft.pattern));
+    if (draft.merchantName) {
+        const auto merchant = std::string(text::trimmed(*draft.merchantName));
+        draft.merchantName = merchant.empty() ? std::nullopt : std::optional(merchant);
+    }
+    if (draft.kind == TransactionKind::transfer)
+        draft.categoryID.reset();
+
+    if (draft.name.empty())
+        throw EntryError(EntryError::Case::name, "Give the rule a name.");
+    if (draft.pattern.empty())
+        throw EntryError(EntryError::Case::pattern);
+    if (draft.match == TextMatch::regex) {
+        const auto verdict = RulePattern::check(draft.pattern);
+        if (verdict == RulePattern::Verdict::invalid)
+            throw EntryError(EntryError::Case::invalidPattern,
+                             std::string(RulePattern::kInvalidText));
+        // A saved rule that is too slow can still be renamed or switched
+        // without mending its pattern first; it is marked where it is listed.
+        const bool patternChanged =
+            !saved || draft.pattern != saved->pattern || draft.match != saved->match;
+        if (verdict == RulePattern::Verdict::tooSlow && patternChanged)
+            throw EntryError(EntryError::Case::invalidPattern,
+                             std::string(RulePattern::kTooSlowText));
+    }
+    // Spending and income are filed under a category. A rule may instead name
+    // only a merchant and leave the filing to what is known of that merchant;
+    // one that would file nothing at all is asked for a category.
+    const bool needsCategory = draft.kind == TransactionKind::expense ||
+                               draft.kind == TransactionKind::income || !draft.hasOutcome();
+    if (needsCategory && !ledger.category(draft.categoryID))
+        throw EntryError(EntryError::Case::category);
+    return draft;
+}
+
+std::string describeRule(const Ledger& ledger, const Rule& rule) {
+    std::string text =
+        "Text " + std::string(label(rule.match)) + " \u201C" + rule.pattern + "\u201D";
+    if (rule.direction != AmountDirection::any)
+        text += ", " + std::string(label(rule.direction));
+    for (const auto& id : rule.accountIDs) {
+        if (const Account* account = ledger.account(id))
+            text += ", " + account->name;
+    }
+    if (rule.minimumAmount)
+        text += ", at least " + Money::format(*rule.minimumAmount);
+    if (rule.maximumAmount)
+        text += ", at most " + Money::format(*rule.maximumAmount);
+    std::string outcome;
+    const auto add = [&](std::string_view part) {
+        outcome += (outcome.empty() ? "" : ", ") + std::string(part);
+    };
+    if (rule.merchantName)
+        add(*rule.merchantName);
+    if (const LedgerCategory* category = ledger.category(rule.categoryID))
+        add(category->name);
+    if (rule.kind)
+        add(label(*rule.kind));
+    text += " \u2192 " + (outcome.empty() ? std::string("nothing") : outcome);
+    if (rule.match == TextMatch::regex &&
+        RulePattern::check(rule.pattern) == RulePattern::Verdict::tooSlow)
+        text += " (too slow to match, so it files nothing)";
+    return text;
+}
 
 LedgerDelta addRule(Ledger& ledger, const Rule& rule, bool atTop, bool applyNow) {
     std::vector<Uuid> order;

@@ -104,4 +104,20 @@ std::string MissingImports::message() const {
            (count == 1 ? "that account" : "those accounts") + ".";
 }
 
+std::string_view label(AccountFreshness::State state) {
+    switch (state) {
+        case AccountFreshness::State::manual:
+            return "Tracked manually";
+        case AccountFreshness::State::neverImported:
+            return "No imports yet";
+        case AccountFreshness::State::recent:
+            return "Recent activity";
+        case AccountFreshness::State::mayNeedImport:
+            return "May need an import";
+        case AccountFreshness::State::rarelyUsed:
+            break;
+    }
+    return "Occasional use";
+}
+
 }  // namespace copperwick

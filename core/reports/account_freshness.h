@@ -47,6 +47,10 @@ struct EnumTraits<AccountFreshness::State> {
     }};
 };
 
+// The state in the freshness list's words: "Tracked manually", "No imports
+// yet", "Recent activity", "May need an import", "Occasional use".
+[[nodiscard]] std::string_view label(AccountFreshness::State state);
+
 struct MissingImports {
     std::string monthLabel;  // "March 2026"
     std::vector<std::string> accountNames;
