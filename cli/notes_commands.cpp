@@ -15,7 +15,6 @@
 #include "cli/report_json.h"
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
-#include "core/model/date_text.h"
 #include "core/operations/report_notes.h"
 #include "core/reports/account_freshness.h"
 #include "core/reports/report_engine.h"
@@ -119,22 +118,6 @@ void runShowAll(CommandContext& context) {
                 << '\n';
 }
 
-std::string_view statusWords(AccountFreshness::State state) {
-    switch (state) {
-        case AccountFreshness::State::manual:
-            return "Tracked manually";
-        case AccountFreshness::State::neverImported:
-            return "No imports yet";
-        case AccountFreshness::State::recent:
-            return "Recent activity";
-        case AccountFreshness::State::mayNeedImport:
-            return "May need an import";
-        case AccountFreshness::State::rarelyUsed:
-            return "Occasional use";
-    }
-    return "";
-}
-
 void runFreshness(CommandContext& context) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -152,14 +135,11 @@ void runFreshness(CommandContext& context) {
         return;
     }
     for (const auto& line : lines) {
-        std::string details =
-            "Last import: " + (line.lastImportedAt ? abbreviatedDateTime(*line.lastImportedAt)
-                                                   : std::string("Never"));
-        if (line.latestTransaction)
-            details += " \u00B7 Latest transaction: " + DateText::medium(*line.latestTransaction);
-        if (line.account.upToDateThrough)
-            details += " \u00B7 You confirmed complete through " +
-                       DateText::medium(*line.account.upToDateThrough);
+        std::string details = line.importLine(
+            line.lastImportedAt ? std::optional(abbreviatedDateTime(*line.lastImportedAt))
+                                : std::nullopt);
+        if (const auto confirmed = line.confirmedLine())
+            details += " \u00B7 " + *confirmed;
         context.out << fmt::format("{}  {}  {}\n", line.account.name, statusWords(line.state),
                                    details);
     }
