@@ -133,15 +133,13 @@ void runFreshness(CommandContext& context) {
         return;
     }
     for (const auto& line : lines) {
-        std::string details =
-            "Last import: " + (line.lastImportedAt ? abbreviatedDateTime(*line.lastImportedAt)
-                                                   : std::string("Never"));
-        if (line.latestTransaction)
-            details += " \u00B7 Latest transaction: " + DateText::medium(*line.latestTransaction);
-        if (line.account.upToDateThrough)
-            details += " \u00B7 You confirmed complete through " +
-                       DateText::medium(*line.account.upToDateThrough);
-        context.out << fmt::format("{}  {}  {}\n", line.account.name, label(line.state), details);
+        std::string details = line.importLine(
+            line.lastImportedAt ? std::optional(abbreviatedDateTime(*line.lastImportedAt))
+                                : std::nullopt);
+        if (const auto confirmed = line.confirmedLine())
+            details += " \u00B7 " + *confirmed;
+        context.out << fmt::format("{}  {}  {}\n", line.account.name, label(line.state),
+                                   details);
     }
 }
 
