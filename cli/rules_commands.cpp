@@ -20,6 +20,7 @@
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "core/operations/rules.h"
+#include "core/presentation/review_text.h"
 #include "core/review/rule_preview.h"
 #include "core/review/rule_suggester.h"
 
@@ -326,19 +327,6 @@ void runPreview(CommandContext& context, const PreviewOptions& options) {
         context.out << fmt::format("Taken first by \u201C{}\u201D: {}\n", name, count);
 }
 
-std::string suggestionOutcome(const Ledger& ledger, const RuleSuggestion& suggestion) {
-    std::string outcome;
-    const auto add = [&](std::string_view part) {
-        outcome += (outcome.empty() ? "" : ", ") + std::string(part);
-    };
-    if (suggestion.merchantName)
-        add(*suggestion.merchantName);
-    if (const LedgerCategory* category = ledger.category(suggestion.categoryID))
-        add(category->name);
-    add(label(suggestion.kind));
-    return outcome;
-}
-
 void runSuggestions(CommandContext& context) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -368,14 +356,10 @@ void runSuggestions(CommandContext& context) {
         return;
     }
     for (const auto& suggestion : suggestions) {
-        context.out << fmt::format(
-            "Suggested rule: Text contains \u201C{}\u201D \u2192 {}\n  Based on {} corrections "
-            "\u00B7 would match {} transactions\n",
-            suggestion.pattern, suggestionOutcome(ledger, suggestion), suggestion.exampleIDs.size(),
-            suggestion.matchCount);
-        if (!suggestion.conflictIDs.empty())
-            context.out << fmt::format("  {} you filed differently (they won't change)\n",
-                                       suggestion.conflictIDs.size());
+        context.out << "Suggested rule: " << ReviewText::suggestedRule(ledger, suggestion) << "\n  "
+                    << ReviewText::suggestedRuleBasis(suggestion) << '\n';
+        if (const auto conflicts = ReviewText::suggestedRuleConflicts(suggestion))
+            context.out << "  " << *conflicts << '\n';
         context.out << "  id: " << suggestion.id << '\n';
     }
 }
