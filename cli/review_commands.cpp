@@ -23,17 +23,14 @@
 #include "core/operations/classification.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/zelle_choice.h"
+#include "core/presentation/review_text.h"
 #include "core/reports/payment_service_detection.h"
+#include "core/review/review_decision.h"
 #include "core/review/review_queue.h"
 
 namespace copperwick::cli {
 
 namespace {
-
-constexpr std::string_view kStaleText =
-    "These are still pending, but newer files for the same account don't include them (or "
-    "they're over two weeks old). Pending charges never count in totals. Remove the ones that "
-    "disappeared.";
 
 boost::json::value groupJSON(const ReviewGroup& group) {
     boost::json::array ids;
@@ -91,10 +88,9 @@ void runReview(CommandContext& context) {
         return;
     }
     if (groups.empty()) {
-        context.out << "All caught up\nYour transactions are ready to explore. New imports that "
-                       "need you will appear here.\n";
+        context.out << ReviewText::kAllCaughtUp << '\n' << ReviewText::kAllCaughtUpDetail << '\n';
     } else {
-        context.out << ReviewQueue::waitingText(groups) << '\n';
+        context.out << ReviewText::waitingCount(groups) << '\n';
     }
     for (const auto& group : groups) {
         const auto count = group.transactionIDs.size();
@@ -110,17 +106,20 @@ void runReview(CommandContext& context) {
         if (group.suggestion) {
             const Suggestion& suggestion = *group.suggestion;
             context.out << fmt::format(
-                "  {}: {}{}\n", suggestionHeading(suggestion),
-                filingText(ledger, suggestion.merchantName, suggestion.categoryID, suggestion.kind),
+                "  {}: {}{}\n", ReviewText::suggestionTitle(suggestion.source),
+                ReviewText::filing(ledger, suggestion.merchantName, suggestion.categoryID,
+                                   suggestion.kind),
                 suggestion.reason.empty() ? "" : " (" + suggestion.reason + ")");
         }
         // A payment to a person can't be filed from its text alone.
-        if (requiresPurpose(group.example))
+        if (ReviewDecisions::asksPurpose(group))
             context.out << "  What was this for? Answer with `copperwick classify-zelle` and "
                         << choiceList(group.isMoneyIn) << ".\n";
     }
     if (!stale.empty()) {
-        context.out << "\nPending charges that may never have posted\n" << kStaleText << '\n';
+        context.out << '\n'
+                    << ReviewText::kStalePendingTitle << '\n'
+                    << ReviewText::kStalePendingDetail << '\n';
         for (const auto& transaction : stale)
             context.out << fmt::format(
                 "  {}  {}  {}  {}\n", transaction.date.iso(), transaction.rawDescription,
@@ -163,14 +162,16 @@ void printOutcome(CommandContext& context, const LedgerRuntime& runtime,
         const LedgerTransaction* transaction = ledger.transaction(id);
         if (!transaction)
             continue;
-        context.out << fmt::format("{}  {}  {}  {}\n", transaction->date.iso(),
-                                   transaction->rawDescription,
-                                   Money::format(transaction->amount, transaction->currency),
-                                   filingText(ledger, *transaction));
+        const Merchant* merchant = ledger.merchant(transaction->merchantID);
+        context.out << fmt::format(
+            "{}  {}  {}  {}\n", transaction->date.iso(), transaction->rawDescription,
+            Money::format(transaction->amount, transaction->currency),
+            ReviewText::filing(ledger, merchant ? std::optional(merchant->name) : std::nullopt,
+                               transaction->categoryID, transaction->kind));
     }
     const auto groups = ReviewQueue::groups(ledger);
-    context.out << (groups.empty() ? std::string("All caught up")
-                                   : ReviewQueue::waitingText(groups))
+    context.out << (groups.empty() ? std::string(ReviewText::kAllCaughtUp)
+                                   : ReviewText::waitingCount(groups))
                 << '\n';
 }
 
@@ -232,7 +233,7 @@ std::optional<DecisionTarget> decisionTarget(CommandContext& context, const Ledg
         if (!group && reportNoGroup(context, groupID))
             return std::nullopt;
         target.ids = group->transactionIDs;
-        target.label = "Review " + group->displayName;
+        target.label = ReviewDecisions::label(*group);
         target.merchantName = group->displayName;
         return target;
     }

@@ -21,6 +21,7 @@
 #include "core/operations/classification.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/rules.h"
+#include "core/presentation/review_text.h"
 #include "core/review/rule_preview.h"
 #include "core/review/rule_suggester.h"
 
@@ -333,15 +334,10 @@ void runSuggestions(CommandContext& context) {
         return;
     }
     for (const auto& suggestion : suggestions) {
-        context.out << fmt::format(
-            "Suggested rule: Text contains \u201C{}\u201D \u2192 {}\n  Based on {} corrections "
-            "\u00B7 would match {} transactions\n",
-            suggestion.pattern,
-            filingText(ledger, suggestion.merchantName, suggestion.categoryID, suggestion.kind),
-            suggestion.exampleIDs.size(), suggestion.matchCount);
-        if (!suggestion.conflictIDs.empty())
-            context.out << fmt::format("  {} you filed differently (they won't change)\n",
-                                       suggestion.conflictIDs.size());
+        context.out << "Suggested rule: " << ReviewText::suggestedRule(ledger, suggestion) << "\n  "
+                    << ReviewText::suggestedRuleBasis(suggestion) << '\n';
+        if (const auto conflicts = ReviewText::suggestedRuleConflicts(suggestion))
+            context.out << "  " << *conflicts << '\n';
         context.out << "  id: " << suggestion.id << '\n';
     }
 }
