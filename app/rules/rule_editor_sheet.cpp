@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "app/rules/refusal_line.h"
+#include "app/rules/surface_card.h"
 #include "app/widgets/qt_text.h"
 #include "core/matching/matcher.h"
 #include "core/matching/rule_pattern.h"
@@ -230,9 +231,9 @@ QWidget* RuleEditorSheet::makeFields() {
 }
 
 QWidget* RuleEditorSheet::makePreview() {
-    auto* preview = new QWidget(this);
-    auto* layout = new QVBoxLayout(preview);
-    layout->setContentsMargins(0, 6, 0, 0);
+    auto* preview = new SurfaceCard(this, 12);
+    m_previewPanel = preview;
+    QVBoxLayout* layout = preview->cardLayout();
     layout->setSpacing(6);
     m_previewBusy = new QProgressBar(preview);
     m_previewBusy->setRange(0, 0);
@@ -246,6 +247,7 @@ QWidget* RuleEditorSheet::makePreview() {
     m_previewText->setTextFormat(Qt::PlainText);
     m_previewText->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_previewText);
+    preview->hide();
     return preview;
 }
 
@@ -401,8 +403,10 @@ void RuleEditorSheet::fieldsChanged() {
         m_previewBusy->hide();
         m_previewText->clear();
         m_previewText->setAccessibleName(QString());
+        m_previewPanel->hide();
         return;
     }
+    m_previewPanel->show();
     m_previewBusy->show();
     m_previewTimer.start();
 }

@@ -111,6 +111,7 @@ class RuleEditorSheet : public QDialog {
     QLineEdit* m_merchant = nullptr;
     QComboBox* m_outcome = nullptr;
     QComboBox* m_category = nullptr;
+    QWidget* m_previewPanel = nullptr;
     QLabel* m_previewText = nullptr;
     QProgressBar* m_previewBusy = nullptr;
     QPushButton* m_delete = nullptr;
