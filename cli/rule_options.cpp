@@ -19,16 +19,6 @@ std::optional<Rule> refuse(CommandContext& context, std::string_view message, in
     return std::nullopt;
 }
 
-// An amount as a bank prints it; the rule keeps its size only.
-std::optional<std::optional<int64_t>> readAmount(const std::string& text) {
-    if (text::trimmed(text).empty())
-        return std::optional<int64_t>();
-    const auto cents = Money::parseCents(text);
-    if (!cents)
-        return std::nullopt;
-    return std::optional<int64_t>(*cents < 0 ? -*cents : *cents);
-}
-
 }  // namespace
 
 void addRuleOptions(CLI::App& command, RuleOptions& options) {
@@ -73,9 +63,9 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
                                       std::pair{options.maximum, &Rule::maximumAmount}}) {
         if (!text)
             continue;
-        const auto amount = readAmount(*text);
+        const auto amount = ruleAmountEntered(*text);
         if (!amount)
-            return refuse(context, "\u201C" + *text + "\u201D isn't an amount.", kExitUsage);
+            return refuse(context, notAnAmountText(*text), kExitUsage);
         rule.*field = *amount;
     }
     if (options.merchant)

@@ -1,6 +1,7 @@
 #pragma once
 // The options that describe a rule on the command line, shared by
-// `rules add`, `rules update` and `rules preview`.
+// `rules add`, `rules update` and `rules preview`. A rule reads back in a
+// listing as core's describeRule words it.
 #include <memory>
 #include <optional>
 #include <string>

@@ -151,4 +151,17 @@ LedgerDelta setBuiltInRule(Ledger& ledger, const std::string& id, bool enabled) 
     return delta;
 }
 
+std::optional<std::optional<int64_t>> ruleAmountEntered(std::string_view text) {
+    if (text::trimmed(text).empty())
+        return std::optional<int64_t>();
+    const auto cents = Money::parseCents(text);
+    if (!cents)
+        return std::nullopt;
+    return std::optional<int64_t>(*cents < 0 ? -*cents : *cents);
+}
+
+std::string notAnAmountText(std::string_view text) {
+    return "\u201C" + std::string(text) + "\u201D isn't an amount.";
+}
+
 }  // namespace copperwick

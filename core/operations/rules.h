@@ -7,7 +7,10 @@
 // editor shows a change's reach before it is made. With `applyNow` the
 // matcher runs again over every transaction it may still change. Functions on
 // the thread that owns the ledger value.
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/model/ledger.h"
@@ -44,5 +47,12 @@ namespace copperwick {
 
 // A switch always takes effect at once.
 [[nodiscard]] LedgerDelta setBuiltInRule(Ledger& ledger, const std::string& id, bool enabled);
+
+// A rule's "At least" or "At most" as typed: blank is no limit, else an
+// amount as a bank prints it, of which the rule keeps the size. Absent when
+// the text isn't an amount; notAnAmountText words that refusal.
+[[nodiscard]] std::optional<std::optional<int64_t>> ruleAmountEntered(std::string_view text);
+// "“12.3.4” isn't an amount."
+[[nodiscard]] std::string notAnAmountText(std::string_view text);
 
 }  // namespace copperwick

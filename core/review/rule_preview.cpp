@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <map>
 
+#include <fmt/format.h>
+
 #include "core/matching/matcher.h"
 #include "core/matching/merchant_text.h"
 
@@ -96,6 +98,21 @@ RulePreview RulePreview::compute(const Rule& draft, const Ledger& ledger,
     }
     preview.shadowedBy.assign(shadows.begin(), shadows.end());
     return preview;
+}
+
+std::string RulePreview::countsText() const {
+    return fmt::format(
+        "Matches {} transaction{}; {} would change; {} you set by hand stay as "
+        "they are.",
+        matchingIDs.size(), matchingIDs.size() == 1 ? "" : "s", changingIDs.size(),
+        confirmedIDs.size());
+}
+
+std::vector<std::string> RulePreview::shadowTexts() const {
+    std::vector<std::string> texts;
+    for (const auto& [name, count] : shadowedBy)
+        texts.push_back(fmt::format("Taken first by \u201C{}\u201D: {}", name, count));
+    return texts;
 }
 
 }  // namespace copperwick
