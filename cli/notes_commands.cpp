@@ -138,8 +138,7 @@ void runFreshness(CommandContext& context) {
                                 : std::nullopt);
         if (const auto confirmed = line.confirmedLine())
             details += " \u00B7 " + *confirmed;
-        context.out << fmt::format("{}  {}  {}\n", line.account.name, label(line.state),
-                                   details);
+        context.out << fmt::format("{}  {}  {}\n", line.account.name, label(line.state), details);
     }
 }
 
