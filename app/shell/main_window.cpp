@@ -98,6 +98,9 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     updateReviewCount();
     m_messageBars->setErrorMessage(m_runtime.errorMessage());
     statusMessageChanged(m_runtime.statusMessage());
+    // The keyboard starts in the sidebar: arrows choose a section, Tab
+    // moves on into its screen.
+    m_sidebar->list()->setFocus();
 }
 
 MainWindow::~MainWindow() {
