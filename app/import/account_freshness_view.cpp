@@ -3,10 +3,10 @@
 #include <QHBoxLayout>
 #include <QMenu>
 
-#include "app/import/card_frame.h"
 #include "app/import/elided_label.h"
 #include "app/import/import_style.h"
 #include "app/import/saved_change.h"
+#include "app/widgets/card_frame.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
 #include "core/operations/report_notes.h"
@@ -25,6 +25,7 @@ const QString kNote = QStringLiteral(
 
 AccountFreshnessView::AccountFreshnessView(RuntimeBridge& bridge, QWidget* parent)
     : QWidget(parent), m_bridge(bridge), m_list(new CardFrame(this)), m_rows(new QVBoxLayout) {
+    m_list->setContentsMargins(kCardMargins);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(8);

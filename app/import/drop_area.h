@@ -11,7 +11,7 @@
 
 #include <QPushButton>
 
-#include "app/import/card_frame.h"
+#include "app/widgets/card_frame.h"
 
 namespace copperwick::app {
 

@@ -73,6 +73,7 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
       m_flip(new QCheckBox(QStringLiteral("This bank shows purchases the other way around"),
                            m_flipRow)),
       m_summary(new ImportPlanSummary(m_body)) {
+    setContentsMargins(kCardMargins);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(12);

@@ -20,7 +20,7 @@
 #include <QPushButton>
 #include <QToolButton>
 
-#include "app/import/card_frame.h"
+#include "app/widgets/card_frame.h"
 #include "app/import/elided_label.h"
 #include "app/import/import_plan_summary.h"
 #include "app/shell/runtime_bridge.h"

@@ -4,9 +4,9 @@
 #include <QHBoxLayout>
 #include <QScrollArea>
 
-#include "app/import/card_frame.h"
 #include "app/import/import_style.h"
 #include "app/import/saved_change.h"
+#include "app/widgets/card_frame.h"
 #include "app/widgets/qt_text.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/layout_file.h"
@@ -131,6 +131,7 @@ void ImportLayoutsSheet::fill() {
 
 QWidget* ImportLayoutsSheet::makeRow(const ImportProfile& profile, QPushButton*& exportButton) {
     auto* card = new CardFrame(m_list);
+    card->setContentsMargins(kCardMargins);
     card->setContentsMargins(14, 10, 14, 10);
     auto* layout = new QHBoxLayout(card);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -8,10 +8,10 @@
 #include <QTimer>
 
 #include "app/import/bundled_samples.h"
-#include "app/import/card_frame.h"
 #include "app/import/import_style.h"
 #include "app/import/tab_order.h"
 #include "app/shell/sections.h"
+#include "app/widgets/card_frame.h"
 #include "app/widgets/page_header.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
@@ -140,6 +140,7 @@ void ImportPage::showPending() {
     m_pendingShown.clear();
     for (const QString& text : texts) {
         auto* card = new CardFrame(m_cardsBox->parentWidget());
+        card->setContentsMargins(kCardMargins);
         auto* row = new QHBoxLayout(card);
         row->setContentsMargins(0, 0, 0, 0);
         row->setSpacing(12);

@@ -24,7 +24,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-#include "app/review/card_frame.h"
+#include "app/widgets/card_frame.h"
 #include "app/review/elided_label.h"
 #include "app/widgets/merchant_badge.h"
 #include "core/review/review_decision.h"

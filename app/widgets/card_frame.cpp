@@ -1,4 +1,4 @@
-#include "app/review/card_frame.h"
+#include "app/widgets/card_frame.h"
 
 #include <QPainter>
 #include <QPainterPath>
