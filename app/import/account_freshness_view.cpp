@@ -3,7 +3,7 @@
 #include <QHBoxLayout>
 #include <QMenu>
 
-#include "app/import/elided_label.h"
+#include "app/widgets/elided_label.h"
 #include "app/import/import_style.h"
 #include "app/import/saved_change.h"
 #include "app/widgets/card_frame.h"

@@ -21,7 +21,7 @@
 #include <QToolButton>
 
 #include "app/widgets/card_frame.h"
-#include "app/import/elided_label.h"
+#include "app/widgets/elided_label.h"
 #include "app/import/import_plan_summary.h"
 #include "app/shell/runtime_bridge.h"
 #include "core/model/uuid.h"

@@ -25,7 +25,7 @@
 #include <QRadioButton>
 
 #include "app/widgets/card_frame.h"
-#include "app/review/elided_label.h"
+#include "app/widgets/elided_label.h"
 #include "app/widgets/merchant_badge.h"
 #include "core/review/review_decision.h"
 #include "core/review/review_queue.h"

@@ -3,7 +3,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 
-#include "app/review/elided_label.h"
+#include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"

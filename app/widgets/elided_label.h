@@ -14,6 +14,7 @@ class ElidedLabel : public QLabel {
 
   public:
     explicit ElidedLabel(QWidget* parent = nullptr);
+    explicit ElidedLabel(const QString& text, QWidget* parent = nullptr);
 
     void setFullText(const QString& text);
     [[nodiscard]] const QString& fullText() const { return m_fullText; }

@@ -1,4 +1,4 @@
-#include "app/import/elided_label.h"
+#include "app/widgets/elided_label.h"
 
 #include <QEvent>
 #include <QFontMetrics>
@@ -8,6 +8,10 @@ namespace copperwick::app {
 ElidedLabel::ElidedLabel(QWidget* parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+}
+
+ElidedLabel::ElidedLabel(const QString& text, QWidget* parent) : ElidedLabel(parent) {
+    setFullText(text);
 }
 
 void ElidedLabel::setFullText(const QString& text) {
