@@ -3,12 +3,12 @@
 #include <QHBoxLayout>
 #include <QMenu>
 
-#include "app/widgets/elided_label.h"
-#include "app/import/import_style.h"
 #include "app/import/saved_change.h"
 #include "app/widgets/card_frame.h"
+#include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/text_styles.h"
 #include "core/operations/report_notes.h"
 #include "core/reports/account_freshness.h"
 #include "runtime/instant_text.h"

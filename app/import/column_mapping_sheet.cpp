@@ -4,8 +4,8 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-#include "app/import/import_style.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/text_styles.h"
 #include "core/import/import_analyzer.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"

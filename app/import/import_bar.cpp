@@ -5,8 +5,8 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
-#include "app/import/import_style.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/text_styles.h"
 #include "core/import/import_words.h"
 
 namespace copperwick::app {

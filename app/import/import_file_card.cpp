@@ -8,10 +8,10 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-#include "app/import/import_style.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_icons.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/text_styles.h"
 
 namespace copperwick::app {
 

@@ -4,10 +4,10 @@
 #include <QHBoxLayout>
 #include <QScrollArea>
 
-#include "app/import/import_style.h"
 #include "app/import/saved_change.h"
 #include "app/widgets/card_frame.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/text_styles.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/layout_file.h"
 #include "core/operations/upsert_profile.h"

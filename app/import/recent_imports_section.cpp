@@ -10,9 +10,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/import/import_style.h"
 #include "app/import/saved_change.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/text_styles.h"
 #include "core/import/import_commit.h"
 #include "core/import/import_words.h"
 #include "runtime/instant_text.h"

@@ -1,4 +1,5 @@
 #include "app/review/review_group_card.h"
+#include "app/widgets/text_styles.h"
 
 #include <QCompleter>
 #include <QGridLayout>

@@ -1,4 +1,5 @@
 #include "app/review/stale_pending_section.h"
+#include "app/widgets/text_styles.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -35,28 +35,4 @@ void CardFrame::paintEvent(QPaintEvent*) {
     painter.drawPath(path);
 }
 
-QLabel* headingLabel(const QString& text, QWidget* parent, double scale) {
-    auto* label = new QLabel(text, parent);
-    QFont font = label->font();
-    font.setWeight(QFont::DemiBold);
-    if (scale != 1.0)
-        font.setPointSizeF(font.pointSizeF() * scale);
-    label->setFont(font);
-    label->setAccessibleName(text);
-    return label;
-}
-
-QLabel* noteLabel(const QString& text, QWidget* parent, bool small) {
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    if (small) {
-        QFont font = label->font();
-        font.setPointSizeF(font.pointSizeF() * 0.92);
-        label->setFont(font);
-    }
-    label->setAccessibleName(text);
-    return label;
-}
-
 }  // namespace copperwick::app

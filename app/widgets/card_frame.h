@@ -2,8 +2,7 @@
 
 // The surface the screens' cards and sections stand on: a rounded panel in
 // the palette's surface colour with a hairline edge, so that it reads as one
-// piece on the window's colour in light and dark. Also the few text styles
-// the cards share. Main thread only.
+// piece on the window's colour in light and dark. Main thread only.
 
 #include <QFrame>
 #include <QLabel>
@@ -23,10 +22,5 @@ class CardFrame : public QFrame {
   protected:
     void paintEvent(QPaintEvent* event) override;
 };
-
-// A label in the card's heading weight.
-[[nodiscard]] QLabel* headingLabel(const QString& text, QWidget* parent, double scale = 1.0);
-// A label in the secondary colour, wrapped, for notes and explanations.
-[[nodiscard]] QLabel* noteLabel(const QString& text, QWidget* parent, bool small = false);
 
 }  // namespace copperwick::app

@@ -1,7 +1,7 @@
 #pragma once
 
-// The few ways the Import screen sets its text and lists, in one place so
-// that every card reads alike: headings, quieter secondary lines, wrapped
+// The few ways the screens set their text and lists, in one place so that
+// every card reads alike: headings, quieter secondary lines, wrapped
 // notes, and short lists sized to their rows. Colours stay the palette's.
 // Main thread only.
 
@@ -18,6 +18,9 @@ namespace copperwick::app {
 [[nodiscard]] QLabel* headingLabel(const QString& text, QWidget* parent, qreal scale = 1.0);
 // A quieter line in the palette's placeholder colour, wrapped.
 [[nodiscard]] QLabel* secondaryLabel(const QString& text, QWidget* parent);
+// A note in the palette's placeholder colour, wrapped; `small` a little
+// smaller than the standard size.
+[[nodiscard]] QLabel* noteLabel(const QString& text, QWidget* parent, bool small = false);
 // Sets both the text and the accessible name.
 void setLabelText(QLabel* label, const QString& text);
 // Fixes a list's height to its rows, at most `maxRows` before it scrolls.

@@ -1,4 +1,4 @@
-#include "app/import/import_style.h"
+#include "app/widgets/text_styles.h"
 
 #include <algorithm>
 
@@ -25,6 +25,16 @@ QLabel* secondaryLabel(const QString& text, QWidget* parent) {
     QLabel* label = textLabel(text, parent);
     label->setWordWrap(true);
     label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
+QLabel* noteLabel(const QString& text, QWidget* parent, bool small) {
+    QLabel* label = secondaryLabel(text, parent);
+    if (small) {
+        QFont font = label->font();
+        font.setPointSizeF(font.pointSizeF() * 0.92);
+        label->setFont(font);
+    }
     return label;
 }
 
