@@ -1,5 +1,6 @@
 #include "app/review/card_frame.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -33,6 +34,31 @@ void CardFrame::paintEvent(QPaintEvent*) {
     painter.setPen(
         QPen(mix(colours.color(QPalette::Base), colours.color(QPalette::Text), 0.13), 1));
     painter.drawPath(path);
+}
+
+TintPanel::TintPanel(QWidget* parent) : QFrame(parent) {
+    setFrameShape(QFrame::NoFrame);
+}
+
+void TintPanel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath path;
+    path.addRoundedRect(QRectF(rect()), kRadius - 3, kRadius - 3);
+    const QPalette& colours = palette();
+    painter.fillPath(path,
+                     mix(colours.color(QPalette::Base), colours.color(QPalette::Highlight), 0.12));
+}
+
+void makePrimary(QPushButton* button) {
+    // Only the active and inactive colours: a button that can't be pressed
+    // keeps the palette's own disabled look.
+    QPalette colours = QApplication::palette(button);
+    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
+        colours.setColor(group, QPalette::Button, colours.color(QPalette::Highlight));
+        colours.setColor(group, QPalette::ButtonText, colours.color(QPalette::HighlightedText));
+    }
+    button->setPalette(colours);
 }
 
 QLabel* headingLabel(const QString& text, QWidget* parent, double scale) {

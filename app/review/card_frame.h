@@ -7,6 +7,7 @@
 
 #include <QFrame>
 #include <QLabel>
+#include <QPushButton>
 
 namespace copperwick::app {
 
@@ -19,6 +20,23 @@ class CardFrame : public QFrame {
   protected:
     void paintEvent(QPaintEvent* event) override;
 };
+
+// A softer panel inside a card, tinted with the skin's selection colour:
+// where the system speaks (a suggestion) rather than the person.
+class TintPanel : public QFrame {
+    Q_OBJECT
+
+  public:
+    explicit TintPanel(QWidget* parent = nullptr);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+// Gives a button the look of the action the card is for: the selection
+// colour while it can be pressed, the plain look while it can't. Called
+// again when the palette changes, since the colours are the skin's.
+void makePrimary(QPushButton* button);
 
 // A label in the card's heading weight.
 [[nodiscard]] QLabel* headingLabel(const QString& text, QWidget* parent, double scale = 1.0);

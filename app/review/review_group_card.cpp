@@ -91,7 +91,7 @@ ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& grou
     m_save = new QPushButton(QStringLiteral("Save"), this);
     m_save->setAccessibleName(m_save->text());
     m_save->setAutoDefault(true);
-    m_save->setDefault(true);
+    makePrimary(m_save);
     actions->addWidget(m_save);
     layout->addLayout(actions);
 
@@ -159,19 +159,8 @@ QWidget* ReviewGroupCard::buildHeader() {
 }
 
 QWidget* ReviewGroupCard::buildBanner() {
-    m_banner = new QFrame(this);
+    m_banner = new TintPanel(this);
     m_banner->setObjectName(QStringLiteral("suggestionBanner"));
-    m_banner->setAutoFillBackground(true);
-    // The banner is tinted with the skin's selection colour over the surface.
-    QPalette tinted = palette();
-    const QColor base = tinted.color(QPalette::Base);
-    const QColor accent = tinted.color(QPalette::Highlight);
-    tinted.setColor(QPalette::Window,
-                    QColor::fromRgbF(base.redF() + (accent.redF() - base.redF()) * 0.14f,
-                                     base.greenF() + (accent.greenF() - base.greenF()) * 0.14f,
-                                     base.blueF() + (accent.blueF() - base.blueF()) * 0.14f));
-    m_banner->setPalette(tinted);
-    m_banner->setBackgroundRole(QPalette::Window);
 
     auto* layout = new QHBoxLayout(m_banner);
     layout->setContentsMargins(12, 10, 12, 10);
@@ -436,6 +425,9 @@ void ReviewGroupCard::decisionChanged() {
     place(m_merchantRefusal, ReviewField::merchant);
     place(m_categoryRefusal, ReviewField::category);
     place(m_purposeRefusal, ReviewField::purpose);
+    // Once a purpose is chosen its line has nothing more to say.
+    if (m_purposeRefusal)
+        m_purposeRefusal->setVisible(!m_decision.purpose);
     setLabel(m_rememberNote, toQString(m_decision.remember ? kRememberOn : kRememberOff));
 }
 
@@ -481,6 +473,23 @@ void ReviewGroupCard::showTransactions() {
     focus.ids.insert(m_group.transactionIDs.begin(), m_group.transactionIDs.end());
     m_runtime.setTransactionsFocus(std::move(focus));
     m_runtime.setSection(AppSection::transactions);
+}
+
+void ReviewGroupCard::focusEditor() {
+    QWidget* first = m_merchant;
+    if (!first && m_purposes) {
+        first = m_purposes->checkedButton();
+        if (!first && !m_purposes->buttons().isEmpty())
+            first = m_purposes->buttons().front();
+    }
+    if (first)
+        first->setFocus(Qt::TabFocusReason);
+}
+
+void ReviewGroupCard::changeEvent(QEvent* event) {
+    CardFrame::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_save)
+        makePrimary(m_save);
 }
 
 void ReviewGroupCard::keyPressEvent(QKeyEvent* event) {

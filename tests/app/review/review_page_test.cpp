@@ -314,7 +314,8 @@ TEST_F(ReviewScreenTest, CardsAreMadeABatchAtATime) {
 
 TEST_F(ReviewScreenTest, KeyboardTabsToTheCategoryChoosesWithArrowsAndSavesWithEnter) {
     const Uuid id = addLine("CORNER HARDWARE 0412", -2599);
-    ReviewGroupCard* card = page().cards().front();
+    addLine("NEIGHBORHOOD BAKERY", -850);
+    ReviewGroupCard* card = this->card("out|CORNER HARDWARE");
     page().activateWindow();
     card->merchantField()->setFocus(Qt::TabFocusReason);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -326,6 +327,35 @@ TEST_F(ReviewScreenTest, KeyboardTabsToTheCategoryChoosesWithArrowsAndSavesWithE
     QTest::keyClick(card->categoryBox(), Qt::Key_Return);
     EXPECT_EQ(line(id).review, ReviewState::confirmed);
     EXPECT_EQ(ledger().category(line(id).categoryID)->name, chosen.toStdString());
+
+    // The keyboard goes on to the next group rather than getting lost.
+    settle();
+    ReviewGroupCard* next = this->card("out|NEIGHBORHOOD BAKERY");
+    ASSERT_NE(next, nullptr);
+    EXPECT_EQ(QApplication::focusWidget(), next->merchantField());
+}
+
+// A decided group stayed on screen until the background reading of a large
+// ledger came back, and a second press of Save filed it twice.
+TEST_F(ReviewScreenTest, ALargeLedgerIsReadInTheBackgroundAndADecidedGroupGoesAtOnce) {
+    addLine("CORNER HARDWARE 0412", -2599);
+    addLine("NEIGHBORHOOD BAKERY", -850);
+    page().setReadInBackgroundFrom(0);
+    page().refresh();
+    ASSERT_TRUE(page().isReading());
+    runtime().mainQueue()->runUntil([&] { return !page().isReading(); });
+    ASSERT_EQ(page().cards().size(), 2u);
+
+    ReviewGroupCard* bakery = card("out|NEIGHBORHOOD BAKERY");
+    bakery->categoryBox()->setCurrentIndex(indexOfCategory(bakery->categoryBox(), "Groceries"));
+    bakery->saveButton()->click();
+    EXPECT_TRUE(page().isReading());
+    EXPECT_EQ(card("out|NEIGHBORHOOD BAKERY"), nullptr);
+    EXPECT_EQ(page().countLabel()->text(), "1 transaction in 1 group needs you.");
+    runtime().mainQueue()->runUntil([&] { return !page().isReading(); });
+    settle();
+    EXPECT_EQ(page().cards().size(), 1u);
+    EXPECT_EQ(ledger().changes.size(), 1u);
 }
 
 TEST_F(ReviewScreenTest, ReviewRuleMakesADraftOfTheSuggestedRule) {

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QIcon>
+#include <QScrollBar>
 #include <QStyleFactory>
 
 #include "app/review/review_page.h"
@@ -85,9 +86,41 @@ TEST(ReviewScreenshots, DemoWorkspaceInLightAndDark) {
         runtime.setSection(AppSection::review);
         window.show();
         QApplication::processEvents();
-        const QString name = QDir(folder).filePath(dark ? QStringLiteral("review-dark.png")
-                                                        : QStringLiteral("review-light.png"));
-        EXPECT_TRUE(window.grab().save(name));
+        const QString form = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        EXPECT_TRUE(window.grab().save(QDir(folder).filePath("review-" + form + ".png")));
+        // The end of the screen: pending charges and suggested rules.
+        auto* page = qobject_cast<ReviewPage*>(window.page(AppSection::review));
+        ASSERT_NE(page, nullptr);
+        QScrollBar* bar = page->scrollArea()->verticalScrollBar();
+        bar->setValue(bar->maximum());
+        QApplication::processEvents();
+        EXPECT_TRUE(window.grab().save(QDir(folder).filePath("review-" + form + "-end.png")));
+    }
+
+    // A payment to a person, which the demo has already filed, asks its own question.
+    const Uuid checking = runtime.ledger().accounts.front().id;
+    runtime.apply([&](Ledger& copy) {
+        LedgerTransaction line{.id = Uuid::random(),
+                               .accountID = checking,
+                               .date = runtime.today(),
+                               .amount = -4500,
+                               .rawDescription = "Zelle payment to Robin Sample"};
+        copy.transactions.set(line.id, line);
+        LedgerDelta delta;
+        delta.change(RecordKind::transaction, line.id);
+        return delta;
+    });
+    MainWindow window(runtime, importer);
+    window.resize(1180, 900);
+    window.show();
+    QApplication::processEvents();
+    auto* page = qobject_cast<ReviewPage*>(window.page(AppSection::review));
+    for (ReviewGroupCard* card : page->cards()) {
+        if (card->asksPurpose()) {
+            card->purposeButton(ZelleChoice::spending)->click();
+            QApplication::processEvents();
+            EXPECT_TRUE(card->grab().save(QDir(folder).filePath("review-zelle-dark.png")));
+        }
     }
 }
 
