@@ -36,8 +36,9 @@ class RulesScreenTest : public ::testing::Test {
     }
 
     // Writes the builder's ledger as the data file, then opens the runtime
-    // on it and shows the page.
-    void open() {
+    // on it and shows the page. Work of other threads comes back through the
+    // event loop, or through `queue` when a test hands results over itself.
+    void open(std::shared_ptr<MainQueue> queue = nullptr) {
         const auto folder = temp / "Copperwick";
         std::filesystem::create_directories(folder);
         {
@@ -47,7 +48,7 @@ class RulesScreenTest : public ::testing::Test {
         RuntimeOptions options;
         options.dataFolder = folder;
         options.preferencesFolder = temp / "config";
-        options.mainQueue = std::make_shared<app::QtMainQueue>(qApp);
+        options.mainQueue = queue ? std::move(queue) : std::make_shared<app::QtMainQueue>(qApp);
         runtime = std::make_unique<LedgerRuntime>(options);
         bridge = std::make_unique<app::RuntimeBridge>(*runtime, importer);
         page = std::make_unique<app::RulesPage>(*bridge);
