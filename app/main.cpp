@@ -3,9 +3,11 @@
 #include <QApplication>
 
 #include "app/shell/app_options.h"
+#include "app/shell/desktop_icon.h"
 #include "app/shell/main_window.h"
 #include "app/shell/package_check.h"
 #include "app/shell/qt_main_queue.h"
+#include "app/shell/skin_store.h"
 #include "copperwick_version.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
@@ -13,6 +15,10 @@
 int main(int argc, char** argv) {
     using namespace copperwick;
     using namespace copperwick::app;
+
+    // Before Qt starts: it needs no display, and exits without a window.
+    if (const auto code = runDesktopIconCommandIfAsked(argc, argv, std::cerr))
+        return *code;
 
     QApplication application(argc, argv);
     QApplication::setApplicationVersion(QStringLiteral(COPPERWICK_VERSION));
@@ -23,6 +29,9 @@ int main(int argc, char** argv) {
     runtimeOptions.mainQueue = std::make_shared<QtMainQueue>(&application);
     LedgerRuntime runtime(std::move(runtimeOptions));
     ImportModel importer;
+    SkinStore skins(runtime.defaults());
+    skins.applyAppearance();
+    skins.applyAppIcon();
     MainWindow window(runtime, importer);
 
     if (!options.files.empty()) {

@@ -22,9 +22,9 @@
 #include "core/model/text.h"
 #include "core/operations/classification.h"
 #include "core/operations/zelle_choice.h"
+#include "core/presentation/review_decision.h"
 #include "core/presentation/review_text.h"
 #include "core/reports/payment_service_detection.h"
-#include "core/review/review_decision.h"
 #include "core/review/review_queue.h"
 
 namespace copperwick::cli {

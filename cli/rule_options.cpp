@@ -5,8 +5,8 @@
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
 #include "core/matching/rule_pattern.h"
-#include "core/model/money.h"
 #include "core/model/text.h"
+#include "core/operations/rules.h"
 
 namespace copperwick::cli {
 
@@ -16,16 +16,6 @@ std::optional<Rule> refuse(CommandContext& context, std::string_view message, in
     context.err << message << '\n';
     context.exitCode = code;
     return std::nullopt;
-}
-
-// An amount as a bank prints it; the rule keeps its size only.
-std::optional<std::optional<int64_t>> readAmount(const std::string& text) {
-    if (text::trimmed(text).empty())
-        return std::optional<int64_t>();
-    const auto cents = Money::parseCents(text);
-    if (!cents)
-        return std::nullopt;
-    return std::optional<int64_t>(*cents < 0 ? -*cents : *cents);
 }
 
 }  // namespace
@@ -72,9 +62,9 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
                                       std::pair{options.maximum, &Rule::maximumAmount}}) {
         if (!text)
             continue;
-        const auto amount = readAmount(*text);
+        const auto amount = ruleAmountEntered(*text);
         if (!amount)
-            return refuse(context, "\u201C" + *text + "\u201D isn't an amount.", kExitUsage);
+            return refuse(context, notAnAmountText(*text), kExitUsage);
         rule.*field = *amount;
     }
     if (options.merchant) {
@@ -120,36 +110,6 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
     if (needsCategory && !ledger.category(rule.categoryID))
         return refuse(context, "Choose a category that matches spending or income.", kExitFailure);
     return rule;
-}
-
-std::string describeRule(const Ledger& ledger, const Rule& rule) {
-    std::string text =
-        "Text " + std::string(label(rule.match)) + " \u201C" + rule.pattern + "\u201D";
-    if (rule.direction != AmountDirection::any)
-        text += ", " + std::string(label(rule.direction));
-    for (const auto& id : rule.accountIDs) {
-        if (const Account* account = ledger.account(id))
-            text += ", " + account->name;
-    }
-    if (rule.minimumAmount)
-        text += ", at least " + Money::format(*rule.minimumAmount);
-    if (rule.maximumAmount)
-        text += ", at most " + Money::format(*rule.maximumAmount);
-    std::string outcome;
-    const auto add = [&](std::string_view part) {
-        outcome += (outcome.empty() ? "" : ", ") + std::string(part);
-    };
-    if (rule.merchantName)
-        add(*rule.merchantName);
-    if (const LedgerCategory* category = ledger.category(rule.categoryID))
-        add(category->name);
-    if (rule.kind)
-        add(label(*rule.kind));
-    text += " \u2192 " + (outcome.empty() ? std::string("nothing") : outcome);
-    if (rule.match == TextMatch::regex &&
-        RulePattern::check(rule.pattern) == RulePattern::Verdict::tooSlow)
-        text += " (too slow to match, so it files nothing)";
-    return text;
 }
 
 }  // namespace copperwick::cli

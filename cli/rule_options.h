@@ -1,7 +1,7 @@
 #pragma once
 // The options that describe a rule on the command line, shared by
-// `rules add`, `rules update` and `rules preview`, and the way a rule reads
-// back in a listing.
+// `rules add`, `rules update` and `rules preview`. A rule reads back in a
+// listing as core's describeRule words it.
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,8 +32,5 @@ void addRuleOptions(CLI::App& command, RuleOptions& options);
 // does. On a refusal it prints why, sets the exit code and returns absent.
 [[nodiscard]] std::optional<Rule> editedRule(const Ledger& ledger, Rule rule,
                                              const RuleOptions& options, CommandContext& context);
-
-// "Text contains “ACME”, Money out only → Acme, Dining, Spending"
-[[nodiscard]] std::string describeRule(const Ledger& ledger, const Rule& rule);
 
 }  // namespace copperwick::cli

@@ -317,14 +317,9 @@ void runPreview(CommandContext& context, const PreviewOptions& options) {
                                                {"shadowedBy", shadows}});
         return;
     }
-    context.out << describeRule(ledger, *rule) << '\n'
-                << fmt::format(
-                       "Matches {} transaction{}; {} would change; {} you set by hand "
-                       "stay as they are.\n",
-                       preview.matchingIDs.size(), preview.matchingIDs.size() == 1 ? "" : "s",
-                       preview.changingIDs.size(), preview.confirmedIDs.size());
-    for (const auto& [name, count] : preview.shadowedBy)
-        context.out << fmt::format("Taken first by \u201C{}\u201D: {}\n", name, count);
+    context.out << describeRule(ledger, *rule) << '\n' << preview.countsText() << '\n';
+    for (const auto& line : preview.shadowTexts())
+        context.out << line << '\n';
 }
 
 void runSuggestions(CommandContext& context) {

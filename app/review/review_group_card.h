@@ -27,7 +27,7 @@
 #include "app/review/card_frame.h"
 #include "app/review/elided_label.h"
 #include "app/widgets/merchant_badge.h"
-#include "core/review/review_decision.h"
+#include "core/presentation/review_decision.h"
 #include "core/review/review_queue.h"
 #include "runtime/ledger_runtime.h"
 

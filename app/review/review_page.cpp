@@ -334,8 +334,16 @@ ReviewGroupCard* ReviewPage::card(const std::string& groupID) const {
     return found == m_cards.end() ? nullptr : found->second;
 }
 
-void ReviewPage::openRuleEditor(Rule draft) {
-    m_ruleDraft = std::move(draft);
+RuleEditorSheet* ReviewPage::openRuleEditor(Rule draft) {
+    if (m_ruleEditor)
+        return nullptr;
+    m_ruleDraft = draft;
+    auto* sheet = new RuleEditorSheet(m_bridge, std::move(draft), this);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    connect(sheet, &QDialog::finished, this, [this] { m_ruleDraft.reset(); });
+    m_ruleEditor = sheet;
+    sheet->open();
+    return sheet;
 }
 
 std::vector<SelfCheck> ReviewPage::selfChecks() {

@@ -86,6 +86,9 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     });
 
     m_statusTimer.setSingleShot(true);
+    // A coarse timer may fire up to a twentieth early; the message has its
+    // full time.
+    m_statusTimer.setTimerType(Qt::PreciseTimer);
     m_statusTimer.setInterval(kStatusLifetime);
     connect(&m_statusTimer, &QTimer::timeout, this, &MainWindow::clearTimedStatus);
 

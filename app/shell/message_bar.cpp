@@ -1,7 +1,9 @@
 #include "app/shell/message_bar.h"
 
 #include <QEvent>
+#include <QGraphicsDropShadowEffect>
 #include <QHBoxLayout>
+#include <QPainter>
 #include <QVBoxLayout>
 
 #include "app/widgets/qt_text.h"
@@ -12,7 +14,9 @@ namespace copperwick::app {
 namespace {
 
 // Room kept around the bars, so that they float over the screens below.
-constexpr int kMargin = 12;
+constexpr int kMargin = 4;
+// How far a bar's shadow reaches, kept clear around the bars.
+constexpr int kShadow = 9;
 // The bars never grow wider than this; a wide window centres them.
 constexpr int kMaximumWidth = 760;
 
@@ -25,9 +29,13 @@ MessageBar::MessageBar(bool isError, QWidget* parent)
                             this)),
       m_text(new QLabel(this)),
       m_dismiss(new QPushButton(QStringLiteral("Dismiss"), this)) {
-    setFrameShape(QFrame::StyledPanel);
-    setAutoFillBackground(true);
-    setBackgroundRole(QPalette::Base);
+    setFrameShape(QFrame::NoFrame);
+    // It floats over the screen below: a soft shadow sets it apart.
+    m_shadow = new QGraphicsDropShadowEffect(this);
+    m_shadow->setBlurRadius(kShadow * 2);
+    m_shadow->setOffset(0, 2);
+    setGraphicsEffect(m_shadow);
+    shadeFromPalette();
 
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 8, 8, 8);
@@ -43,6 +51,27 @@ MessageBar::MessageBar(bool isError, QWidget* parent)
     connect(m_dismiss, &QPushButton::clicked, this, &MessageBar::dismissed);
 }
 
+void MessageBar::shadeFromPalette() {
+    QColor shade = palette().color(QPalette::Shadow);
+    shade.setAlphaF(0.35f);
+    m_shadow->setColor(shade);
+}
+
+void MessageBar::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange)
+        shadeFromPalette();
+    QFrame::changeEvent(event);
+}
+
+void MessageBar::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF box = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    painter.setPen(QPen(palette().color(QPalette::Mid), 1));
+    painter.setBrush(palette().color(QPalette::Base));
+    painter.drawRoundedRect(box, 9, 9);
+}
+
 void MessageBar::setText(const QString& text) {
     m_text->setText(text);
     m_text->setAccessibleName(text);
@@ -51,7 +80,7 @@ void MessageBar::setText(const QString& text) {
 MessageBarStack::MessageBarStack(QWidget* parent)
     : QWidget(parent), m_error(new MessageBar(true, this)), m_status(new MessageBar(false, this)) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(kShadow, kShadow, kShadow, kShadow);
     layout->setSpacing(6);
     layout->addWidget(m_error);
     layout->addWidget(m_status);
@@ -87,7 +116,7 @@ void MessageBarStack::place() {
     if (!any)
         return;
     const QWidget* parent = parentWidget();
-    const int width = std::min(parent->width() - 2 * kMargin, kMaximumWidth);
+    const int width = std::min(parent->width() - 2 * kMargin, kMaximumWidth + 2 * kShadow);
     layout()->activate();
     const int height = heightForWidth(width) > 0 ? heightForWidth(width) : sizeHint().height();
     setGeometry((parent->width() - width) / 2, kMargin, width, height);

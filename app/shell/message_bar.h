@@ -10,6 +10,7 @@
 #include <string>
 
 #include <QFrame>
+#include <QGraphicsDropShadowEffect>
 #include <QLabel>
 #include <QPushButton>
 #include <QWidget>
@@ -32,8 +33,15 @@ class MessageBar : public QFrame {
   Q_SIGNALS:
     void dismissed();
 
+  protected:
+    void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
   private:
+    void shadeFromPalette();
+
     bool m_isError;
+    QGraphicsDropShadowEffect* m_shadow;
     SymbolView* m_icon;
     QLabel* m_text;
     QPushButton* m_dismiss;

@@ -3,7 +3,9 @@
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPixmap>
 #include <QStyledItemDelegate>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "app/shell/sections.h"
@@ -53,9 +55,20 @@ class SidebarDelegate : public QStyledItemDelegate {
 
         const QRect iconRect(row.left() + 10, row.center().y() - kIconSize / 2 + 1, kIconSize,
                              kIconSize);
-        index.data(Qt::DecorationRole)
-            .value<QIcon>()
-            .paint(painter, iconRect, Qt::AlignCenter, selected ? QIcon::Selected : QIcon::Normal);
+        const QIcon icon = index.data(Qt::DecorationRole).value<QIcon>();
+        if (selected) {
+            // The section icons are single-colour outlines: on the selection
+            // they take the selection's text colour, as the label does.
+            const qreal ratio = painter->device()->devicePixelRatioF();
+            QPixmap tinted = icon.pixmap(iconRect.size(), ratio);
+            QPainter tint(&tinted);
+            tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+            tint.fillRect(tinted.rect(), palette.color(QPalette::HighlightedText));
+            tint.end();
+            painter->drawPixmap(iconRect, tinted);
+        } else {
+            icon.paint(painter, iconRect, Qt::AlignCenter);
+        }
 
         const QColor text =
             palette.color(selected ? QPalette::HighlightedText : QPalette::WindowText);
@@ -150,7 +163,8 @@ Sidebar::Sidebar(bool isDemo, QWidget* parent) : QWidget(parent), m_list(new QLi
 void Sidebar::setCurrentSection(AppSection section) {
     m_current = section;
     const int row = sectionIndex(section);
-    if (m_list->currentRow() == row && m_list->item(row)->isSelected())
+    if (m_list->currentRow() == row && m_list->item(row)->isSelected() &&
+        m_list->selectedItems().size() == 1)
         return;
     m_updating = true;
     m_list->setCurrentRow(row, QItemSelectionModel::ClearAndSelect);
@@ -175,14 +189,33 @@ void Sidebar::selectionChanged() {
         return;
     const auto selected = m_list->selectedItems();
     if (selected.isEmpty()) {
-        // A row can't be unchosen, only another chosen: put the mark back.
-        setCurrentSection(m_current);
+        // A row can't be unchosen, only another chosen. Assistive technology
+        // chooses a row by clearing the selection and then selecting it, so
+        // the mark goes back only if nothing was chosen meanwhile.
+        QTimer::singleShot(0, this, [this] {
+            if (m_list->selectedItems().isEmpty())
+                setCurrentSection(m_current);
+        });
         return;
     }
-    const int row = m_list->row(selected.front());
-    if (row < 0 || row >= static_cast<int>(kSections.size()))
+    // The newly chosen row, when the old one is still marked beside it.
+    int chosen = sectionIndex(m_current);
+    for (const QListWidgetItem* item : selected) {
+        if (m_list->row(item) != sectionIndex(m_current)) {
+            chosen = m_list->row(item);
+            break;
+        }
+    }
+    if (chosen < 0 || chosen >= static_cast<int>(kSections.size()))
         return;
-    Q_EMIT sectionChosen(kSections[static_cast<std::size_t>(row)].section);
+    const AppSection section = kSections[static_cast<std::size_t>(chosen)].section;
+    if (section == m_current) {
+        // Only the mark of the row already chosen: make it the only one.
+        if (selected.size() > 1)
+            setCurrentSection(section);
+        return;
+    }
+    Q_EMIT sectionChosen(section);
 }
 
 }  // namespace copperwick::app

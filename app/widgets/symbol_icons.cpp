@@ -7,8 +7,9 @@ namespace copperwick::app {
 
 namespace {
 
-// Breeze has no medical case, ticket, briefcase, bus or tram; the nearest
-// picture of the same idea stands in for each.
+// Breeze has no gear, medical case, ticket, briefcase, bus or tram; the
+// nearest picture of the same idea stands in for each (KDE's own settings
+// picture, a heart, a play sign, a toolbox, a route).
 constexpr std::array<SymbolIcon, 41> kTable{{
     // Sections
     {"square.and.arrow.down", "document-import"},
@@ -17,11 +18,11 @@ constexpr std::array<SymbolIcon, 41> kTable{{
     {"chart.pie", "office-chart-pie"},
     {"banknote", "view-financial-account-cash"},
     {"sparkles", "tools-wizard"},
-    {"slider.horizontal.3", "games-config-options"},
-    {"gearshape", "settings-configure"},
+    {"slider.horizontal.3", "adjustlevels"},
+    {"gearshape", "configure"},
     // Sidebar foot and message bars
     {"lock.shield", "security-high"},
-    {"exclamationmark.triangle.fill", "dialog-warning"},
+    {"exclamationmark.triangle.fill", "emblem-warning"},
     {"exclamationmark.triangle", "data-warning"},
     {"checkmark.circle.fill", "emblem-success"},
     // Import, review and reports screens
@@ -29,29 +30,29 @@ constexpr std::array<SymbolIcon, 41> kTable{{
     {"tray.and.arrow.down", "download"},
     {"square.and.arrow.up", "document-export"},
     {"doc.text", "text-x-generic"},
-    {"xmark.circle.fill", "dialog-cancel"},
-    {"hand.raised", "process-stop"},
+    {"xmark.circle.fill", "window-close"},
+    {"hand.raised", "hand"},
     {"clock.arrow.circlepath", "view-history"},
-    {"lightbulb", "help-hint"},
+    {"lightbulb", "games-hint"},
     // Account types
     {"building.columns", "view-bank"},
     {"creditcard", "view-financial-account-credit-card"},
     {"wallet.bifold", "wallet-open"},
     // Merchant badges: transfers, categories and the demo's merchants
-    {"arrow.left.arrow.right", "view-financial-transfer-reconcile"},
+    {"arrow.left.arrow.right", "exchange-positions"},
     {"house.fill", "go-home"},
     {"basket.fill", "amarok_cart_view"},
     {"fork.knife", "food"},
     {"car.fill", "car"},
     {"bag.fill", "package"},
     {"repeat", "media-playlist-repeat"},
-    {"bolt.fill", "flash"},
-    {"cross.case.fill", "list-add"},
-    {"ticket.fill", "view-media-playlist"},
+    {"bolt.fill", "preferences-system-power-management"},
+    {"cross.case.fill", "love"},
+    {"ticket.fill", "media-playback-start"},
     {"airplane", "network-flightmode-on"},
-    {"book.closed.fill", "help-contents"},
+    {"book.closed.fill", "documentation"},
     {"star.fill", "rating"},
-    {"briefcase.fill", "folder-documents"},
+    {"briefcase.fill", "tools"},
     {"bus.fill", "routeplanning"},
     {"tram.fill", "routeplanning"},
     {"takeoutbag.and.cup.and.straw.fill", "food"},

@@ -4,8 +4,8 @@
 #include <unordered_set>
 
 #include "core/matching/transfer_pairing.h"
+#include "core/model/household_resolution.h"
 #include "core/operations/classification.h"
-#include "core/operations/household_assignment.h"
 
 namespace copperwick {
 

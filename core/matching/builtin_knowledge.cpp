@@ -390,6 +390,22 @@ std::vector<DirectoryEntry> makeMerchants() {
 
 }  // namespace
 
+std::string describeBuiltInRule(const BuiltInRule& rule) {
+    // The rule list names account types its own way: a checking account in full.
+    const auto typeText = [](AccountType type) -> std::string_view {
+        return type == AccountType::checking ? "Checking account" : label(type);
+    };
+    std::string types;
+    for (const auto type : rule.accountTypes)
+        types += (types.empty() ? "" : ", ") + std::string(typeText(type));
+    std::string text = std::string(label(rule.direction)) + ", " +
+                       (types.empty() ? std::string("Any account") : types) + " \u2192 " +
+                       std::string(label(rule.kind));
+    if (rule.categoryName)
+        text += ", " + *rule.categoryName;
+    return text;
+}
+
 namespace BuiltInKnowledge {
 
 // Never destroyed: a worker thread may still be matching while the process exits.
@@ -401,6 +417,12 @@ const std::vector<BuiltInRule>& rules() {
 const std::vector<DirectoryEntry>& merchants() {
     static const auto& table = *new std::vector<DirectoryEntry>(makeMerchants());
     return table;
+}
+
+std::string directoryText() {
+    return "Plus " + std::to_string(merchants().size()) +
+           " well-known merchants (Starbucks, Amazon, Safeway, Netflix\u2026) with a default "
+           "category. Your own choices always win.";
 }
 
 }  // namespace BuiltInKnowledge

@@ -33,6 +33,11 @@ struct BuiltInRule {
     friend bool operator==(const BuiltInRule&, const BuiltInRule&) = default;
 };
 
+// The rule's reach and outcome, as the list of built-in rules reads:
+// "Money out only, Checking account, Credit card → Spending, Fees & Interest".
+// A rule for every kind of account says "Any account".
+[[nodiscard]] std::string describeBuiltInRule(const BuiltInRule& rule);
+
 // One merchant of the directory. `category` is a category's name, resolved
 // against the ledger when used. A phrase may end in "~": it may then run on
 // into a longer word, and the "~" itself is not part of the text searched.
@@ -52,6 +57,11 @@ namespace BuiltInKnowledge {
 
 // The 275 merchants of the directory, 392 phrases in all, in table order.
 [[nodiscard]] const std::vector<DirectoryEntry>& merchants();
+
+// What stands under the built-in rules: "Plus 275 well-known merchants
+// (Starbucks, Amazon, Safeway, Netflix…) with a default category. Your own
+// choices always win."
+[[nodiscard]] std::string directoryText();
 
 }  // namespace BuiltInKnowledge
 

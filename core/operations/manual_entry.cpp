@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "core/model/checked.h"
+#include "core/model/household_resolution.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
 #include "core/operations/change_history.h"
-#include "core/operations/household_assignment.h"
 #include "core/operations/upsert_category.h"
 
 namespace copperwick {

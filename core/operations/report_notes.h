@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/model/data_note.h"
 #include "core/model/ledger.h"
 #include "core/model/ledger_delta.h"
-#include "core/reports/data_note.h"
 
 namespace copperwick {
 

@@ -3,6 +3,9 @@
 #include <algorithm>
 
 #include "core/matching/matcher.h"
+#include "core/matching/rule_pattern.h"
+#include "core/model/money.h"
+#include "core/model/text.h"
 #include "core/operations/classification.h"
 
 namespace copperwick {
@@ -21,6 +24,36 @@ void rematchAllIf(bool applyNow, Ledger& ledger, LedgerDelta& delta) {
 }
 
 }  // namespace
+
+std::string describeRule(const Ledger& ledger, const Rule& rule) {
+    std::string text =
+        "Text " + std::string(label(rule.match)) + " \u201C" + rule.pattern + "\u201D";
+    if (rule.direction != AmountDirection::any)
+        text += ", " + std::string(label(rule.direction));
+    for (const auto& id : rule.accountIDs) {
+        if (const Account* account = ledger.account(id))
+            text += ", " + account->name;
+    }
+    if (rule.minimumAmount)
+        text += ", at least " + Money::format(*rule.minimumAmount);
+    if (rule.maximumAmount)
+        text += ", at most " + Money::format(*rule.maximumAmount);
+    std::string outcome;
+    const auto add = [&](std::string_view part) {
+        outcome += (outcome.empty() ? "" : ", ") + std::string(part);
+    };
+    if (rule.merchantName)
+        add(*rule.merchantName);
+    if (const LedgerCategory* category = ledger.category(rule.categoryID))
+        add(category->name);
+    if (rule.kind)
+        add(label(*rule.kind));
+    text += " \u2192 " + (outcome.empty() ? std::string("nothing") : outcome);
+    if (rule.match == TextMatch::regex &&
+        RulePattern::check(rule.pattern) == RulePattern::Verdict::tooSlow)
+        text += " (too slow to match, so it files nothing)";
+    return text;
+}
 
 LedgerDelta addRule(Ledger& ledger, const Rule& rule, bool atTop, bool applyNow) {
     std::vector<Uuid> order;
@@ -78,6 +111,19 @@ LedgerDelta setBuiltInRule(Ledger& ledger, const std::string& id, bool enabled) 
     LedgerDelta delta = settingsChange();
     rematchAllIf(true, ledger, delta);
     return delta;
+}
+
+std::optional<std::optional<int64_t>> ruleAmountEntered(std::string_view text) {
+    if (text::trimmed(text).empty())
+        return std::optional<int64_t>();
+    const auto cents = Money::parseCents(text);
+    if (!cents)
+        return std::nullopt;
+    return std::optional<int64_t>(*cents < 0 ? -*cents : *cents);
+}
+
+std::string notAnAmountText(std::string_view text) {
+    return "\u201C" + std::string(text) + "\u201D isn't an amount.";
 }
 
 }  // namespace copperwick

@@ -7,13 +7,22 @@
 // editor shows a change's reach before it is made. With `applyNow` the
 // matcher runs again over every transaction it may still change. Functions on
 // the thread that owns the ledger value.
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/model/ledger.h"
 #include "core/model/ledger_delta.h"
 
 namespace copperwick {
+
+// A rule as its row reads: the text it looks for, "Money in only" or
+// "Money out only", its accounts' names, its amounts, then what it files:
+// "Text contains “ACME”, Money out only, Joint Checking → Acme, Dining,
+// Spending". A pattern too slow to use says that it files nothing.
+[[nodiscard]] std::string describeRule(const Ledger& ledger, const Rule& rule);
 
 // Also writes the complete running order back, which mends a stale one.
 [[nodiscard]] LedgerDelta addRule(Ledger& ledger, const Rule& rule, bool atTop, bool applyNow);
@@ -28,5 +37,12 @@ namespace copperwick {
 
 // A switch always takes effect at once.
 [[nodiscard]] LedgerDelta setBuiltInRule(Ledger& ledger, const std::string& id, bool enabled);
+
+// A rule's "At least" or "At most" as typed: blank is no limit, else an
+// amount as a bank prints it, of which the rule keeps the size. Absent when
+// the text isn't an amount; notAnAmountText words that refusal.
+[[nodiscard]] std::optional<std::optional<int64_t>> ruleAmountEntered(std::string_view text);
+// "“12.3.4” isn't an amount."
+[[nodiscard]] std::string notAnAmountText(std::string_view text);
 
 }  // namespace copperwick

@@ -14,8 +14,8 @@
 
 #include "core/matching/merchant_keys.h"
 #include "core/model/date_text.h"
+#include "core/model/household_resolution.h"
 #include "core/model/money.h"
-#include "core/operations/household_assignment.h"
 #include "core/operations/manual_entry.h"
 #include "core/operations/merchants.h"
 #include "core/operations/record_maintenance.h"

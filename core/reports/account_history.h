@@ -8,8 +8,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/model/data_note.h"
 #include "core/model/ledger.h"
-#include "core/reports/data_note.h"
 #include "core/reports/report_filter.h"
 
 namespace copperwick::ReportEngine::detail {

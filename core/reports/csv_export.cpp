@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "core/model/household_resolution.h"
 #include "core/model/money.h"
-#include "core/operations/household_assignment.h"
 
 namespace copperwick::CSVExport {
 

@@ -4,19 +4,6 @@
 
 namespace copperwick {
 
-std::optional<Uuid> DataNote::accountID() const {
-    if (!acknowledgement)
-        return std::nullopt;
-    return std::visit(
-        [](const auto& answer) -> std::optional<Uuid> {
-            if constexpr (requires { answer.accountID; })
-                return answer.accountID;
-            else
-                return std::nullopt;
-        },
-        *acknowledgement);
-}
-
 int64_t MonthLine::net() const {
     return checked::sub(income, spending);
 }

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "core/model/data_note.h"
 #include "core/model/uuid.h"
-#include "core/reports/data_note.h"
 #include "core/reports/report_filter.h"
 
 namespace copperwick {

@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "core/model/data_note.h"
 #include "core/model/ledger.h"
-#include "core/reports/data_note.h"
 #include "core/reports/report.h"
 #include "core/reports/report_filter.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/operations/household_assignment.h"
+#include "core/model/household_resolution.h"
 
 namespace copperwick {
 

@@ -98,4 +98,18 @@ RulePreview RulePreview::compute(const Rule& draft, const Ledger& ledger,
     return preview;
 }
 
+std::string RulePreview::countsText() const {
+    return "Matches " + std::to_string(matchingIDs.size()) + " transaction" +
+           (matchingIDs.size() == 1 ? "" : "s") + "; " + std::to_string(changingIDs.size()) +
+           " would change; " + std::to_string(confirmedIDs.size()) +
+           " you set by hand stay as they are.";
+}
+
+std::vector<std::string> RulePreview::shadowTexts() const {
+    std::vector<std::string> texts;
+    for (const auto& [name, count] : shadowedBy)
+        texts.push_back("Taken first by \u201C" + name + "\u201D: " + std::to_string(count));
+    return texts;
+}
+
 }  // namespace copperwick

@@ -26,6 +26,13 @@ struct RulePreview {
     [[nodiscard]] static RulePreview compute(const Rule& rule, const Ledger& ledger,
                                              std::optional<std::size_t> position = std::nullopt);
 
+    // The counts in words, as the rule editor and `rules preview` give them:
+    // "Matches 3 transactions; 2 would change; 1 you set by hand stay as they are."
+    [[nodiscard]] std::string countsText() const;
+    // One line for each earlier rule that takes lines first, by name:
+    // "Taken first by “Payroll”: 2".
+    [[nodiscard]] std::vector<std::string> shadowTexts() const;
+
     friend bool operator==(const RulePreview&, const RulePreview&) = default;
 };
 

@@ -358,7 +358,7 @@ TEST_F(ReviewScreenTest, ALargeLedgerIsReadInTheBackgroundAndADecidedGroupGoesAt
     EXPECT_EQ(ledger().changes.size(), 1u);
 }
 
-TEST_F(ReviewScreenTest, ReviewRuleMakesADraftOfTheSuggestedRule) {
+TEST_F(ReviewScreenTest, ReviewRuleOpensTheEditorOnTheSuggestedRule) {
     const Uuid shopping = categoryNamed("Shopping");
     for (const auto& text : {"ACME HARDWARE 1234", "ACME HARDWARE 5678"}) {
         const Uuid id = addLine(text, -1500);
@@ -380,8 +380,18 @@ TEST_F(ReviewScreenTest, ReviewRuleMakesADraftOfTheSuggestedRule) {
                            "Based on 2 corrections \u00B7 would match 2 transactions"}));
     rules->reviewButton(0)->click();
     ASSERT_TRUE(page().ruleDraft());
-    EXPECT_EQ(page().ruleDraft()->pattern, "ACME HARDWARE");
-    EXPECT_EQ(page().ruleDraft()->categoryID, shopping);
+    RuleEditorSheet* editor = page().ruleEditor();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_FALSE(editor->isEditing());
+    EXPECT_EQ(editor->patternField()->text(), "ACME HARDWARE");
+    EXPECT_EQ(editor->categoryField()->currentText(), "Shopping");
+    ASSERT_TRUE(editor->canSave());
+    editor->saveButton()->click();
+    settle();
+    ASSERT_EQ(ledger().rules.size(), 1u);
+    EXPECT_EQ(ledger().rules.front().pattern, "ACME HARDWARE");
+    EXPECT_FALSE(page().ruleDraft());
+    EXPECT_FALSE(rules->isVisible()) << "a rule with that pattern is no longer suggested";
 }
 
 }  // namespace

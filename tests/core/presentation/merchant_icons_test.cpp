@@ -1,5 +1,6 @@
 #include "core/presentation/merchant_icons.h"
 
+#include <thread>
 #include <unordered_set>
 
 #include <gtest/gtest.h>
@@ -269,6 +270,19 @@ TEST(MerchantIconCatalog, ATransactionIsNamedAsReportsNameIt) {
     // Equal badges are one badge to a cache of drawn images.
     const std::unordered_set<MerchantIconDescriptor> drawn{joes, coffee, moved, joes};
     EXPECT_EQ(drawn.size(), 3u);
+}
+
+TEST(MerchantIconCatalog, TheSharedCatalogIsLoadedOnceWhoeverAsksFirst) {
+    std::array<const MerchantIconCatalog*, 4> seen{};
+    {
+        std::vector<std::jthread> threads;
+        for (auto& slot : seen)
+            threads.emplace_back([&slot] { slot = &MerchantIconCatalog::shared(); });
+    }
+    for (const MerchantIconCatalog* catalog : seen)
+        EXPECT_EQ(catalog, &MerchantIconCatalog::shared());
+    EXPECT_EQ(MerchantIconCatalog::shared().descriptor("Zelle Pay", std::nullopt, kTransfer).logo,
+              "zelle");
 }
 
 }  // namespace

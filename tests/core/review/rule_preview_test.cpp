@@ -88,5 +88,22 @@ TEST_F(RulePreviewTest, RulesAheadShadowByNameAndPositionIsClamped) {
     EXPECT_TRUE(preview.changingIDs.empty()) << "already filed by it";
 }
 
+// The rule editor and `rules preview` say the counts in the same words; one
+// transaction isn't "transactions".
+TEST_F(RulePreviewTest, CountsReadAsSentences) {
+    RulePreview preview{.matchingIDs = {Uuid::random()},
+                        .changingIDs = {},
+                        .confirmedIDs = {Uuid::random()},
+                        .shadowedBy = {{"Payroll", 2}, {"Rent", 1}}};
+    EXPECT_EQ(preview.countsText(),
+              "Matches 1 transaction; 0 would change; 1 you set by hand stay as they are.");
+    EXPECT_EQ(preview.shadowTexts(),
+              (std::vector<std::string>{"Taken first by \u201CPayroll\u201D: 2",
+                                        "Taken first by \u201CRent\u201D: 1"}));
+    preview.matchingIDs.push_back(Uuid::random());
+    EXPECT_EQ(preview.countsText(),
+              "Matches 2 transactions; 0 would change; 1 you set by hand stay as they are.");
+}
+
 }  // namespace
 }  // namespace copperwick

@@ -3,7 +3,9 @@
 // A short sentence that stands on a report and says what its totals leave
 // out, with the one-click answer that makes it go away when there is one.
 // Answers are stored on the account or in LedgerSettings::dismissedNotes
-// (see operations/report_notes.h). A plain copyable value.
+// (see operations/report_notes.h). A plain copyable value, kept with the
+// records because the reports that write notes and the operations that store
+// their answers both speak of it.
 
 #include <optional>
 #include <string>

@@ -1,0 +1,330 @@
+#include "app/rules/merchant_editor_sheet.h"
+
+#include <algorithm>
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+
+#include "app/widgets/qt_text.h"
+#include "core/model/text.h"
+#include "core/operations/merchants.h"
+#include "core/reports/merchant_summary.h"
+
+namespace copperwick::app {
+
+namespace {
+
+constexpr std::string_view kIntro =
+    "Changes apply to every transaction from this merchant that you haven't set by hand.";
+constexpr std::string_view kNoKeysText =
+    "None yet. Choose \u201CRemember\u201D when you file one of its transactions.";
+
+// "Always file as": no default (-1), or a kind.
+constexpr int kNoDefault = -1;
+
+QLabel* heading(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * 1.3);
+    font.setWeight(QFont::DemiBold);
+    label->setFont(font);
+    label->setAccessibleName(text);
+    return label;
+}
+
+QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setBuddy(buddy);
+    buddy->setAccessibleName(text);
+    return label;
+}
+
+std::optional<Uuid> chosenID(const QComboBox* box) {
+    const QVariant data = box->currentData();
+    if (!data.isValid())
+        return std::nullopt;
+    return Uuid::parse(toStdString(data.toString()));
+}
+
+std::optional<TransactionKind> chosenKind(const QComboBox* box) {
+    const int data = box->currentData().toInt();
+    if (data == kNoDefault)
+        return std::nullopt;
+    return static_cast<TransactionKind>(data);
+}
+
+}  // namespace
+
+MerchantEditorSheet::MerchantEditorSheet(RuntimeBridge& bridge, Uuid merchantID, QWidget* parent)
+    : QDialog(parent), m_bridge(bridge) {
+    if (const Merchant* merchant = m_bridge.runtime().ledger().merchant(merchantID))
+        m_merchant = *merchant;
+    else
+        m_merchant.id = merchantID;
+    m_keys = m_merchant.keys;
+
+    const QString title = QStringLiteral("Edit merchant");
+    setWindowTitle(title);
+    setModal(true);
+    setMinimumWidth(520);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 18);
+    layout->setSpacing(12);
+    layout->addWidget(heading(title, this));
+    auto* intro = new QLabel(toQString(kIntro), this);
+    intro->setWordWrap(true);
+    intro->setForegroundRole(QPalette::PlaceholderText);
+    intro->setAccessibleName(intro->text());
+    layout->addWidget(intro);
+    layout->addWidget(makeFields());
+    layout->addStretch(1);
+    layout->addWidget(makeButtons());
+
+    load();
+    connect(m_name, &QLineEdit::textChanged, this, &MerchantEditorSheet::fieldsChanged);
+    connect(m_filing, &QComboBox::currentIndexChanged, this, [this] {
+        fillCategories();
+        fieldsChanged();
+    });
+    connect(m_category, &QComboBox::currentIndexChanged, this, &MerchantEditorSheet::fieldsChanged);
+    connect(m_mergeTarget, &QComboBox::currentIndexChanged, this,
+            &MerchantEditorSheet::fieldsChanged);
+    fieldsChanged();
+    m_name->setFocus();
+}
+
+QWidget* MerchantEditorSheet::makeFields() {
+    auto* fields = new QWidget(this);
+    auto* form = new QFormLayout(fields);
+    form->setContentsMargins(0, 4, 0, 0);
+    form->setHorizontalSpacing(14);
+    form->setVerticalSpacing(10);
+    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+
+    m_name = new QLineEdit(fields);
+    form->addRow(fieldLabel(QStringLiteral("Name"), m_name, fields), m_name);
+
+    auto* filing = new QWidget(fields);
+    auto* filingLayout = new QHBoxLayout(filing);
+    filingLayout->setContentsMargins(0, 0, 0, 0);
+    filingLayout->setSpacing(8);
+    m_filing = new QComboBox(filing);
+    m_filing->addItem(QStringLiteral("No default"), kNoDefault);
+    for (const TransactionKind kind :
+         {TransactionKind::expense, TransactionKind::income, TransactionKind::transfer})
+        m_filing->addItem(toQString(label(kind)), static_cast<int>(kind));
+    filingLayout->addWidget(m_filing);
+    m_category = new QComboBox(filing);
+    m_category->setPlaceholderText(QStringLiteral("Choose"));
+    m_category->setAccessibleName(QStringLiteral("Category"));
+    m_category->setMinimumContentsLength(16);
+    filingLayout->addWidget(m_category, 1);
+    form->addRow(fieldLabel(QStringLiteral("Always file as"), m_filing, fields), filing);
+
+    auto* keys = new QWidget(fields);
+    m_keyRows = new QVBoxLayout(keys);
+    m_keyRows->setContentsMargins(0, 0, 0, 0);
+    m_keyRows->setSpacing(4);
+    m_noKeys = new QLabel(toQString(kNoKeysText), keys);
+    m_noKeys->setWordWrap(true);
+    m_noKeys->setForegroundRole(QPalette::PlaceholderText);
+    m_noKeys->setAccessibleName(m_noKeys->text());
+    m_keyRows->addWidget(m_noKeys);
+    auto* keysLabel = new QLabel(QStringLiteral("Bank text it recognizes"), fields);
+    keysLabel->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    form->addRow(keysLabel, keys);
+
+    auto* merge = new QWidget(fields);
+    auto* mergeLayout = new QHBoxLayout(merge);
+    mergeLayout->setContentsMargins(0, 0, 0, 0);
+    mergeLayout->setSpacing(8);
+    m_mergeTarget = new QComboBox(merge);
+    m_mergeTarget->setPlaceholderText(QStringLiteral("Choose a merchant\u2026"));
+    m_mergeTarget->setMinimumContentsLength(20);
+    mergeLayout->addWidget(m_mergeTarget, 1);
+    m_merge = new QPushButton(QStringLiteral("Merge"), merge);
+    m_merge->setAccessibleName(m_merge->text());
+    m_merge->setAutoDefault(false);
+    mergeLayout->addWidget(m_merge);
+    form->addRow(fieldLabel(QStringLiteral("Merge into"), m_mergeTarget, fields), merge);
+    connect(m_merge, &QPushButton::clicked, this, &MerchantEditorSheet::merge);
+    return fields;
+}
+
+QWidget* MerchantEditorSheet::makeButtons() {
+    auto* buttons = new QWidget(this);
+    auto* layout = new QHBoxLayout(buttons);
+    layout->setContentsMargins(0, 8, 0, 0);
+    layout->setSpacing(8);
+    layout->addStretch(1);
+    m_cancel = new QPushButton(QStringLiteral("Cancel"), buttons);
+    m_cancel->setAccessibleName(m_cancel->text());
+    m_cancel->setAutoDefault(false);
+    layout->addWidget(m_cancel);
+    m_save = new QPushButton(QStringLiteral("Save"), buttons);
+    m_save->setAccessibleName(m_save->text());
+    m_save->setDefault(true);
+    layout->addWidget(m_save);
+    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(m_save, &QPushButton::clicked, this, &MerchantEditorSheet::save);
+    return buttons;
+}
+
+void MerchantEditorSheet::load() {
+    const Ledger& ledger = m_bridge.runtime().ledger();
+    m_name->setText(toQString(m_merchant.name));
+
+    // A category's own group says spending or income; the kind alone stands
+    // when there is no category.
+    std::optional<TransactionKind> filing = m_merchant.kind;
+    if (const LedgerCategory* category = ledger.category(m_merchant.categoryID);
+        category && m_merchant.kind != TransactionKind::transfer)
+        filing = category->group == CategoryGroup::income ? TransactionKind::income
+                                                          : TransactionKind::expense;
+    if (filing == TransactionKind::unknown)
+        filing.reset();
+    m_filing->setCurrentIndex(
+        std::max(0, m_filing->findData(filing ? static_cast<int>(*filing) : kNoDefault)));
+    fillCategories();
+    if (m_merchant.categoryID)
+        m_category->setCurrentIndex(m_category->findData(toQString(m_merchant.categoryID->text())));
+
+    for (const Merchant* other : merchantsMatching(ledger, "")) {
+        if (other->id != m_merchant.id)
+            m_mergeTarget->addItem(toQString(other->name), toQString(other->id.text()));
+    }
+    m_mergeTarget->setCurrentIndex(-1);
+    showKeys();
+}
+
+void MerchantEditorSheet::fillCategories() {
+    const auto kept = chosenID(m_category);
+    const auto kind = chosenKind(m_filing);
+    const bool needsCategory = kind == TransactionKind::expense || kind == TransactionKind::income;
+    const QSignalBlocker blocker(m_category);
+    m_category->clear();
+    if (needsCategory) {
+        const CategoryGroup group =
+            kind == TransactionKind::income ? CategoryGroup::income : CategoryGroup::expense;
+        for (const auto& category : m_bridge.runtime().ledger().categories) {
+            if (category.group == group)
+                m_category->addItem(toQString(category.name), toQString(category.id.text()));
+        }
+    }
+    m_category->setCurrentIndex(kept ? m_category->findData(toQString(kept->text())) : -1);
+    m_category->setEnabled(needsCategory);
+}
+
+void MerchantEditorSheet::showKeys() {
+    // The rows are made again each time. A row goes once the event that
+    // asked is done, since its own "Forget" may be the button just pressed.
+    for (QPushButton* button : m_forget) {
+        QWidget* row = button->parentWidget();
+        m_keyRows->removeWidget(row);
+        row->hide();
+        row->deleteLater();
+    }
+    m_forget.clear();
+    for (std::size_t index = 0; index < m_keys.size(); ++index) {
+        auto* row = new QWidget(m_noKeys->parentWidget());
+        auto* rowLayout = new QHBoxLayout(row);
+        rowLayout->setContentsMargins(0, 0, 0, 0);
+        rowLayout->setSpacing(8);
+        auto* key = new QLabel(toQString(m_keys[index]), row);
+        key->setTextFormat(Qt::PlainText);
+        key->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        key->setAccessibleName(key->text());
+        rowLayout->addWidget(key, 1);
+        auto* forgetButton = new QPushButton(QStringLiteral("Forget"), row);
+        forgetButton->setAccessibleName(forgetButton->text());
+        forgetButton->setAccessibleDescription(key->text());
+        forgetButton->setAutoDefault(false);
+        rowLayout->addWidget(forgetButton);
+        connect(forgetButton, &QPushButton::clicked, this, [this, index] { forget(index); });
+        m_keyRows->insertWidget(static_cast<int>(index), row);
+        m_forget.push_back(forgetButton);
+    }
+    m_noKeys->setVisible(m_keys.empty());
+}
+
+void MerchantEditorSheet::forget(std::size_t index) {
+    if (index >= m_keys.size())
+        return;
+    m_keys.erase(m_keys.begin() + static_cast<std::ptrdiff_t>(index));
+    showKeys();
+    // The keyboard stays where the forgotten text was.
+    if (!m_forget.empty())
+        m_forget[std::min(index, m_forget.size() - 1)]->setFocus();
+    else
+        m_save->setFocus();
+}
+
+bool MerchantEditorSheet::canSave() const {
+    if (text::trimmedSpaces(toStdString(m_name->text())).empty())
+        return false;
+    const auto kind = chosenKind(m_filing);
+    const bool needsCategory = kind == TransactionKind::expense || kind == TransactionKind::income;
+    return !needsCategory || chosenID(m_category).has_value();
+}
+
+void MerchantEditorSheet::fieldsChanged() {
+    m_save->setEnabled(canSave());
+    m_merge->setEnabled(chosenID(m_mergeTarget).has_value());
+}
+
+Merchant MerchantEditorSheet::editedMerchant() const {
+    Merchant merchant = m_merchant;
+    merchant.keys = m_keys;
+    const auto kind = chosenKind(m_filing);
+    if (kind == TransactionKind::transfer) {
+        merchant.kind = TransactionKind::transfer;
+        merchant.categoryID.reset();
+    } else if (kind) {
+        // The kind follows the category's group, as a remembered decision leaves it.
+        merchant.kind.reset();
+        merchant.categoryID = chosenID(m_category);
+    } else {
+        merchant.kind.reset();
+        merchant.categoryID.reset();
+    }
+    return merchant;
+}
+
+void MerchantEditorSheet::save() {
+    if (!canSave())
+        return;
+    const Merchant edited = editedMerchant();
+    const std::string name(text::trimmedSpaces(toStdString(m_name->text())));
+    const bool renamed = name != m_merchant.name;
+    // Nothing changed needs no save, nor a rematch of every line.
+    if (!renamed && m_bridge.runtime().ledger().merchant(edited.id) &&
+        *m_bridge.runtime().ledger().merchant(edited.id) == edited) {
+        accept();
+        return;
+    }
+    const ApplyResult result = m_bridge.runtime().apply([&](Ledger& copy) {
+        // Written first under its old name, so that a new name which merges
+        // it into another merchant carries what was just decided along.
+        LedgerDelta delta = updateMerchant(copy, edited, true);
+        if (renamed)
+            delta.merge(renameMerchant(copy, edited.id, name));
+        return delta;
+    });
+    if (!result.message)
+        accept();
+}
+
+void MerchantEditorSheet::merge() {
+    const auto target = chosenID(m_mergeTarget);
+    if (!target)
+        return;
+    const Uuid source = m_merchant.id;
+    const ApplyResult result = m_bridge.runtime().apply(
+        [&](Ledger& copy) { return mergeMerchants(copy, source, *target); });
+    if (!result.message)
+        accept();
+}
+
+}  // namespace copperwick::app

@@ -1,0 +1,117 @@
+#include "app/rules/merchant_list_model.h"
+
+#include <set>
+#include <vector>
+
+#include "app/widgets/qt_text.h"
+#include "core/presentation/merchant_icons.h"
+#include "core/reports/merchant_summary.h"
+
+namespace copperwick::app {
+
+namespace {
+
+QString countText(std::size_t count) {
+    return QString::number(count) +
+           (count == 1 ? QStringLiteral(" transaction") : QStringLiteral(" transactions"));
+}
+
+}  // namespace
+
+MerchantListModel::MerchantListModel(QObject* parent) : KeyedListModel(parent) {}
+
+void MerchantListModel::refresh(const Ledger& ledger) {
+    const auto counts = merchantTransactionCounts(ledger);
+    std::unordered_map<std::string, Row> rows;
+    std::vector<std::string> keys;
+    std::set<std::string> touched;
+    for (const Merchant* merchant : merchantsMatching(ledger, "")) {
+        const auto counted = counts.find(merchant->id);
+        const LedgerCategory* category = ledger.category(merchant->categoryID);
+        Row row{
+            .id = merchant->id,
+            .name = toQString(merchant->name),
+            .count = counted == counts.end() ? 0 : counted->second,
+            .recognized = merchant->keys.empty() ? QString() : toQString(recognizedText(*merchant)),
+            .kind = merchant->kind};
+        if (merchant->kind == TransactionKind::transfer || category)
+            row.filing = toQString(defaultFilingText(ledger, *merchant));
+        if (category)
+            row.categoryName = category->name;
+        std::string key = merchant->id.text();
+        const auto old = m_rows.find(key);
+        if (old != m_rows.end() && !(old->second == row))
+            touched.insert(key);
+        keys.push_back(key);
+        rows.emplace(std::move(key), std::move(row));
+    }
+    m_rows = std::move(rows);
+    syncKeys(keys, touched);
+}
+
+QVariant MerchantListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= rowCount())
+        return {};
+    const Row& row = m_rows.at(keyAt(index.row()));
+    switch (role) {
+        case Qt::DisplayRole:
+            return row.name;
+        case MerchantIDRole:
+            return toQString(row.id.text());
+        case CountRole:
+            return countText(row.count);
+        case FilingRole:
+            return row.filing;
+        case RecognizedRole:
+            return row.recognized;
+        case SymbolRole:
+        case InitialsRole: {
+            // Worked out for the rows a view paints, not for every merchant.
+            const auto badge = MerchantIconCatalog::shared().descriptor(toStdString(row.name),
+                                                                        row.categoryName, row.kind);
+            return role == SymbolRole ? toQString(badge.symbol.value_or(""))
+                                      : toQString(badge.initials);
+        }
+        case Qt::AccessibleTextRole: {
+            QString text = row.name + QStringLiteral(", ") + countText(row.count);
+            for (const QString& part : {row.filing, row.recognized}) {
+                if (!part.isEmpty())
+                    text += QStringLiteral(", ") + part;
+            }
+            return text;
+        }
+        default:
+            return {};
+    }
+}
+
+Qt::ItemFlags MerchantListModel::flags(const QModelIndex& index) const {
+    return index.isValid() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::NoItemFlags;
+}
+
+MerchantSearchProxy::MerchantSearchProxy(QObject* parent) : QSortFilterProxyModel(parent) {}
+
+void MerchantSearchProxy::setSearch(const Ledger& ledger, const QString& search) {
+    m_search = search;
+    refresh(ledger);
+}
+
+void MerchantSearchProxy::refresh(const Ledger& ledger) {
+    const std::string search = toStdString(m_search);
+    m_everyone = search.empty();
+    m_found.clear();
+    if (!m_everyone) {
+        for (const Merchant* merchant : merchantsMatching(ledger, search))
+            m_found.insert(merchant->id.text());
+    }
+    invalidateRowsFilter();
+}
+
+bool MerchantSearchProxy::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const {
+    if (m_everyone)
+        return true;
+    const QModelIndex index = sourceModel()->index(sourceRow, 0, sourceParent);
+    return m_found.contains(toStdString(index.data(MerchantListModel::MerchantIDRole).toString()));
+}
+
+}  // namespace copperwick::app

@@ -1,0 +1,473 @@
+#include "app/rules/rule_editor_sheet.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <QCompleter>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QStringList>
+#include <QVBoxLayout>
+
+#include "app/rules/refusal_line.h"
+#include "app/rules/surface_card.h"
+#include "app/widgets/qt_text.h"
+#include "core/matching/matcher.h"
+#include "core/matching/rule_pattern.h"
+#include "core/model/money.h"
+#include "core/model/text.h"
+#include "core/operations/rules.h"
+
+namespace copperwick::app {
+
+namespace {
+
+constexpr std::string_view kIntro =
+    "When a transaction matches, Copperwick files it this way. Rules apply to imports from now "
+    "on and to everything you haven't set by hand.";
+
+// The three outcomes the sheet offers, in its order.
+constexpr std::array<TransactionKind, 3> kOutcomes{
+    TransactionKind::expense, TransactionKind::income, TransactionKind::transfer};
+
+QString trimmedText(const QLineEdit* field) {
+    return toQString(text::trimmed(toStdString(field->text())));
+}
+
+template <typename Enum>
+void addChoice(QComboBox* box, Enum value) {
+    box->addItem(toQString(label(value)), static_cast<int>(value));
+}
+
+template <typename Enum>
+Enum chosen(const QComboBox* box) {
+    return static_cast<Enum>(box->currentData().toInt());
+}
+
+template <typename Enum>
+void choose(QComboBox* box, Enum value) {
+    box->setCurrentIndex(std::max(0, box->findData(static_cast<int>(value))));
+}
+
+std::optional<Uuid> chosenID(const QComboBox* box) {
+    const QVariant data = box->currentData();
+    if (!data.isValid() || data.toString().isEmpty())
+        return std::nullopt;
+    return Uuid::parse(toStdString(data.toString()));
+}
+
+// The group of categories an outcome files under; none for a transfer.
+std::optional<CategoryGroup> categoryGroup(TransactionKind outcome) {
+    switch (outcome) {
+        case TransactionKind::expense:
+            return CategoryGroup::expense;
+        case TransactionKind::income:
+            return CategoryGroup::income;
+        case TransactionKind::transfer:
+        case TransactionKind::unknown:
+            break;
+    }
+    return std::nullopt;
+}
+
+QLabel* heading(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * 1.3);
+    font.setWeight(QFont::DemiBold);
+    label->setFont(font);
+    label->setAccessibleName(text);
+    return label;
+}
+
+QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setBuddy(buddy);
+    buddy->setAccessibleName(text);
+    return label;
+}
+
+}  // namespace
+
+RuleEditorSheet::RuleEditorSheet(RuntimeBridge& bridge, std::optional<Rule> draft, QWidget* parent)
+    : QDialog(parent), m_bridge(bridge), m_work(bridge.runtime().mainQueue()) {
+    const Ledger& ledger = m_bridge.runtime().ledger();
+    if (draft) {
+        m_draft = *draft;
+        m_editing = std::any_of(ledger.rules.begin(), ledger.rules.end(),
+                                [&](const Rule& saved) { return saved.id == draft->id; });
+    } else {
+        m_draft = Rule{.id = Uuid::random(),
+                       .kind = TransactionKind::expense,
+                       .createdAt = m_bridge.runtime().now()};
+    }
+
+    const QString title = m_editing ? QStringLiteral("Edit rule") : QStringLiteral("New rule");
+    setWindowTitle(title);
+    setModal(true);
+    setMinimumWidth(560);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 18);
+    layout->setSpacing(12);
+    layout->addWidget(heading(title, this));
+    auto* intro = new QLabel(toQString(kIntro), this);
+    intro->setWordWrap(true);
+    intro->setForegroundRole(QPalette::PlaceholderText);
+    intro->setAccessibleName(intro->text());
+    layout->addWidget(intro);
+    layout->addWidget(makeFields());
+    layout->addWidget(makePreview());
+    layout->addStretch(1);
+    layout->addWidget(makeButtons());
+
+    load();
+
+    m_previewTimer.setSingleShot(true);
+    m_previewTimer.setInterval(kPreviewDelayMilliseconds);
+    connect(&m_previewTimer, &QTimer::timeout, this, &RuleEditorSheet::startPreview);
+
+    for (QLineEdit* field : {m_name, m_pattern, m_minimum, m_maximum, m_merchant})
+        connect(field, &QLineEdit::textChanged, this, &RuleEditorSheet::fieldsChanged);
+    for (QComboBox* field : {m_match, m_account, m_direction, m_category})
+        connect(field, &QComboBox::currentIndexChanged, this, &RuleEditorSheet::fieldsChanged);
+    connect(m_outcome, &QComboBox::currentIndexChanged, this, [this] {
+        fillCategories();
+        fieldsChanged();
+    });
+    fieldsChanged();
+    m_pattern->setFocus();
+}
+
+RuleEditorSheet::~RuleEditorSheet() = default;
+
+QWidget* RuleEditorSheet::makeFields() {
+    auto* fields = new QWidget(this);
+    auto* form = new QFormLayout(fields);
+    form->setContentsMargins(0, 4, 0, 0);
+    form->setHorizontalSpacing(14);
+    form->setVerticalSpacing(8);
+    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+
+    m_name = new QLineEdit(fields);
+    m_name->setPlaceholderText(QStringLiteral("e.g. Car payment"));
+    form->addRow(fieldLabel(QStringLiteral("Name"), m_name, fields), m_name);
+
+    // The match mode and the pattern share the row of the bank text.
+    auto* bankText = new QWidget(fields);
+    auto* bankTextLayout = new QVBoxLayout(bankText);
+    bankTextLayout->setContentsMargins(0, 0, 0, 0);
+    bankTextLayout->setSpacing(4);
+    auto* patternRow = new QHBoxLayout;
+    patternRow->setSpacing(8);
+    m_match = new QComboBox(bankText);
+    for (const TextMatch match :
+         {TextMatch::contains, TextMatch::startsWith, TextMatch::exact, TextMatch::regex})
+        addChoice(m_match, match);
+    m_match->setAccessibleName(QStringLiteral("Bank text"));
+    patternRow->addWidget(m_match);
+    m_pattern = new QLineEdit(bankText);
+    m_pattern->setPlaceholderText(QStringLiteral("e.g. AUTOLOAN PAYMENT"));
+    patternRow->addWidget(m_pattern, 1);
+    bankTextLayout->addLayout(patternRow);
+    m_patternRefusal = new RefusalLine(bankText);
+    bankTextLayout->addWidget(m_patternRefusal);
+    auto* bankTextLabel = new QLabel(QStringLiteral("Bank text"), fields);
+    bankTextLabel->setBuddy(m_pattern);
+    m_pattern->setAccessibleName(QStringLiteral("Pattern"));
+    form->addRow(bankTextLabel, bankText);
+
+    m_account = new QComboBox(fields);
+    form->addRow(fieldLabel(QStringLiteral("Account"), m_account, fields), m_account);
+
+    m_direction = new QComboBox(fields);
+    for (const AmountDirection direction :
+         {AmountDirection::any, AmountDirection::moneyIn, AmountDirection::moneyOut})
+        addChoice(m_direction, direction);
+    form->addRow(fieldLabel(QStringLiteral("Direction"), m_direction, fields), m_direction);
+
+    const auto amountRow = [&](const QString& text, QLineEdit*& field, RefusalLine*& refusal) {
+        auto* box = new QWidget(fields);
+        auto* boxLayout = new QVBoxLayout(box);
+        boxLayout->setContentsMargins(0, 0, 0, 0);
+        boxLayout->setSpacing(4);
+        field = new QLineEdit(box);
+        boxLayout->addWidget(field);
+        refusal = new RefusalLine(box);
+        boxLayout->addWidget(refusal);
+        form->addRow(fieldLabel(text, field, fields), box);
+    };
+    amountRow(QStringLiteral("At least (optional)"), m_minimum, m_minimumRefusal);
+    amountRow(QStringLiteral("At most (optional)"), m_maximum, m_maximumRefusal);
+
+    m_merchant = new QLineEdit(fields);
+    QStringList merchantNames;
+    for (const auto& merchant : m_bridge.runtime().ledger().merchants)
+        merchantNames.append(toQString(merchant.name));
+    merchantNames.sort(Qt::CaseInsensitive);
+    auto* completer = new QCompleter(merchantNames, m_merchant);
+    completer->setCaseSensitivity(Qt::CaseInsensitive);
+    completer->setFilterMode(Qt::MatchContains);
+    m_merchant->setCompleter(completer);
+    form->addRow(fieldLabel(QStringLiteral("Merchant (optional)"), m_merchant, fields), m_merchant);
+
+    auto* filing = new QWidget(fields);
+    auto* filingLayout = new QHBoxLayout(filing);
+    filingLayout->setContentsMargins(0, 0, 0, 0);
+    filingLayout->setSpacing(8);
+    m_outcome = new QComboBox(filing);
+    for (const TransactionKind outcome : kOutcomes)
+        addChoice(m_outcome, outcome);
+    filingLayout->addWidget(m_outcome);
+    m_category = new QComboBox(filing);
+    m_category->setPlaceholderText(QStringLiteral("Choose"));
+    m_category->setAccessibleName(QStringLiteral("Category"));
+    m_category->setMinimumContentsLength(16);
+    filingLayout->addWidget(m_category, 1);
+    form->addRow(fieldLabel(QStringLiteral("File as"), m_outcome, fields), filing);
+    return fields;
+}
+
+QWidget* RuleEditorSheet::makePreview() {
+    auto* preview = new SurfaceCard(this, 12);
+    m_previewPanel = preview;
+    QVBoxLayout* layout = preview->cardLayout();
+    layout->setSpacing(6);
+    m_previewBusy = new QProgressBar(preview);
+    m_previewBusy->setRange(0, 0);
+    m_previewBusy->setTextVisible(false);
+    m_previewBusy->setMaximumHeight(4);
+    m_previewBusy->setAccessibleName(QStringLiteral("Preview"));
+    m_previewBusy->hide();
+    layout->addWidget(m_previewBusy);
+    m_previewText = new QLabel(preview);
+    m_previewText->setWordWrap(true);
+    m_previewText->setTextFormat(Qt::PlainText);
+    m_previewText->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    layout->addWidget(m_previewText);
+    preview->hide();
+    return preview;
+}
+
+QWidget* RuleEditorSheet::makeButtons() {
+    auto* buttons = new QWidget(this);
+    auto* layout = new QHBoxLayout(buttons);
+    layout->setContentsMargins(0, 8, 0, 0);
+    layout->setSpacing(8);
+    m_delete = new QPushButton(QStringLiteral("Delete Rule"), buttons);
+    m_delete->setAccessibleName(m_delete->text());
+    m_delete->setAutoDefault(false);
+    m_delete->setVisible(m_editing);
+    layout->addWidget(m_delete);
+    layout->addStretch(1);
+    m_cancel = new QPushButton(QStringLiteral("Cancel"), buttons);
+    m_cancel->setAccessibleName(m_cancel->text());
+    m_cancel->setAutoDefault(false);
+    layout->addWidget(m_cancel);
+    m_save =
+        new QPushButton(m_editing ? QStringLiteral("Save") : QStringLiteral("Add Rule"), buttons);
+    m_save->setAccessibleName(m_save->text());
+    m_save->setDefault(true);
+    layout->addWidget(m_save);
+    connect(m_delete, &QPushButton::clicked, this, &RuleEditorSheet::remove);
+    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(m_save, &QPushButton::clicked, this, &RuleEditorSheet::save);
+    return buttons;
+}
+
+void RuleEditorSheet::load() {
+    const Ledger& ledger = m_bridge.runtime().ledger();
+    m_name->setText(toQString(m_draft.name));
+    choose(m_match, m_draft.match);
+    m_pattern->setText(toQString(m_draft.pattern));
+
+    m_account->addItem(QStringLiteral("Any account"), QString());
+    const std::optional<Uuid> ruleAccount =
+        m_draft.accountIDs.empty() ? std::nullopt : std::optional(m_draft.accountIDs.front());
+    for (const auto& account : ledger.accounts) {
+        // An archived account stays on offer only to the rule that names it.
+        if (account.isArchived && account.id != ruleAccount)
+            continue;
+        m_account->addItem(toQString(account.name), toQString(account.id.text()));
+    }
+    if (ruleAccount)
+        m_account->setCurrentIndex(
+            std::max(0, m_account->findData(toQString(ruleAccount->text()))));
+
+    choose(m_direction, m_draft.direction);
+    if (m_draft.minimumAmount)
+        m_minimum->setText(toQString(Money::format(*m_draft.minimumAmount)));
+    if (m_draft.maximumAmount)
+        m_maximum->setText(toQString(Money::format(*m_draft.maximumAmount)));
+    m_merchant->setText(toQString(m_draft.merchantName.value_or("")));
+
+    // Needs review and a merchant-only rule aren't among the outcomes; such a
+    // draft begins as spending and asks for a category.
+    const TransactionKind kind = m_draft.kind.value_or(TransactionKind::expense);
+    const bool offered = std::find(kOutcomes.begin(), kOutcomes.end(), kind) != kOutcomes.end();
+    const TransactionKind outcome = offered ? kind : TransactionKind::expense;
+    choose(m_outcome, outcome);
+    fillCategories();
+    if (m_draft.categoryID)
+        m_category->setCurrentIndex(m_category->findData(toQString(m_draft.categoryID->text())));
+}
+
+void RuleEditorSheet::fillCategories() {
+    const auto kept = chosenID(m_category);
+    const auto group = categoryGroup(chosen<TransactionKind>(m_outcome));
+    const QSignalBlocker blocker(m_category);
+    m_category->clear();
+    if (group) {
+        for (const auto& category : m_bridge.runtime().ledger().categories) {
+            if (category.group == *group)
+                m_category->addItem(toQString(category.name), toQString(category.id.text()));
+        }
+    }
+    m_category->setCurrentIndex(kept ? m_category->findData(toQString(kept->text())) : -1);
+    m_category->setEnabled(group.has_value());
+}
+
+Rule RuleEditorSheet::editedRule() const {
+    Rule rule = m_draft;
+    rule.pattern = toStdString(trimmedText(m_pattern));
+    const QString name = trimmedText(m_name);
+    rule.name = name.isEmpty() ? rule.pattern : toStdString(name);
+    rule.match = chosen<TextMatch>(m_match);
+    rule.accountIDs.clear();
+    if (const auto account = chosenID(m_account))
+        rule.accountIDs.push_back(*account);
+    rule.direction = chosen<AmountDirection>(m_direction);
+    rule.minimumAmount = ruleAmountEntered(toStdString(m_minimum->text())).value_or(std::nullopt);
+    rule.maximumAmount = ruleAmountEntered(toStdString(m_maximum->text())).value_or(std::nullopt);
+    const QString merchant = trimmedText(m_merchant);
+    rule.merchantName = merchant.isEmpty() ? std::nullopt : std::optional(toStdString(merchant));
+    rule.kind = chosen<TransactionKind>(m_outcome);
+    rule.categoryID = rule.kind == TransactionKind::transfer ? std::nullopt : chosenID(m_category);
+    return rule;
+}
+
+std::optional<QString> RuleEditorSheet::patternRefusalText() const {
+    const std::string pattern = toStdString(trimmedText(m_pattern));
+    if (chosen<TextMatch>(m_match) != TextMatch::regex || pattern.empty())
+        return std::nullopt;
+    switch (RulePattern::check(pattern)) {
+        case RulePattern::Verdict::usable:
+            return std::nullopt;
+        case RulePattern::Verdict::invalid:
+            return toQString(RulePattern::kInvalidText);
+        case RulePattern::Verdict::tooSlow:
+            // A saved rule that is too slow may still be renamed or switched
+            // without mending its pattern; its row says it files nothing.
+            if (m_editing && pattern == m_draft.pattern && m_draft.match == TextMatch::regex)
+                return std::nullopt;
+            return toQString(RulePattern::kTooSlowText);
+    }
+    return std::nullopt;
+}
+
+bool RuleEditorSheet::canSave() const {
+    if (trimmedText(m_pattern).isEmpty() || patternRefusalText())
+        return false;
+    for (const QLineEdit* amount : {m_minimum, m_maximum}) {
+        if (!ruleAmountEntered(toStdString(amount->text())))
+            return false;
+    }
+    const auto group = categoryGroup(chosen<TransactionKind>(m_outcome));
+    return !group || chosenID(m_category).has_value();
+}
+
+bool RuleEditorSheet::isPreviewPending() const {
+    return m_previewTimer.isActive() || m_previewShownRequest != m_previewRequest;
+}
+
+void RuleEditorSheet::fieldsChanged() {
+    const auto refusal = patternRefusalText();
+    m_patternRefusal->setRefusal(refusal.value_or(QString()));
+    for (const auto& [field, line] :
+         {std::pair{m_minimum, m_minimumRefusal}, std::pair{m_maximum, m_maximumRefusal}}) {
+        const std::string typed = toStdString(field->text());
+        line->setRefusal(ruleAmountEntered(typed)
+                             ? QString()
+                             : toQString(notAnAmountText(text::trimmed(typed))));
+    }
+    m_save->setEnabled(canSave());
+
+    // A new request makes any preview still on its way stale.
+    ++m_previewRequest;
+    if (trimmedText(m_pattern).isEmpty() || refusal) {
+        m_previewTimer.stop();
+        m_previewShownRequest = m_previewRequest;
+        m_preview.reset();
+        m_previewBusy->hide();
+        m_previewText->clear();
+        m_previewText->setAccessibleName(QString());
+        m_previewPanel->hide();
+        return;
+    }
+    m_previewPanel->show();
+    m_previewBusy->show();
+    m_previewTimer.start();
+}
+
+void RuleEditorSheet::startPreview() {
+    const Ledger& ledger = m_bridge.runtime().ledger();
+    const Rule rule = editedRule();
+    // Where the rule runs once saved: a saved rule keeps its place, a new
+    // one goes behind the others.
+    const auto ordered = orderedRules(ledger);
+    const auto place = std::find_if(ordered.begin(), ordered.end(),
+                                    [&](const Rule& saved) { return saved.id == rule.id; });
+    const auto position = static_cast<std::size_t>(place - ordered.begin());
+    const uint64_t request = m_previewRequest;
+    m_work.run([rule, snapshot = ledger,
+                position] { return RulePreview::compute(rule, snapshot, position); },
+               [this, request](WorkResult<RulePreview> result) {
+                   if (result.value)
+                       showPreview(request, *result.value);
+               });
+}
+
+void RuleEditorSheet::showPreview(uint64_t request, const RulePreview& preview) {
+    if (request != m_previewRequest)
+        return;
+    m_previewShownRequest = request;
+    m_preview = preview;
+    QString text = toQString(preview.countsText());
+    for (const auto& line : preview.shadowTexts())
+        text += QLatin1Char('\n') + toQString(line);
+    m_previewText->setText(text);
+    m_previewText->setAccessibleName(text);
+    m_previewBusy->hide();
+    Q_EMIT previewShown();
+}
+
+void RuleEditorSheet::save() {
+    if (!canSave())
+        return;
+    const Rule rule = editedRule();
+    const bool editing = m_editing;
+    // An edit that changes nothing needs no save, nor a rematch of every line.
+    const auto& rules = m_bridge.runtime().ledger().rules;
+    if (editing && std::find(rules.begin(), rules.end(), rule) != rules.end()) {
+        accept();
+        return;
+    }
+    const ApplyResult result = m_bridge.runtime().apply([&](Ledger& copy) {
+        return editing ? updateRule(copy, rule, true) : addRule(copy, rule, false, true);
+    });
+    // Saved, or nothing left to save: either way the rule stands as shown.
+    if (!result.message)
+        accept();
+}
+
+void RuleEditorSheet::remove() {
+    const Uuid id = m_draft.id;
+    const ApplyResult result =
+        m_bridge.runtime().apply([&](Ledger& copy) { return deleteRule(copy, id, true); });
+    if (!result.message)
+        accept();
+}
+
+}  // namespace copperwick::app

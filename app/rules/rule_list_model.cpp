@@ -1,0 +1,106 @@
+#include "app/rules/rule_list_model.h"
+
+#include "app/widgets/qt_text.h"
+#include "core/matching/matcher.h"
+#include "core/operations/rules.h"
+
+namespace copperwick::app {
+
+RuleListModel::RuleListModel(QObject* parent) : KeyedListModel(parent) {}
+
+void RuleListModel::refresh(const Ledger& ledger) {
+    std::unordered_map<std::string, Row> rows;
+    std::vector<std::string> keys;
+    std::set<std::string> touched;
+    for (auto& rule : orderedRules(ledger)) {
+        std::string key = rule.id.text();
+        QString description = toQString(describeRule(ledger, rule));
+        Row row{.rule = std::move(rule), .description = std::move(description)};
+        const auto old = m_rows.find(key);
+        if (old != m_rows.end() && !(old->second == row))
+            touched.insert(key);
+        keys.push_back(key);
+        rows.emplace(std::move(key), std::move(row));
+    }
+    m_rows = std::move(rows);
+    syncKeys(keys, touched);
+}
+
+QVariant RuleListModel::data(const QModelIndex& index, int role) const {
+    const Rule* shown = index.isValid() ? rule(index.row()) : nullptr;
+    if (!shown)
+        return {};
+    const Row& row = m_rows.at(keyAt(index.row()));
+    switch (role) {
+        case Qt::DisplayRole:
+        case Qt::EditRole:
+            return toQString(shown->name);
+        case DescriptionRole:
+            return row.description;
+        case Qt::AccessibleTextRole:
+            return toQString(shown->name) + QStringLiteral(", ") + row.description;
+        case Qt::CheckStateRole:
+            return shown->isEnabled ? Qt::Checked : Qt::Unchecked;
+        case RuleIDRole:
+            return toQString(shown->id.text());
+        default:
+            return {};
+    }
+}
+
+Qt::ItemFlags RuleListModel::flags(const QModelIndex& index) const {
+    // Rows are dropped between rows, never onto one.
+    if (!index.isValid())
+        return Qt::ItemIsDropEnabled;
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable |
+           Qt::ItemIsDragEnabled;
+}
+
+bool RuleListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+    const Rule* changed = index.isValid() ? rule(index.row()) : nullptr;
+    if (!changed || role != Qt::CheckStateRole)
+        return false;
+    const bool enabled = value.value<Qt::CheckState>() == Qt::Checked;
+    if (enabled == changed->isEnabled)
+        return false;
+    // The row shows the new state once the ledger has it.
+    Q_EMIT switchRequested(changed->id, enabled);
+    return true;
+}
+
+Qt::DropActions RuleListModel::supportedDropActions() const {
+    return Qt::MoveAction;
+}
+
+bool RuleListModel::moveRows(const QModelIndex& sourceParent, int sourceRow, int count,
+                             const QModelIndex& destinationParent, int destinationChild) {
+    if (sourceParent.isValid() || destinationParent.isValid() || count != 1)
+        return false;
+    if (!moveKey(sourceRow, destinationChild))
+        return false;
+    requestOrder();
+    return true;
+}
+
+const Rule* RuleListModel::rule(int row) const {
+    if (row < 0 || row >= rowCount())
+        return nullptr;
+    return &m_rows.at(keyAt(row)).rule;
+}
+
+bool RuleListModel::moveRule(int row, int step) {
+    const int destination = step < 0 ? row + step : row + step + 1;
+    if (step == 0 || destination < 0 || destination > rowCount())
+        return false;
+    return moveRow({}, row, {}, destination);
+}
+
+void RuleListModel::requestOrder() {
+    std::vector<Uuid> ids;
+    ids.reserve(keys().size());
+    for (const auto& key : keys())
+        ids.push_back(m_rows.at(key).rule.id);
+    Q_EMIT orderRequested(ids);
+}
+
+}  // namespace copperwick::app
