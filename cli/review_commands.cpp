@@ -21,10 +21,11 @@
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/zelle_choice.h"
-#include "core/presentation/review_decision.h"
 #include "core/presentation/review_text.h"
 #include "core/reports/payment_service_detection.h"
+#include "core/review/review_decision.h"
 #include "core/review/review_queue.h"
 
 namespace copperwick::cli {
@@ -307,10 +308,10 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
         context.exitCode = kExitUsage;
         return;
     }
-    const bool needsCategory =
-        decision.kind == TransactionKind::expense || decision.kind == TransactionKind::income;
-    if (needsCategory && !category) {
-        context.err << "Choose a category that matches spending or income.\n";
+    try {
+        checkClassification(ledger, decision);
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
         context.exitCode = kExitFailure;
         return;
     }
@@ -337,18 +338,6 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     const Ledger& ledger = runtime->ledger();
     const DecisionTarget* target = &opened->target;
 
-    // The question offers different answers for money in and money out.
-    const LedgerTransaction* example =
-        target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
-    const bool moneyIn = example && example->amount > 0;
-    const auto offered = zelleChoices(moneyIn);
-    if (std::find(offered.begin(), offered.end(), choice) == offered.end()) {
-        context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
-                    << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
-        context.exitCode = kExitUsage;
-        return;
-    }
-
     ZelleDecision decision;
     decision.ids = target->ids;
     decision.choice = choice;
@@ -356,19 +345,28 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     decision.label = target->label;
     decision.merchantName =
         options.merchant.empty() ? target->merchantName : std::optional(options.merchant);
-    if (traits(choice).needsCategory) {
-        const LedgerCategory* category = nullptr;
-        if (!options.category.empty()) {
-            category = categoryOrComplain(context, ledger, options.category);
-            if (!category)
-                return;
-        }
-        if (!category || category->group != traits(choice).categoryGroup) {
-            context.err << "Choose a category that matches spending or income.\n";
+    if (traits(choice).needsCategory && !options.category.empty()) {
+        const LedgerCategory* category = categoryOrComplain(context, ledger, options.category);
+        if (!category)
+            return;
+        decision.categoryID = category->id;
+    }
+    try {
+        checkZelleDecision(ledger, decision);
+    } catch (const EntryError& refusal) {
+        if (refusal.kind() != EntryError::Case::choice) {
+            context.err << refusal.what() << '\n';
             context.exitCode = kExitFailure;
             return;
         }
-        decision.categoryID = category->id;
+        // The question offers different answers for money in and money out.
+        const LedgerTransaction* example =
+            target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
+        const bool moneyIn = example && example->amount > 0;
+        context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
+                    << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
+        context.exitCode = kExitUsage;
+        return;
     }
 
     decide(context, *runtime, decision.ids, decision.label,

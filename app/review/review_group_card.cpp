@@ -1,4 +1,5 @@
 #include "app/review/review_group_card.h"
+#include "app/widgets/text_styles.h"
 
 #include <QCompleter>
 #include <QGridLayout>
@@ -6,6 +7,7 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include "app/review/review_styles.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
 #include "core/model/date_text.h"
@@ -22,11 +24,6 @@ namespace {
 constexpr int kBadgeSize = 40;
 constexpr TransactionKind kKinds[] = {TransactionKind::expense, TransactionKind::income,
                                       TransactionKind::transfer};
-
-void setLabel(QLabel* label, const QString& text) {
-    label->setText(text);
-    label->setAccessibleName(text);
-}
 
 QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
     auto* label = new QLabel(text, parent);
@@ -379,17 +376,17 @@ void ReviewGroupCard::updateHeader() {
     if (!accounts.empty())
         facts += " \u00B7 " + accounts;
     m_facts->setFullText(toQString(facts));
-    setLabel(m_total, toQString(Money::format(m_group.total)));
+    setLabelText(m_total, toQString(Money::format(m_group.total)));
 
     const bool showsBanner = m_showsSuggestion && suggestion;
     m_banner->setVisible(showsBanner);
     if (showsBanner) {
         m_bannerSymbol->setSymbol(ReviewText::suggestionSymbol(suggestion->source));
-        setLabel(m_bannerTitle, toQString(ReviewText::suggestionTitle(suggestion->source)));
-        setLabel(m_bannerFiling,
-                 toQString(ReviewText::filing(ledger, suggestion->merchantName,
-                                              suggestion->categoryID, suggestion->kind)));
-        setLabel(m_bannerReason, toQString(suggestion->reason));
+        setLabelText(m_bannerTitle, toQString(ReviewText::suggestionTitle(suggestion->source)));
+        setLabelText(m_bannerFiling,
+                     toQString(ReviewText::filing(ledger, suggestion->merchantName,
+                                                  suggestion->categoryID, suggestion->kind)));
+        setLabelText(m_bannerReason, toQString(suggestion->reason));
         m_bannerReason->setVisible(!suggestion->reason.empty());
     }
 }
@@ -420,7 +417,7 @@ void ReviewGroupCard::decisionChanged() {
     const QString words = refusal ? toQString(refusal->words) : QString();
     const auto place = [&](QLabel* label, ReviewField field) {
         if (label)
-            setLabel(label, refusal && refusal->field == field ? words : QString());
+            setLabelText(label, refusal && refusal->field == field ? words : QString());
     };
     place(m_merchantRefusal, ReviewField::merchant);
     place(m_categoryRefusal, ReviewField::category);
@@ -428,7 +425,7 @@ void ReviewGroupCard::decisionChanged() {
     // Once a purpose is chosen its line has nothing more to say.
     if (m_purposeRefusal)
         m_purposeRefusal->setVisible(!m_decision.purpose);
-    setLabel(m_rememberNote, toQString(m_decision.remember ? kRememberOn : kRememberOff));
+    setLabelText(m_rememberNote, toQString(m_decision.remember ? kRememberOn : kRememberOff));
 }
 
 bool ReviewGroupCard::canSave() const {

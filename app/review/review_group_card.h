@@ -24,10 +24,10 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-#include "app/review/card_frame.h"
-#include "app/review/elided_label.h"
+#include "app/widgets/card_frame.h"
+#include "app/widgets/elided_label.h"
 #include "app/widgets/merchant_badge.h"
-#include "core/presentation/review_decision.h"
+#include "core/review/review_decision.h"
 #include "core/review/review_queue.h"
 #include "runtime/ledger_runtime.h"
 

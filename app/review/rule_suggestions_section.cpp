@@ -1,4 +1,5 @@
 #include "app/review/rule_suggestions_section.h"
+#include "app/widgets/text_styles.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -12,7 +12,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/review/card_frame.h"
+#include "app/widgets/card_frame.h"
 #include "core/review/rule_suggester.h"
 #include "runtime/ledger_runtime.h"
 

@@ -1,9 +1,10 @@
 #include "app/review/stale_pending_section.h"
+#include "app/widgets/text_styles.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 
-#include "app/review/elided_label.h"
+#include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"

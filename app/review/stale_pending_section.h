@@ -11,7 +11,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/review/card_frame.h"
+#include "app/widgets/card_frame.h"
 #include "core/model/ledger_transaction.h"
 #include "runtime/ledger_runtime.h"
 

@@ -1,15 +1,14 @@
 #include "core/presentation/review_text.h"
 
+#include "core/operations/classification.h"
+#include "core/review/review_queue.h"
+
 #include <fmt/format.h>
 
 namespace copperwick::ReviewText {
 
 std::string waitingCount(const std::vector<ReviewGroup>& groups) {
-    std::size_t lines = 0;
-    for (const auto& group : groups)
-        lines += group.transactionIDs.size();
-    return fmt::format("{} transaction{} in {} group{} need{} you.", lines, lines == 1 ? "" : "s",
-                       groups.size(), groups.size() == 1 ? "" : "s", lines == 1 ? "s" : "");
+    return ReviewQueue::waitingText(groups);
 }
 
 std::string transactionCount(std::size_t count) {
@@ -18,21 +17,11 @@ std::string transactionCount(std::size_t count) {
 
 std::string filing(const Ledger& ledger, const std::optional<std::string>& merchantName,
                    const std::optional<Uuid>& categoryID, TransactionKind kind) {
-    std::string text;
-    const auto add = [&](std::string_view part) {
-        if (!part.empty())
-            text += (text.empty() ? "" : ", ") + std::string(part);
-    };
-    if (merchantName)
-        add(*merchantName);
-    if (const LedgerCategory* category = ledger.category(categoryID))
-        add(category->name);
-    add(label(kind));
-    return text;
+    return filingText(ledger, merchantName, categoryID, kind);
 }
 
 std::string_view suggestionTitle(MatchMethod source) {
-    return source == MatchMethod::ai ? "Local AI suggests" : "Suggested";
+    return suggestionHeading(Suggestion{.source = source});
 }
 
 std::string_view suggestionSymbol(MatchMethod source) {

@@ -1,4 +1,4 @@
-#include "core/presentation/review_decision.h"
+#include "core/review/review_decision.h"
 
 #include "core/model/text.h"
 #include "core/operations/classification.h"
