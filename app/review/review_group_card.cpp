@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include "app/review/review_styles.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
 #include "core/model/date_text.h"
@@ -23,11 +24,6 @@ namespace {
 constexpr int kBadgeSize = 40;
 constexpr TransactionKind kKinds[] = {TransactionKind::expense, TransactionKind::income,
                                       TransactionKind::transfer};
-
-void setLabel(QLabel* label, const QString& text) {
-    label->setText(text);
-    label->setAccessibleName(text);
-}
 
 QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
     auto* label = new QLabel(text, parent);
@@ -92,7 +88,7 @@ ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& grou
     m_save = new QPushButton(QStringLiteral("Save"), this);
     m_save->setAccessibleName(m_save->text());
     m_save->setAutoDefault(true);
-    m_save->setDefault(true);
+    makePrimary(m_save);
     actions->addWidget(m_save);
     layout->addLayout(actions);
 
@@ -160,19 +156,8 @@ QWidget* ReviewGroupCard::buildHeader() {
 }
 
 QWidget* ReviewGroupCard::buildBanner() {
-    m_banner = new QFrame(this);
+    m_banner = new TintPanel(this);
     m_banner->setObjectName(QStringLiteral("suggestionBanner"));
-    m_banner->setAutoFillBackground(true);
-    // The banner is tinted with the skin's selection colour over the surface.
-    QPalette tinted = palette();
-    const QColor base = tinted.color(QPalette::Base);
-    const QColor accent = tinted.color(QPalette::Highlight);
-    tinted.setColor(QPalette::Window,
-                    QColor::fromRgbF(base.redF() + (accent.redF() - base.redF()) * 0.14f,
-                                     base.greenF() + (accent.greenF() - base.greenF()) * 0.14f,
-                                     base.blueF() + (accent.blueF() - base.blueF()) * 0.14f));
-    m_banner->setPalette(tinted);
-    m_banner->setBackgroundRole(QPalette::Window);
 
     auto* layout = new QHBoxLayout(m_banner);
     layout->setContentsMargins(12, 10, 12, 10);
@@ -391,17 +376,17 @@ void ReviewGroupCard::updateHeader() {
     if (!accounts.empty())
         facts += " \u00B7 " + accounts;
     m_facts->setFullText(toQString(facts));
-    setLabel(m_total, toQString(Money::format(m_group.total)));
+    setLabelText(m_total, toQString(Money::format(m_group.total)));
 
     const bool showsBanner = m_showsSuggestion && suggestion;
     m_banner->setVisible(showsBanner);
     if (showsBanner) {
         m_bannerSymbol->setSymbol(ReviewText::suggestionSymbol(suggestion->source));
-        setLabel(m_bannerTitle, toQString(ReviewText::suggestionTitle(suggestion->source)));
-        setLabel(m_bannerFiling,
-                 toQString(ReviewText::filing(ledger, suggestion->merchantName,
-                                              suggestion->categoryID, suggestion->kind)));
-        setLabel(m_bannerReason, toQString(suggestion->reason));
+        setLabelText(m_bannerTitle, toQString(ReviewText::suggestionTitle(suggestion->source)));
+        setLabelText(m_bannerFiling,
+                     toQString(ReviewText::filing(ledger, suggestion->merchantName,
+                                                  suggestion->categoryID, suggestion->kind)));
+        setLabelText(m_bannerReason, toQString(suggestion->reason));
         m_bannerReason->setVisible(!suggestion->reason.empty());
     }
 }
@@ -432,12 +417,15 @@ void ReviewGroupCard::decisionChanged() {
     const QString words = refusal ? toQString(refusal->words) : QString();
     const auto place = [&](QLabel* label, ReviewField field) {
         if (label)
-            setLabel(label, refusal && refusal->field == field ? words : QString());
+            setLabelText(label, refusal && refusal->field == field ? words : QString());
     };
     place(m_merchantRefusal, ReviewField::merchant);
     place(m_categoryRefusal, ReviewField::category);
     place(m_purposeRefusal, ReviewField::purpose);
-    setLabel(m_rememberNote, toQString(m_decision.remember ? kRememberOn : kRememberOff));
+    // Once a purpose is chosen its line has nothing more to say.
+    if (m_purposeRefusal)
+        m_purposeRefusal->setVisible(!m_decision.purpose);
+    setLabelText(m_rememberNote, toQString(m_decision.remember ? kRememberOn : kRememberOff));
 }
 
 bool ReviewGroupCard::canSave() const {
@@ -482,6 +470,23 @@ void ReviewGroupCard::showTransactions() {
     focus.ids.insert(m_group.transactionIDs.begin(), m_group.transactionIDs.end());
     m_runtime.setTransactionsFocus(std::move(focus));
     m_runtime.setSection(AppSection::transactions);
+}
+
+void ReviewGroupCard::focusEditor() {
+    QWidget* first = m_merchant;
+    if (!first && m_purposes) {
+        first = m_purposes->checkedButton();
+        if (!first && !m_purposes->buttons().isEmpty())
+            first = m_purposes->buttons().front();
+    }
+    if (first)
+        first->setFocus(Qt::TabFocusReason);
+}
+
+void ReviewGroupCard::changeEvent(QEvent* event) {
+    CardFrame::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_save)
+        makePrimary(m_save);
 }
 
 void ReviewGroupCard::keyPressEvent(QKeyEvent* event) {

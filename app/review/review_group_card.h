@@ -64,6 +64,9 @@ class ReviewGroupCard : public CardFrame {
     bool save();
     bool approve();
     void showTransactions();
+    // Puts the keyboard on the card's first choice: the merchant, or what
+    // the payment was for.
+    void focusEditor();
 
     [[nodiscard]] QLineEdit* merchantField() const { return m_merchant; }
     [[nodiscard]] QComboBox* categoryBox() const { return m_category; }
@@ -85,6 +88,7 @@ class ReviewGroupCard : public CardFrame {
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     QWidget* buildHeader();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QScrollBar>
 #include <QShowEvent>
@@ -231,6 +232,19 @@ void ReviewPage::install(ReviewSnapshot snapshot, bool choicesChanged) {
 void ReviewPage::layoutCards(bool choicesChanged) {
     const auto& all = m_snapshot.groups;
     const std::size_t shown = std::min(m_limit, all.size());
+    // When the card with the keyboard goes, the keyboard moves on to the
+    // card that takes its place, so deciding one after another needs no mouse.
+    std::optional<int> focusedPlace;
+    std::string focusedGroup;
+    if (QWidget* focused = QApplication::focusWidget()) {
+        for (int i = 0; i < m_cardList->count(); ++i) {
+            auto* card = qobject_cast<ReviewGroupCard*>(m_cardList->itemAt(i)->widget());
+            if (card && (card == focused || card->isAncestorOf(focused))) {
+                focusedPlace = i;
+                focusedGroup = card->group().id;
+            }
+        }
+    }
     std::set<std::string> kept;
     for (std::size_t i = 0; i < shown; ++i) {
         const ReviewGroup& group = all[i];
@@ -263,6 +277,12 @@ void ReviewPage::layoutCards(bool choicesChanged) {
         it = m_cards.erase(it);
     }
     m_showMore->setVisible(shown < all.size());
+
+    if (focusedPlace && !kept.contains(focusedGroup)) {
+        const auto shownCards = cards();
+        if (!shownCards.empty())
+            shownCards[std::min<std::size_t>(*focusedPlace, shownCards.size() - 1)]->focusEditor();
+    }
 }
 
 void ReviewPage::groupDecided(const std::string& groupID) {
@@ -314,8 +334,16 @@ ReviewGroupCard* ReviewPage::card(const std::string& groupID) const {
     return found == m_cards.end() ? nullptr : found->second;
 }
 
-void ReviewPage::openRuleEditor(Rule draft) {
-    m_ruleDraft = std::move(draft);
+RuleEditorSheet* ReviewPage::openRuleEditor(Rule draft) {
+    if (m_ruleEditor)
+        return nullptr;
+    m_ruleDraft = draft;
+    auto* sheet = new RuleEditorSheet(m_bridge, std::move(draft), this);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    connect(sheet, &QDialog::finished, this, [this] { m_ruleDraft.reset(); });
+    m_ruleEditor = sheet;
+    sheet->open();
+    return sheet;
 }
 
 std::vector<SelfCheck> ReviewPage::selfChecks() {

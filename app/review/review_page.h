@@ -20,6 +20,7 @@
 #include <vector>
 
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QStringListModel>
@@ -28,6 +29,7 @@
 #include "app/review/review_group_card.h"
 #include "app/review/rule_suggestions_section.h"
 #include "app/review/stale_pending_section.h"
+#include "app/rules/rule_editor_sheet.h"
 #include "app/shell/runtime_bridge.h"
 #include "app/widgets/section_page.h"
 #include "core/model/rule.h"
@@ -85,12 +87,12 @@ class ReviewPage : public SectionPage {
     // Makes one more batch of cards.
     void showMore();
 
-    // The draft a suggested rule became, for the rule editor.
+    // The draft a suggested rule became, while the rule editor has it open.
     [[nodiscard]] const std::optional<Rule>& ruleDraft() const { return m_ruleDraft; }
-    // Keeps the draft and opens the rule editor on it. The editor sheet is
-    // built with the Rules & Merchants screen; until it joins the window
-    // this keeps the draft only.
-    void openRuleEditor(Rule draft);
+    // Opens the rule editor on the draft, as a new rule; nothing when the
+    // editor is open already.
+    RuleEditorSheet* openRuleEditor(Rule draft);
+    [[nodiscard]] RuleEditorSheet* ruleEditor() const { return m_ruleEditor; }
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -113,6 +115,7 @@ class ReviewPage : public SectionPage {
     std::map<std::string, ReviewGroupCard*> m_cards;
     QStringListModel m_merchantNames;
     std::optional<Rule> m_ruleDraft;
+    QPointer<RuleEditorSheet> m_ruleEditor;
 
     // A saved change came while the page was hidden: read again on showing.
     bool m_outdated = false;

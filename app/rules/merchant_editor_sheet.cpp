@@ -298,6 +298,12 @@ void MerchantEditorSheet::save() {
     const Merchant edited = editedMerchant();
     const std::string name(text::trimmedSpaces(toStdString(m_name->text())));
     const bool renamed = name != m_merchant.name;
+    // Nothing changed needs no save, nor a rematch of every line.
+    if (!renamed && m_bridge.runtime().ledger().merchant(edited.id) &&
+        *m_bridge.runtime().ledger().merchant(edited.id) == edited) {
+        accept();
+        return;
+    }
     const ApplyResult result = m_bridge.runtime().apply([&](Ledger& copy) {
         // Written first under its old name, so that a new name which merges
         // it into another merchant carries what was just decided along.

@@ -1,6 +1,5 @@
 #include "app/rules/row_delegates.h"
 
-#include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -47,23 +46,27 @@ QRect editButtonRect(const QRect& row, const QFont& font) {
         size);
 }
 
-// The row's panel as the style draws an item (selection, hover), a line
-// under it, and a ring while it has the keyboard focus.
+// The row's panel: a rounded fill while it is chosen or under the pointer, a
+// line under it, and a ring while it has the keyboard focus.
 void paintPanel(QPainter* painter, const QStyleOptionViewItem& option) {
-    const QWidget* widget = option.widget;
-    QStyle* style = widget ? widget->style() : QApplication::style();
-    QStyleOptionViewItem panel = option;
-    panel.state &= ~QStyle::State_HasFocus;
-    style->drawPrimitive(QStyle::PE_PanelItemViewItem, &panel, painter, widget);
     painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    const QRectF panel = QRectF(option.rect).adjusted(1.5, 1.5, -1.5, -1.5);
+    painter->setPen(Qt::NoPen);
+    if (option.state & QStyle::State_Selected) {
+        painter->setBrush(option.palette.color(QPalette::Highlight));
+        painter->drawRoundedRect(panel, 6, 6);
+    } else if (option.state & QStyle::State_MouseOver) {
+        painter->setBrush(option.palette.color(QPalette::AlternateBase));
+        painter->drawRoundedRect(panel, 6, 6);
+    }
     painter->setPen(option.palette.color(QPalette::Midlight));
-    painter->drawLine(option.rect.bottomLeft() + QPoint(kPadding, 0),
-                      option.rect.bottomRight() - QPoint(kPadding, 0));
+    painter->drawLine(QPointF(option.rect.left() + kPadding, option.rect.bottom() + 0.5),
+                      QPointF(option.rect.right() - kPadding, option.rect.bottom() + 0.5));
     if (option.state & QStyle::State_HasFocus) {
-        painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(QPen(option.palette.color(QPalette::Link), 1.5));
         painter->setBrush(Qt::NoBrush);
-        painter->drawRoundedRect(QRectF(option.rect).adjusted(1.5, 1.5, -1.5, -1.5), 5, 5);
+        painter->drawRoundedRect(panel, 6, 6);
     }
     painter->restore();
 }
@@ -116,16 +119,21 @@ void paintEditButton(QPainter* painter, const QStyleOptionViewItem& option, cons
 
 void paintSwitch(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
                  bool on) {
+    // On a chosen row the selection's own colours keep the switch apart from it.
+    const bool selected = option.state & QStyle::State_Selected;
+    const QColor track = option.palette.color(
+        on ? (selected ? QPalette::HighlightedText : QPalette::Link) : QPalette::Mid);
+    const QColor knob = option.palette.color(on && selected ? QPalette::Highlight : QPalette::Base);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    const QRectF track = QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QRectF bounds = QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5);
     painter->setPen(Qt::NoPen);
-    painter->setBrush(option.palette.color(on ? QPalette::Link : QPalette::Mid));
-    painter->drawRoundedRect(track, track.height() / 2, track.height() / 2);
-    const qreal knob = track.height() - 4;
-    const qreal left = on ? track.right() - 2 - knob : track.left() + 2;
-    painter->setBrush(option.palette.color(QPalette::Base));
-    painter->drawEllipse(QRectF(left, track.top() + 2, knob, knob));
+    painter->setBrush(track);
+    painter->drawRoundedRect(bounds, bounds.height() / 2, bounds.height() / 2);
+    const qreal size = bounds.height() - 4;
+    const qreal left = on ? bounds.right() - 2 - size : bounds.left() + 2;
+    painter->setBrush(knob);
+    painter->drawEllipse(QRectF(left, bounds.top() + 2, size, size));
     painter->restore();
 }
 

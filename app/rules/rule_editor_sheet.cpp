@@ -448,6 +448,12 @@ void RuleEditorSheet::save() {
         return;
     const Rule rule = editedRule();
     const bool editing = m_editing;
+    // An edit that changes nothing needs no save, nor a rematch of every line.
+    const auto& rules = m_bridge.runtime().ledger().rules;
+    if (editing && std::find(rules.begin(), rules.end(), rule) != rules.end()) {
+        accept();
+        return;
+    }
     const ApplyResult result = m_bridge.runtime().apply([&](Ledger& copy) {
         return editing ? updateRule(copy, rule, true) : addRule(copy, rule, false, true);
     });

@@ -137,13 +137,13 @@ void MerchantBadge::paintEvent(QPaintEvent*) {
         }
         case Face::initials: {
             painter.fillPath(circle, toneFill(tone, palette()));
+            const QString initials = toQString(m_descriptor.initials);
             QFont font = this->font();
-            font.setPixelSize(
-                qMax(8, qRound(m_size * (m_descriptor.initials.size() > 1 ? 0.36 : 0.42))));
+            font.setPixelSize(qMax(8, qRound(m_size * (initials.size() > 1 ? 0.36 : 0.42))));
             font.setWeight(QFont::DemiBold);
             painter.setFont(font);
             painter.setPen(toneInk(tone, palette()));
-            painter.drawText(rect(), Qt::AlignCenter, toQString(m_descriptor.initials));
+            painter.drawText(rect(), Qt::AlignCenter, initials);
             return;
         }
     }

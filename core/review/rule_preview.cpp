@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <map>
 
-#include <fmt/format.h>
-
 #include "core/matching/matcher.h"
 #include "core/matching/merchant_text.h"
 
@@ -101,17 +99,16 @@ RulePreview RulePreview::compute(const Rule& draft, const Ledger& ledger,
 }
 
 std::string RulePreview::countsText() const {
-    return fmt::format(
-        "Matches {} transaction{}; {} would change; {} you set by hand stay as "
-        "they are.",
-        matchingIDs.size(), matchingIDs.size() == 1 ? "" : "s", changingIDs.size(),
-        confirmedIDs.size());
+    return "Matches " + std::to_string(matchingIDs.size()) + " transaction" +
+           (matchingIDs.size() == 1 ? "" : "s") + "; " + std::to_string(changingIDs.size()) +
+           " would change; " + std::to_string(confirmedIDs.size()) +
+           " you set by hand stay as they are.";
 }
 
 std::vector<std::string> RulePreview::shadowTexts() const {
     std::vector<std::string> texts;
     for (const auto& [name, count] : shadowedBy)
-        texts.push_back(fmt::format("Taken first by \u201C{}\u201D: {}", name, count));
+        texts.push_back("Taken first by \u201C" + name + "\u201D: " + std::to_string(count));
     return texts;
 }
 

@@ -314,7 +314,8 @@ TEST_F(ReviewScreenTest, CardsAreMadeABatchAtATime) {
 
 TEST_F(ReviewScreenTest, KeyboardTabsToTheCategoryChoosesWithArrowsAndSavesWithEnter) {
     const Uuid id = addLine("CORNER HARDWARE 0412", -2599);
-    ReviewGroupCard* card = page().cards().front();
+    addLine("NEIGHBORHOOD BAKERY", -850);
+    ReviewGroupCard* card = this->card("out|CORNER HARDWARE");
     page().activateWindow();
     card->merchantField()->setFocus(Qt::TabFocusReason);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -326,9 +327,38 @@ TEST_F(ReviewScreenTest, KeyboardTabsToTheCategoryChoosesWithArrowsAndSavesWithE
     QTest::keyClick(card->categoryBox(), Qt::Key_Return);
     EXPECT_EQ(line(id).review, ReviewState::confirmed);
     EXPECT_EQ(ledger().category(line(id).categoryID)->name, chosen.toStdString());
+
+    // The keyboard goes on to the next group rather than getting lost.
+    settle();
+    ReviewGroupCard* next = this->card("out|NEIGHBORHOOD BAKERY");
+    ASSERT_NE(next, nullptr);
+    EXPECT_EQ(QApplication::focusWidget(), next->merchantField());
 }
 
-TEST_F(ReviewScreenTest, ReviewRuleMakesADraftOfTheSuggestedRule) {
+// A decided group stayed on screen until the background reading of a large
+// ledger came back, and a second press of Save filed it twice.
+TEST_F(ReviewScreenTest, ALargeLedgerIsReadInTheBackgroundAndADecidedGroupGoesAtOnce) {
+    addLine("CORNER HARDWARE 0412", -2599);
+    addLine("NEIGHBORHOOD BAKERY", -850);
+    page().setReadInBackgroundFrom(0);
+    page().refresh();
+    ASSERT_TRUE(page().isReading());
+    runtime().mainQueue()->runUntil([&] { return !page().isReading(); });
+    ASSERT_EQ(page().cards().size(), 2u);
+
+    ReviewGroupCard* bakery = card("out|NEIGHBORHOOD BAKERY");
+    bakery->categoryBox()->setCurrentIndex(indexOfCategory(bakery->categoryBox(), "Groceries"));
+    bakery->saveButton()->click();
+    EXPECT_TRUE(page().isReading());
+    EXPECT_EQ(card("out|NEIGHBORHOOD BAKERY"), nullptr);
+    EXPECT_EQ(page().countLabel()->text(), "1 transaction in 1 group needs you.");
+    runtime().mainQueue()->runUntil([&] { return !page().isReading(); });
+    settle();
+    EXPECT_EQ(page().cards().size(), 1u);
+    EXPECT_EQ(ledger().changes.size(), 1u);
+}
+
+TEST_F(ReviewScreenTest, ReviewRuleOpensTheEditorOnTheSuggestedRule) {
     const Uuid shopping = categoryNamed("Shopping");
     for (const auto& text : {"ACME HARDWARE 1234", "ACME HARDWARE 5678"}) {
         const Uuid id = addLine(text, -1500);
@@ -350,8 +380,18 @@ TEST_F(ReviewScreenTest, ReviewRuleMakesADraftOfTheSuggestedRule) {
                            "Based on 2 corrections \u00B7 would match 2 transactions"}));
     rules->reviewButton(0)->click();
     ASSERT_TRUE(page().ruleDraft());
-    EXPECT_EQ(page().ruleDraft()->pattern, "ACME HARDWARE");
-    EXPECT_EQ(page().ruleDraft()->categoryID, shopping);
+    RuleEditorSheet* editor = page().ruleEditor();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_FALSE(editor->isEditing());
+    EXPECT_EQ(editor->patternField()->text(), "ACME HARDWARE");
+    EXPECT_EQ(editor->categoryField()->currentText(), "Shopping");
+    ASSERT_TRUE(editor->canSave());
+    editor->saveButton()->click();
+    settle();
+    ASSERT_EQ(ledger().rules.size(), 1u);
+    EXPECT_EQ(ledger().rules.front().pattern, "ACME HARDWARE");
+    EXPECT_FALSE(page().ruleDraft());
+    EXPECT_FALSE(rules->isVisible()) << "a rule with that pattern is no longer suggested";
 }
 
 }  // namespace

@@ -2,65 +2,21 @@
 // dark form of the default skin, for a person to look at: written only when
 // COPPERWICK_SCREENSHOT_DIR names a folder.
 
-#include <filesystem>
-
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QDir>
-#include <QIcon>
-#include <QStyleFactory>
+#include <QScrollBar>
 
 #include "app/review/review_page.h"
 #include "app/shell/main_window.h"
-#include "core/presentation/skin.h"
+#include "app/shell/skin_store.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick::app {
 namespace {
-
-QColor colour(const RGB& rgb) {
-    return QColor::fromRgbF(static_cast<float>(rgb.red), static_cast<float>(rgb.green),
-                            static_cast<float>(rgb.blue));
-}
-
-QColor mix(const QColor& from, const QColor& to, double t) {
-    const auto channel = [t](float a, float b) { return static_cast<float>(a + (b - a) * t); };
-    return QColor::fromRgbF(channel(from.redF(), to.redF()), channel(from.greenF(), to.greenF()),
-                            channel(from.blueF(), to.blueF()));
-}
-
-// The skin's colours in Qt's roles, the way the application's skin store
-// puts them, so that the pictures show what a person sees.
-QPalette skinPalette(Skin skin, bool dark) {
-    const SkinPalette colours = palette(skin, dark);
-    const QColor window = colour(colours.window);
-    const QColor surface = colour(colours.surface);
-    const QColor accent = colour(colours.accent);
-    const QColor text = mix(dark ? QColor(240, 240, 240) : QColor(22, 24, 23), accent, 0.12);
-    QPalette result;
-    result.setColor(QPalette::Window, window);
-    result.setColor(QPalette::WindowText, text);
-    result.setColor(QPalette::Base, surface);
-    result.setColor(QPalette::AlternateBase, colour(colours.sidebar));
-    result.setColor(QPalette::Text, text);
-    result.setColor(QPalette::Button, dark ? mix(surface, text, 0.06) : surface);
-    result.setColor(QPalette::ButtonText, text);
-    result.setColor(QPalette::Highlight, colour(colours.selection));
-    result.setColor(QPalette::HighlightedText, colour(palette(skin, false).onAccent));
-    result.setColor(QPalette::Link, accent);
-    result.setColor(QPalette::PlaceholderText, mix(text, window, 0.42));
-    result.setColor(QPalette::Light, mix(window, dark ? text : QColor(Qt::white), 0.1));
-    result.setColor(QPalette::Midlight, mix(window, text, 0.07));
-    result.setColor(QPalette::Mid, mix(window, text, 0.22));
-    result.setColor(QPalette::Dark, mix(window, text, 0.4));
-    result.setColor(QPalette::Shadow, mix(window, QColor(Qt::black), 0.6));
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        result.setColor(QPalette::Disabled, role, mix(text, window, 0.55));
-    return result;
-}
 
 TEST(ReviewScreenshots, DemoWorkspaceInLightAndDark) {
     const QString folder = qEnvironmentVariable("COPPERWICK_SCREENSHOT_DIR");
@@ -72,22 +28,53 @@ TEST(ReviewScreenshots, DemoWorkspaceInLightAndDark) {
     options.preferencesFolder = preferences.path();
     LedgerRuntime runtime(std::move(options));
     ImportModel importer;
+    SkinStore skins(runtime.defaults());
 
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-    QStringList paths = QIcon::themeSearchPaths();
-    paths << QStringLiteral("/usr/share/icons");
-    QIcon::setThemeSearchPaths(paths);
     for (const bool dark : {false, true}) {
-        QIcon::setThemeName(dark ? QStringLiteral("breeze-dark") : QStringLiteral("breeze"));
-        QApplication::setPalette(skinPalette(Skin::forest, dark));
+        SkinPreference preference = skins.preference();
+        preference.appearance = dark ? AppearanceMode::dark : AppearanceMode::light;
+        skins.update(preference);
+        skins.applyAppearance();
         MainWindow window(runtime, importer);
         window.resize(1180, 900);
         runtime.setSection(AppSection::review);
         window.show();
         QApplication::processEvents();
-        const QString name = QDir(folder).filePath(dark ? QStringLiteral("review-dark.png")
-                                                        : QStringLiteral("review-light.png"));
-        EXPECT_TRUE(window.grab().save(name));
+        const QString form = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        EXPECT_TRUE(window.grab().save(QDir(folder).filePath("review-" + form + ".png")));
+        // The end of the screen: pending charges and suggested rules.
+        auto* page = qobject_cast<ReviewPage*>(window.page(AppSection::review));
+        ASSERT_NE(page, nullptr);
+        QScrollBar* bar = page->scrollArea()->verticalScrollBar();
+        bar->setValue(bar->maximum());
+        QApplication::processEvents();
+        EXPECT_TRUE(window.grab().save(QDir(folder).filePath("review-" + form + "-end.png")));
+    }
+
+    // A payment to a person, which the demo has already filed, asks its own question.
+    const Uuid checking = runtime.ledger().accounts.front().id;
+    runtime.apply([&](Ledger& copy) {
+        LedgerTransaction line{.id = Uuid::random(),
+                               .accountID = checking,
+                               .date = runtime.today(),
+                               .amount = -4500,
+                               .rawDescription = "Zelle payment to Robin Sample"};
+        copy.transactions.set(line.id, line);
+        LedgerDelta delta;
+        delta.change(RecordKind::transaction, line.id);
+        return delta;
+    });
+    MainWindow window(runtime, importer);
+    window.resize(1180, 900);
+    window.show();
+    QApplication::processEvents();
+    auto* page = qobject_cast<ReviewPage*>(window.page(AppSection::review));
+    for (ReviewGroupCard* card : page->cards()) {
+        if (card->asksPurpose()) {
+            card->purposeButton(ZelleChoice::spending)->click();
+            QApplication::processEvents();
+            EXPECT_TRUE(card->grab().save(QDir(folder).filePath("review-zelle-dark.png")));
+        }
     }
 }
 

@@ -165,6 +165,37 @@ TEST_F(RuleEditorTest, PreviewNamesTheEarlierRuleThatTakesTheLines) {
               "Taken first by \u201CHardware stores\u201D: 2");
 }
 
+// A preview of what was typed before comes back after the person typed on:
+// it is dropped, and only the preview of the fields as they stand is shown.
+TEST_F(RuleEditorTest, APreviewOfEarlierTypingIsDropped) {
+    builder.transaction(checking, "CORNER BAKERY", -900);
+    builder.transaction(checking, "CORNER BAKERY", -1200);
+    page.reset();
+    bridge.reset();
+    runtime.reset();
+    auto queue = std::make_shared<PlainQueue>();
+    open(queue);
+
+    auto sheet = editor();
+    int shown = 0;
+    QObject::connect(sheet.get(), &RuleEditorSheet::previewShown, [&] { ++shown; });
+    QTest::keyClicks(sheet->patternField(), "ACME");
+    // The preview of "ACME" is worked out, and its result waits in the queue.
+    QTest::qWait(RuleEditorSheet::kPreviewDelayMilliseconds + 100);
+    sheet->patternField()->setText("CORNER BAKERY");
+    QTest::qWait(RuleEditorSheet::kPreviewDelayMilliseconds + 100);
+
+    std::size_t delivered = 0;
+    ASSERT_TRUE(waitUntil([&] {
+        delivered += queue->runPending();
+        return delivered == 2;
+    }));
+    EXPECT_EQ(shown, 1);
+    ASSERT_TRUE(sheet->shownPreview().has_value());
+    EXPECT_EQ(sheet->shownPreview()->matchingIDs.size(), 3u) << "the bakery's lines, not Acme's";
+    EXPECT_FALSE(sheet->isPreviewPending());
+}
+
 TEST_F(RuleEditorTest, EscapeCancelsWithoutSaving) {
     auto sheet = editor();
     QTest::keyClicks(sheet->patternField(), "ACME");

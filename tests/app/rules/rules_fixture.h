@@ -3,16 +3,13 @@
 // The Rules & Merchants screen on a runtime of its own: a ledger written to a
 // temporary data folder first, preferences beside it, work from other
 // threads coming back through Qt's event loop, and the page shown in an
-// active window so that its keys work as they do for a person.
+// active window so that its keys work as they do for a person. The shared
+// application tests' waitUntil turns the event loop.
 
-#include <chrono>
 #include <filesystem>
-#include <functional>
 #include <memory>
-#include <ostream>
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -24,28 +21,11 @@
 #include "runtime/data_folders.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
+#include "tests/app/app_fixture.h"
 #include "tests/support/ledger_builder.h"
 #include "tests/support/temp_folder.h"
 
-// Failures print the text rather than its bytes.
-inline void PrintTo(const QString& text, std::ostream* out) {
-    *out << '"' << text.toStdString() << '"';
-}
-
 namespace copperwick::testing {
-
-// Runs the event loop until `done` holds or `allowed` has passed; whether it held.
-inline bool waitUntil(const std::function<bool()>& done,
-                      std::chrono::milliseconds allowed = std::chrono::seconds(10)) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!done()) {
-        if (timer.elapsed() > allowed.count())
-            return false;
-        QTest::qWait(5);
-    }
-    return true;
-}
 
 class RulesScreenTest : public ::testing::Test {
   protected:
@@ -56,8 +36,9 @@ class RulesScreenTest : public ::testing::Test {
     }
 
     // Writes the builder's ledger as the data file, then opens the runtime
-    // on it and shows the page.
-    void open() {
+    // on it and shows the page. Work of other threads comes back through the
+    // event loop, or through `queue` when a test hands results over itself.
+    void open(std::shared_ptr<MainQueue> queue = nullptr) {
         const auto folder = temp / "Copperwick";
         std::filesystem::create_directories(folder);
         {
@@ -67,7 +48,7 @@ class RulesScreenTest : public ::testing::Test {
         RuntimeOptions options;
         options.dataFolder = folder;
         options.preferencesFolder = temp / "config";
-        options.mainQueue = std::make_shared<app::QtMainQueue>(qApp);
+        options.mainQueue = queue ? std::move(queue) : std::make_shared<app::QtMainQueue>(qApp);
         runtime = std::make_unique<LedgerRuntime>(options);
         bridge = std::make_unique<app::RuntimeBridge>(*runtime, importer);
         page = std::make_unique<app::RulesPage>(*bridge);
