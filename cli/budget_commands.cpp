@@ -12,8 +12,8 @@
 
 #include "cli/commands.h"
 #include "cli/runtime_session.h"
+#include "core/model/ledger_lookup.h"
 #include "core/model/money.h"
-#include "core/model/text.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/set_budget.h"
 #include "core/operations/update_settings.h"
@@ -21,12 +21,6 @@
 namespace copperwick::cli {
 
 namespace {
-
-const LedgerCategory* findCategory(const Ledger& ledger, std::string_view nameOrID) {
-    if (const auto id = Uuid::parse(nameOrID))
-        return ledger.category(*id);
-    return ledger.categoryNamed(text::trimmed(nameOrID));
-}
 
 void printGoal(CommandContext& context, const LedgerSettings& settings) {
     if (settings.monthlySavingsGoal)
@@ -83,10 +77,11 @@ struct SetOptions {
 };
 
 void runSet(CommandContext& context, const SetOptions& options) {
-    const auto amount = Money::parseCents(options.amount);
-    if (!amount || *amount < 0) {
-        context.err << "\u201C" << options.amount
-                    << "\u201D isn't an amount. Use a number like 250 or 250.00.\n";
+    std::optional<int64_t> amount;
+    try {
+        amount = budgetEntered(options.amount);
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
         context.exitCode = kExitUsage;
         return;
     }
@@ -102,17 +97,17 @@ void runSet(CommandContext& context, const SetOptions& options) {
     const Uuid categoryID = category->id;
     const std::string name = category->name;
     runtime->setErrorMessage(std::nullopt);
-    runtime->apply([&](Ledger& copy) { return setBudget(copy, categoryID, *amount); });
+    runtime->apply([&](Ledger& copy) { return setBudget(copy, categoryID, amount); });
     if (reportFailedChange(*runtime, context))
         return;
     if (context.json) {
         boost::json::object result{{"categoryID", categoryID.text()}, {"categoryName", name}};
-        if (*amount >= 1)
+        if (amount.value_or(0) >= 1)
             result["monthlyAmount"] = *amount;
         printJSON(context, result);
         return;
     }
-    if (*amount >= 1)
+    if (amount.value_or(0) >= 1)
         context.out << name << ": " << Money::format(*amount) << " a month.\n";
     else
         context.out << name << ": no budget.\n";

@@ -16,9 +16,7 @@
 #include "cli/runtime_session.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
-#include "core/model/text.h"
 #include "core/operations/manual_entry.h"
-#include "core/operations/upsert_account.h"
 
 namespace copperwick::cli {
 
@@ -53,12 +51,13 @@ bool refuse(CommandContext& context, const std::string& message) {
 // The form's own check, before anything is called.
 bool readDateAndAmount(CommandContext& context, const EntryOptions& options, LocalDate& date,
                        int64_t& amount, bool positive) {
-    const auto parsedDate = LocalDate::fromISO(options.date);
-    const auto parsedAmount = Money::parseCents(options.amount);
-    if (!parsedDate || !parsedAmount || (positive && *parsedAmount <= 0))
-        return refuse(context, "Choose an account and enter a valid date and positive amount.");
-    date = *parsedDate;
-    amount = *parsedAmount;
+    try {
+        const FormEntry entry = entryFormEntered(options.date, options.amount, positive);
+        date = entry.date;
+        amount = entry.amount;
+    } catch (const EntryError& refusal) {
+        return refuse(context, refusal.what());
+    }
     return true;
 }
 
@@ -172,19 +171,18 @@ void runWallets(CommandContext& context) {
 }
 
 void runAddWallet(CommandContext& context, const EntryOptions& options) {
-    const std::string name(text::trimmed(options.name));
-    const auto opening =
-        options.amount.empty() ? std::optional<int64_t>(0) : Money::parseCents(options.amount);
-    const auto typedDate = options.date.empty() ? std::nullopt : LocalDate::fromISO(options.date);
-    if (name.empty() || !opening || *opening < 0 || (!options.date.empty() && !typedDate))
-        return (void)refuse(context,
-                            "Enter a wallet name, valid date, and nonnegative opening cash.");
+    WalletForm form;
+    try {
+        form = walletFormEntered(options.name, options.amount, options.date);
+    } catch (const EntryError& refusal) {
+        return (void)refuse(context, refusal.what());
+    }
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
     const Instant now = runtime->now();
     const LocalDate date =
-        typedDate.value_or(LocalDate::today(*runtime->ledger().settings->timeZone(), now));
+        form.date.value_or(LocalDate::today(*runtime->ledger().settings->timeZone(), now));
     std::optional<Uuid> personID;
     if (!options.person.empty()) {
         const Person* person = findPerson(runtime->ledger(), options.person);
@@ -192,23 +190,12 @@ void runAddWallet(CommandContext& context, const EntryOptions& options) {
             return (void)refuse(context, "There is no person called " + options.person + ".");
         personID = person->id;
     }
-    Account wallet(Uuid::random(), name, AccountType::cash, personID);
+    Account wallet(Uuid::random(), form.name, AccountType::cash, personID);
     wallet.currency = runtime->ledger().settings->reportCurrency;
-    commit(context, *runtime, [&](Ledger& copy) {
-        LedgerDelta delta = upsertAccount(copy, wallet);
-        if (*opening > 0) {
-            delta.merge(addManualTransaction(copy,
-                                             ManualTransaction{.accountID = wallet.id,
-                                                               .date = date,
-                                                               .amount = *opening,
-                                                               .description = "Opening cash",
-                                                               .openingBalance = true},
-                                             now));
-        }
-        return delta;
-    });
+    commit(context, *runtime,
+           [&](Ledger& copy) { return addWallet(copy, wallet, form.openingCash, date, now); });
     if (context.exitCode == 0 && !context.json)
-        context.out << "Added the wallet " << name << " (" << wallet.id.text() << ").\n";
+        context.out << "Added the wallet " << form.name << " (" << wallet.id.text() << ").\n";
 }
 
 void runBalance(CommandContext& context, const EntryOptions& options) {

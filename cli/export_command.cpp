@@ -12,9 +12,9 @@
 #include "cli/ledger_lookup.h"
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
-#include "cli/transaction_query.h"
 #include "core/model/file_output.h"
 #include "core/reports/csv_export.h"
+#include "core/reports/transaction_query.h"
 
 namespace copperwick::cli {
 
@@ -62,11 +62,14 @@ void runExportTransactions(CommandContext& context, const ExportOptions& options
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
-    TransactionQuery query{.review = options.review, .search = options.search};
+    TransactionQuery query{.search = options.search, .searchesCategories = true};
+    if (options.review)
+        query.filter.kind = TransactionFilter::Kind::needsReview;
     if (choosesReport(options.filter)) {
-        query.report = reportFilter(options.filter, ledger, runtime->today(), context);
-        if (!query.report)
+        const auto report = reportFilter(options.filter, ledger, runtime->today(), context);
+        if (!report)
             return;
+        query.narrowTo(*report);
     }
     if (!options.account.empty()) {
         const Account* account = accountOrComplain(context, ledger, options.account);

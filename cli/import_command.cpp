@@ -20,6 +20,7 @@
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
 #include "core/import/import_commit.h"
+#include "core/import/import_words.h"
 #include "core/model/enum_text.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
@@ -67,20 +68,6 @@ std::string accountText(const Ledger& ledger, const ImportFile& file) {
     return "not chosen";
 }
 
-std::string dispositionText(RowDisposition::Kind kind) {
-    switch (kind) {
-        case RowDisposition::Kind::duplicate:
-            return "already saved";
-        case RowDisposition::Kind::replacesPending:
-            return "replaces pending";
-        case RowDisposition::Kind::possibleDuplicate:
-            return "held for you";
-        case RowDisposition::Kind::newRow:
-            break;
-    }
-    return "new";
-}
-
 std::string batchLine(const Ledger& ledger, const ImportBatch& batch) {
     const auto* account = ledger.account(batch.accountID);
     std::ostringstream out;
@@ -104,9 +91,8 @@ void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) 
     const auto& plan = *file.plan;
     const auto currency = file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
     if (plan.previousImport) {
-        out << "  You imported this exact file on "
-            << abbreviatedDateTime(plan.previousImport->importedAt)
-            << ". Rows already saved are skipped.\n";
+        out << "  " << previousImportLine(abbreviatedDateTime(plan.previousImport->importedAt))
+            << '\n';
     }
     out << "  Rows in file: " << plan.rows.size() + plan.issues.size() << '\n'
         << "  New: " << plan.newCount() << '\n'
@@ -126,7 +112,7 @@ void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) 
         const auto& row = planned.row;
         out << "    line " << row.line << "  " << row.date.iso() << "  "
             << Money::format(row.amount, currency) << "  " << row.description() << "  "
-            << dispositionText(planned.disposition.kind);
+            << label(planned.disposition.kind);
         if (planned.disposition.kind == RowDisposition::Kind::possibleDuplicate &&
             file.forcedLines.contains(row.line))
             out << " (importing anyway)";
@@ -365,13 +351,9 @@ void runImport(CommandContext& context, const ImportOptions& options) {
             for (const auto& file : model.files())
                 printPlan(context.out, ledger, file);
             const auto ready = model.readyFiles().size();
-            context.out << model.totalToImport() << " transactions ready from " << ready
-                        << (ready == 1 ? " file" : " files") << '\n';
-            if (blocked == 1)
-                context.out << "1 file needs a decision first (see above), or turn it off.\n";
-            else if (blocked > 1)
-                context.out << blocked
-                            << " files need a decision first (see above), or turn them off.\n";
+            context.out << readyLine(model.totalToImport(), ready) << '\n';
+            if (const auto line = blockedLine(blocked))
+                context.out << *line << '\n';
         }
         // As the real import would: a file waiting for a decision stops it.
         if (blocked > 0)
@@ -430,7 +412,7 @@ void runImports(CommandContext& context) {
         return;
     }
     if (ledger.batches.empty()) {
-        context.out << "Nothing has been imported yet.\n";
+        context.out << kNothingImportedYet << '\n';
         return;
     }
     for (std::size_t i = ledger.batches.size(); i-- > 0;) {
@@ -483,7 +465,7 @@ void runUndoImport(CommandContext& context, const std::string& batchText) {
                           ". Run 'copperwick imports' to see them.");
         return;
     }
-    const std::string message = "Removed the import of " + fileName + ".";
+    const std::string message = removedImportMessage(fileName);
     if (context.json) {
         printJSON(context, boost::json::object{{"result", message}, {"batchID", id.text()}});
         return;

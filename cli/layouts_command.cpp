@@ -83,10 +83,10 @@ void runExport(CommandContext& context, const std::string& id, const std::string
     try {
         writeLayoutFile(path, *found);
     } catch (const std::exception& error) {
-        fail(context, std::string("Couldn't save the file: ") + error.what());
+        fail(context, layoutSaveFailure(error));
         return;
     }
-    report(context, "Saved " + path.filename().string() + ".", {{"file", path.string()}});
+    report(context, savedLayoutMessage(path), {{"file", path.string()}});
 }
 
 void runImport(CommandContext& context, const std::string& file) {
@@ -106,7 +106,7 @@ void runImport(CommandContext& context, const std::string& file) {
         fail(context, *runtime->errorMessage());
         return;
     }
-    report(context, "Imported the layout “" + profile.name + "”.", layoutJSON(profile));
+    report(context, importedLayoutMessage(profile), layoutJSON(profile));
 }
 
 }  // namespace

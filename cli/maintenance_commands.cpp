@@ -3,14 +3,12 @@
 // `categories [add|rename|delete]` and `settings [KEY VALUE]`. None of these
 // is undoable; each is saved through the runtime like any change.
 
-#include <algorithm>
 #include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include <fmt/format.h>
-#include <unicode/timezone.h>
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
@@ -21,6 +19,7 @@
 #include "core/model/payment_service.h"
 #include "core/model/record_json.h"
 #include "core/model/text.h"
+#include "core/operations/currency_code.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/household_assignment.h"
 #include "core/operations/record_maintenance.h"
@@ -93,25 +92,26 @@ void runPersonChange(CommandContext& context, const MaintenanceOptions& options,
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;
-    Person person{Uuid::random(), std::string(text::trimmed(options.name)), {}};
+    Person person{Uuid::random(), options.name, {}};
     if (!adding) {
         const Person* existing = findPerson(runtime->ledger(), options.record);
         if (!existing)
             return (void)refuse(context, "There is no person called " + options.record + ".");
         person = *existing;
         if (options.newName)
-            person.name = std::string(text::trimmed(*options.newName));
+            person.name = *options.newName;
     }
-    if (person.name.empty())
-        return (void)refuse(context, "Enter the person's name.");
     if (options.clearBankNames)
         person.bankNames.clear();
-    for (const auto& bankName : options.bankNames) {
-        if (!text::trimmed(bankName).empty())
-            person.bankNames.emplace_back(text::trimmed(bankName));
-    }
+    person.bankNames.insert(person.bankNames.end(), options.bankNames.begin(),
+                            options.bankNames.end());
     if (options.allowance)
         person.monthlyAllowance = allowance;
+    try {
+        person = personEntered(std::move(person));
+    } catch (const EntryError& refusal) {
+        return (void)refuse(context, refusal.what());
+    }
     if (!save(context, *runtime, [&](Ledger& ledger) { return upsertPerson(ledger, person); }))
         return;
     if (context.json)
@@ -146,34 +146,25 @@ std::optional<SpendingAssignment> cardOwner(const Ledger& ledger, std::string_vi
     return std::nullopt;
 }
 
-// The account as the options leave it, or absent after a refusal.
+// The account as the options leave it, or absent after a refusal. Each field
+// is read by core's rule for it, in the order the form asks for them.
 std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledger, Account account,
                                      const MaintenanceOptions& options) {
-    if (options.newName)
-        account.name = std::string(text::trimmed(*options.newName));
-    if (account.name.empty())
-        return refuse(context, "Enter the account's name."), std::nullopt;
-    if (options.type) {
-        const auto type = enumFromRaw<AccountType>(*options.type);
-        if (!type)
-            return refuse(context, "There is no account type called " + *options.type + "."),
-                   std::nullopt;
-        account.type = *type;
-    }
-    if (options.currency) {
-        const std::string code = text::uppercased(text::trimmed(*options.currency));
-        if (code.size() != 3)
-            return refuse(context, "A currency is three letters, such as USD."), std::nullopt;
-        account.currency = code;
-    }
-    if (options.last4) {
-        const auto digits = text::trimmed(*options.last4);
-        const bool fourDigits =
-            digits.size() == 4 &&
-            std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; });
-        if (!digits.empty() && !fourDigits)
-            return refuse(context, "The last four are four digits."), std::nullopt;
-        account.last4 = digits.empty() ? std::nullopt : std::optional<std::string>(digits);
+    try {
+        account.name = accountNameEntered(options.newName.value_or(account.name));
+        if (options.type) {
+            const auto type = enumFromRaw<AccountType>(*options.type);
+            if (!type)
+                return refuse(context, "There is no account type called " + *options.type + "."),
+                       std::nullopt;
+            account.type = *type;
+        }
+        if (options.currency)
+            account.currency = currencyEntered(*options.currency);
+        if (options.last4)
+            account.last4 = lastFourEntered(*options.last4);
+    } catch (const EntryError& refusal) {
+        return refuse(context, refusal.what()), std::nullopt;
     }
     if (!options.users.empty() || options.shared || options.nobody) {
         std::vector<Uuid> users;
@@ -183,9 +174,7 @@ std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledg
                 return refuse(context, "There is no person called " + name + "."), std::nullopt;
             users.push_back(person->id);
         }
-        account.setUserIDs(std::move(users));
-        // No users is the household's account, unless it is nobody's.
-        account.isUnassigned = options.nobody && options.users.empty();
+        setUsers(account, std::move(users), options.nobody);
     }
     for (const auto& [flag, field] : {std::pair{&options.flipSigns, &account.flipSigns},
                                       std::pair{&options.rarelyUsed, &account.rarelyUsed}}) {
@@ -210,7 +199,11 @@ std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledg
     }
     for (const auto& card : options.removeCards)
         account.cardAssignments.erase(card);
-    return account;
+    try {
+        return accountEntered(ledger, std::move(account));
+    } catch (const EntryError& refusal) {
+        return refuse(context, refusal.what()), std::nullopt;
+    }
 }
 
 void printAccount(CommandContext& context, const Ledger& ledger, const Account& account,
@@ -308,24 +301,19 @@ void runCategoryChange(CommandContext& context, const MaintenanceOptions& option
     const Ledger& ledger = runtime->ledger();
     LedgerCategory category;
     if (adding) {
-        const auto inGroup =
-            std::count_if(ledger.categories.begin(), ledger.categories.end(),
-                          [&](const LedgerCategory& each) { return each.group == *group; });
-        category = LedgerCategory{
-            .id = Uuid::random(), .group = *group, .colorIndex = static_cast<int>(inGroup)};
+        category = newCategory(ledger, options.name, *group);
     } else {
         const LedgerCategory* existing = findCategory(ledger, options.record);
         if (!existing)
             return (void)refuse(context, "There is no category called " + options.record + ".");
         category = *existing;
+        category.name = options.newName.value_or("");
     }
-    category.name =
-        std::string(text::trimmed(adding ? options.name : options.newName.value_or("")));
-    if (category.name.empty())
-        return (void)refuse(context, "Enter the category's name.");
-    const LedgerCategory* clash = findCategory(ledger, category.name);
-    if (clash && clash->id != category.id)
-        return (void)refuse(context, "There is already a category called " + clash->name + ".");
+    try {
+        category = categoryEntered(ledger, std::move(category));
+    } catch (const EntryError& refusal) {
+        return (void)refuse(context, refusal.what());
+    }
     if (save(context, *runtime, [&](Ledger& copy) { return upsertCategory(copy, category); }))
         context.out << (adding ? "Added " : "Renamed to ") << category.name << " ("
                     << category.id.text() << ").\n";
@@ -379,12 +367,6 @@ void printSettings(CommandContext& context, const Ledger& ledger) {
                 << "paymentServices: " << (services.empty() ? "none" : services) << '\n';
 }
 
-bool isKnownTimeZone(const std::string& id) {
-    std::unique_ptr<icu::TimeZone> zone(
-        icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(id)));
-    return zone && *zone != icu::TimeZone::getUnknown();
-}
-
 void runSettings(CommandContext& context, const MaintenanceOptions& options) {
     // A goal given as nothing clears it; every other setting needs its value.
     if (!options.key.empty() && options.value.empty() && options.key != "monthlySavingsGoal")
@@ -397,58 +379,44 @@ void runSettings(CommandContext& context, const MaintenanceOptions& options) {
 
     const std::string value(text::trimmed(options.value));
     std::function<void(LedgerSettings&)> change;
-    if (options.key == "timeZoneID") {
-        if (!isKnownTimeZone(value))
-            return (void)refuse(context, "There is no time zone called " + value + ".");
-        change = [value](LedgerSettings& settings) { settings.timeZoneID = value; };
-    } else if (options.key == "reportCurrency") {
-        const std::string code = text::uppercased(value);
-        if (code.size() != 3)
-            return (void)refuse(context, "A currency is three letters, such as USD.");
-        change = [code](LedgerSettings& settings) { settings.reportCurrency = code; };
-    } else if (options.key == "monthlySavingsGoal") {
-        std::optional<int64_t> goal;
-        try {
+    try {
+        if (options.key == "timeZoneID") {
+            change = [zone = timeZoneEntered(value)](LedgerSettings& settings) {
+                settings.timeZoneID = zone;
+            };
+        } else if (options.key == "reportCurrency") {
+            change = [code = currencyEntered(value)](LedgerSettings& settings) {
+                settings.reportCurrency = code;
+            };
+        } else if (options.key == "monthlySavingsGoal") {
             // A plain "0" has always cleared the goal here, as nothing does.
-            goal = savingsGoalEntered(value == "0" ? std::string() : value);
-        } catch (const EntryError& refusal) {
-            return (void)refuse(context, refusal.what());
+            const auto goal = savingsGoalEntered(value == "0" ? std::string() : value);
+            if (save(context, *runtime,
+                     [&](Ledger& ledger) { return setSavingsGoal(ledger, goal); }))
+                printSettings(context, runtime->ledger());
+            return;
+        } else if (options.key == "keepSourceText") {
+            const auto keep = onOff(value);
+            if (!keep)
+                return (void)refuse(context, "Write on or off.");
+            runtime->setErrorMessage(std::nullopt);
+            // Turning it off erases every raw line kept so far.
+            runtime->setKeepSourceText(*keep);
+            if (!reportFailedChange(*runtime, context))
+                printSettings(context, runtime->ledger());
+            return;
+        } else if (options.key == "paymentServices") {
+            change = [services = paymentServicesEntered(value)](LedgerSettings& settings) {
+                settings.paymentServices = services;
+            };
+        } else {
+            return (void)refuse(context,
+                                "There is no setting called " + options.key +
+                                    "; choose from timeZoneID, reportCurrency, "
+                                    "monthlySavingsGoal, keepSourceText, paymentServices.");
         }
-        if (save(context, *runtime, [&](Ledger& ledger) { return setSavingsGoal(ledger, goal); }))
-            printSettings(context, runtime->ledger());
-        return;
-    } else if (options.key == "keepSourceText") {
-        const auto keep = onOff(value);
-        if (!keep)
-            return (void)refuse(context, "Write on or off.");
-        runtime->setErrorMessage(std::nullopt);
-        // Turning it off erases every raw line kept so far.
-        runtime->setKeepSourceText(*keep);
-        if (!reportFailedChange(*runtime, context))
-            printSettings(context, runtime->ledger());
-        return;
-    } else if (options.key == "paymentServices") {
-        std::vector<PaymentService> services;
-        for (const auto word : text::splitDroppingEmpty(value, ",")) {
-            const auto trimmed = std::string(text::trimmed(word));
-            if (trimmed.empty() || trimmed == "none")
-                continue;
-            const auto service = enumFromRaw<PaymentService>(trimmed);
-            if (!service)
-                return (void)refuse(context,
-                                    "There is no payment service called " + trimmed +
-                                        "; choose from zelle, venmo, cashApp, paypal, appleCash.");
-            if (std::find(services.begin(), services.end(), *service) == services.end())
-                services.push_back(*service);
-        }
-        // Kept in the services' own order, whatever order they were typed in.
-        std::sort(services.begin(), services.end());
-        change = [services](LedgerSettings& settings) { settings.paymentServices = services; };
-    } else {
-        return (void)refuse(context,
-                            "There is no setting called " + options.key +
-                                "; choose from timeZoneID, reportCurrency, monthlySavingsGoal, "
-                                "keepSourceText, paymentServices.");
+    } catch (const EntryError& refusal) {
+        return (void)refuse(context, refusal.what());
     }
     if (save(context, *runtime, [&](Ledger& ledger) { return updateSettings(ledger, change); }))
         printSettings(context, runtime->ledger());

@@ -1,12 +1,9 @@
 // `copperwick merchants ...`: the merchants Copperwick knows, what they file
 // as, and tidying them. Not undoable steps, like the rule changes.
 
-#include <algorithm>
 #include <memory>
 #include <ostream>
 #include <string>
-#include <unordered_map>
-#include <vector>
 
 #include <fmt/format.h>
 #include <boost/json/array.hpp>
@@ -16,42 +13,19 @@
 #include "cli/ledger_lookup.h"
 #include "cli/runtime_session.h"
 #include "core/model/record_json.h"
-#include "core/model/text.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/merchants.h"
+#include "core/reports/merchant_summary.h"
 
 namespace copperwick::cli {
 
 namespace {
 
-std::string filingText(const Ledger& ledger, const Merchant& merchant) {
-    if (merchant.kind == TransactionKind::transfer)
-        return "always a transfer";
-    if (const LedgerCategory* category = ledger.category(merchant.categoryID))
-        return "always " + category->name;
-    return "no default";
-}
-
-std::string keysText(const Merchant& merchant) {
-    if (merchant.keys.empty())
-        return "no bank text yet";
-    return fmt::format("recognizes {} bank text{}", merchant.keys.size(),
-                       merchant.keys.size() == 1 ? "" : "s");
-}
-
 void printMerchant(CommandContext& context, const Ledger& ledger, const Merchant& merchant,
                    std::size_t count) {
     context.out << fmt::format("{}  {} transaction{}  {}  {}  {}\n", merchant.name, count,
-                               count == 1 ? "" : "s", filingText(ledger, merchant),
-                               keysText(merchant), merchant.id.text());
-}
-
-std::unordered_map<Uuid, std::size_t> transactionCounts(const Ledger& ledger) {
-    std::unordered_map<Uuid, std::size_t> counts;
-    for (const auto& transaction : ledger.transactions) {
-        if (transaction.isActive() && transaction.merchantID)
-            ++counts[*transaction.merchantID];
-    }
-    return counts;
+                               count == 1 ? "" : "s", defaultFilingText(ledger, merchant),
+                               recognizedText(merchant), merchant.id.text());
 }
 
 void runList(CommandContext& context, const std::string& search) {
@@ -59,17 +33,8 @@ void runList(CommandContext& context, const std::string& search) {
     if (reportUnavailable(*runtime, context))
         return;
     const Ledger& ledger = runtime->ledger();
-    const auto wanted = text::lowercased(search);
-    std::vector<const Merchant*> merchants;
-    for (const auto& merchant : ledger.merchants) {
-        if (text::lowercased(merchant.name).find(wanted) != std::string::npos)
-            merchants.push_back(&merchant);
-    }
-    std::sort(merchants.begin(), merchants.end(), [](const Merchant* a, const Merchant* b) {
-        const auto left = text::lowercased(a->name), right = text::lowercased(b->name);
-        return left != right ? left < right : a->id < b->id;
-    });
-    auto counts = transactionCounts(ledger);
+    const auto merchants = merchantsMatching(ledger, search);
+    auto counts = merchantTransactionCounts(ledger);
     if (context.json) {
         boost::json::array array;
         for (const Merchant* merchant : merchants) {
@@ -118,7 +83,7 @@ void applyAndShow(CommandContext& context, LedgerRuntime& runtime, const Uuid& s
         boost::json::object object{{"changed", changed}};
         if (merchant) {
             auto record = record_json::toJSON(*merchant).as_object();
-            record["transactionCount"] = transactionCounts(ledger)[shownID];
+            record["transactionCount"] = merchantTransactionCounts(ledger)[shownID];
             object["merchant"] = record;
         }
         printJSON(context, object);
@@ -127,7 +92,7 @@ void applyAndShow(CommandContext& context, LedgerRuntime& runtime, const Uuid& s
     if (!changed)
         context.out << "Nothing to change.\n";
     if (merchant)
-        printMerchant(context, ledger, *merchant, transactionCounts(ledger)[shownID]);
+        printMerchant(context, ledger, *merchant, merchantTransactionCounts(ledger)[shownID]);
 }
 
 struct RenameOptions {
@@ -142,17 +107,20 @@ void runRename(CommandContext& context, const RenameOptions& options) {
     const Merchant* merchant = requireMerchant(context, runtime->ledger(), options.id);
     if (!merchant)
         return;
-    if (text::trimmedSpaces(options.name).empty()) {
-        context.err << "Give the merchant a name.\n";
+    std::string name;
+    try {
+        name = merchantNameEntered(options.name);
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
         context.exitCode = kExitUsage;
         return;
     }
     const Uuid id = merchant->id;
     // A name another merchant has already means merging into that one.
-    const Merchant* other = runtime->ledger().merchantNamed(text::trimmedSpaces(options.name));
+    const Merchant* other = runtime->ledger().merchantNamed(name);
     const Uuid shown = other && other->id != id ? other->id : id;
     applyAndShow(context, *runtime, shown,
-                 [&](Ledger& copy) { return renameMerchant(copy, id, options.name); });
+                 [&](Ledger& copy) { return renameMerchant(copy, id, name); });
 }
 
 struct MergeOptions {
@@ -201,21 +169,21 @@ void runSet(CommandContext& context, const SetOptions& options) {
         }
     }
     const std::string kind = options.kind.value_or(category ? "category" : "");
-    if (kind == "transfer") {
-        merchant.kind = TransactionKind::transfer;
-        merchant.categoryID.reset();
-    } else if (kind == "none") {
-        merchant.kind.reset();
-        merchant.categoryID.reset();
-    } else if (!kind.empty()) {
-        if (!category) {
-            context.err << "Choose a category that matches spending or income.\n";
+    if (!kind.empty()) {
+        MerchantFiling filing{.kind = MerchantFiling::Kind::category};
+        if (kind == "transfer")
+            filing.kind = MerchantFiling::Kind::transfer;
+        else if (kind == "none")
+            filing.kind = MerchantFiling::Kind::none;
+        else if (category)
+            filing.categoryID = category->id;
+        try {
+            merchant = withFiling(ledger, std::move(merchant), filing);
+        } catch (const EntryError& refusal) {
+            context.err << refusal.what() << '\n';
             context.exitCode = kExitFailure;
             return;
         }
-        // The kind follows the category's group, as a remembered decision leaves it.
-        merchant.kind.reset();
-        merchant.categoryID = category->id;
     }
     applyAndShow(context, *runtime, merchant.id,
                  [&](Ledger& copy) { return updateMerchant(copy, merchant, !options.noApply); });

@@ -16,6 +16,7 @@
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
 #include "core/model/date_text.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/report_notes.h"
 #include "core/reports/account_freshness.h"
 #include "core/reports/report_engine.h"
@@ -75,25 +76,21 @@ void runDismiss(CommandContext& context, const NotesOptions& options) {
     const auto notes = reportNotesFor(*runtime, options.filter, context);
     if (!notes)
         return;
-    std::vector<DataNote::Acknowledgement> answers;
-    for (const auto& note : *notes) {
-        if (!options.all && note.id != options.note)
-            continue;
-        if (!note.acknowledgement) {
-            context.err << "The note \u201C" << note.id
-                        << "\u201D can't be set aside; it goes when its cause does.\n";
-            context.exitCode = kExitFailure;
-            return;
-        }
-        answers.push_back(*note.acknowledgement);
+    std::optional<std::vector<DataNote::Acknowledgement>> answers;
+    try {
+        answers = noteAnswers(*notes, options.all ? std::nullopt : std::optional(options.note));
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
+        context.exitCode = kExitFailure;
+        return;
     }
-    if (!options.all && answers.empty()) {
+    if (!answers) {
         context.err << "There's no note \u201C" << options.note << "\u201D for this period.\n";
         context.exitCode = kExitFailure;
         return;
     }
     runtime->setErrorMessage(std::nullopt);
-    runtime->apply([&](Ledger& copy) { return acknowledge(copy, answers); });
+    runtime->apply([&](Ledger& copy) { return acknowledge(copy, *answers); });
     if (reportFailedChange(*runtime, context))
         return;
     if (const auto after = reportNotesFor(*runtime, options.filter, context))
@@ -119,22 +116,6 @@ void runShowAll(CommandContext& context) {
                 << '\n';
 }
 
-std::string_view statusWords(AccountFreshness::State state) {
-    switch (state) {
-        case AccountFreshness::State::manual:
-            return "Tracked manually";
-        case AccountFreshness::State::neverImported:
-            return "No imports yet";
-        case AccountFreshness::State::recent:
-            return "Recent activity";
-        case AccountFreshness::State::mayNeedImport:
-            return "May need an import";
-        case AccountFreshness::State::rarelyUsed:
-            return "Occasional use";
-    }
-    return "";
-}
-
 void runFreshness(CommandContext& context) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -152,16 +133,12 @@ void runFreshness(CommandContext& context) {
         return;
     }
     for (const auto& line : lines) {
-        std::string details =
-            "Last import: " + (line.lastImportedAt ? abbreviatedDateTime(*line.lastImportedAt)
-                                                   : std::string("Never"));
-        if (line.latestTransaction)
-            details += " \u00B7 Latest transaction: " + DateText::medium(*line.latestTransaction);
-        if (line.account.upToDateThrough)
-            details += " \u00B7 You confirmed complete through " +
-                       DateText::medium(*line.account.upToDateThrough);
-        context.out << fmt::format("{}  {}  {}\n", line.account.name, statusWords(line.state),
-                                   details);
+        std::string details = line.importLine(
+            line.lastImportedAt ? std::optional(abbreviatedDateTime(*line.lastImportedAt))
+                                : std::nullopt);
+        if (const auto confirmed = line.confirmedLine())
+            details += " \u00B7 " + *confirmed;
+        context.out << fmt::format("{}  {}  {}\n", line.account.name, label(line.state), details);
     }
 }
 

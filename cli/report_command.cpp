@@ -13,10 +13,11 @@
 #include "cli/report_json.h"
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
-#include "core/model/checked.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
+#include "core/reports/household_context.h"
 #include "core/reports/report_engine.h"
+#include "core/reports/twelve_month_trend.h"
 
 namespace copperwick::cli {
 
@@ -44,23 +45,16 @@ void row(std::ostream& out, std::string_view label, const std::string& figure,
 
 // For a scope short of the whole household: how its spending compares with
 // everyone's, over the same days.
-void printHouseholdContext(std::ostream& out, const Ledger& ledger, const Report& report,
-                           LocalDate today) {
-    const ReportFilter everyone(report.filter.span, {}, {}, report.filter.currency, std::nullopt,
-                                false, false, PeopleMode::assigned);
-    const Report household = ReportEngine::build(ledger, everyone, today);
+void printHouseholdContext(std::ostream& out, const HouseholdContext& context) {
     out << "\nHousehold context\n  ";
-    if (const auto share = Money::shareTenths(report.spending, household.spending))
-        out << Money::percentText(*share) << " of household spending\n";
+    if (context.shareTenths)
+        out << Money::percentText(*context.shareTenths) << " of household spending\n";
     else
         out << "No household spending in this period\n";
-    out << "  " << report.scopeLabel << ": " << money(report.spending)
-        << " \u00B7 Whole household: " << money(household.spending) << '\n';
-    int64_t budgeted = 0;
-    for (const auto& line : BudgetReport::lines(ledger, household))
-        budgeted = checked::add(budgeted, line.budgeted);
-    if (budgeted >= 1 && BudgetReport::coversWholeMonths(report.filter.span))
-        out << "  Family category budgets: " << money(budgeted)
+    out << "  " << context.scopeLabel << ": " << money(context.scopeSpending)
+        << " \u00B7 Whole household: " << money(context.householdSpending) << '\n';
+    if (context.familyBudgets)
+        out << "  Family category budgets: " << money(*context.familyBudgets)
             << "\n  Whole household spending includes all people, shared, and unassigned "
                "transactions.\n";
 }
@@ -68,23 +62,20 @@ void printHouseholdContext(std::ostream& out, const Ledger& ledger, const Report
 void printOverview(std::ostream& out, const Ledger& ledger, const ReportBundle& bundle,
                    LocalDate today) {
     const Report& report = bundle.report();
-    const Report& previous = bundle.comparison.previous;
     const std::string& currency = report.filter.currency;
     out << "Overview\n";
-    const bool empty = report.includedIDs.empty() && report.transferCount == 0 &&
-                       report.unknownCount == 0 && report.pendingCount == 0;
-    if (empty)
+    if (report.isEmpty())
         out << "  Choose another period or import a bank file.\n";
-    row(out, "Income", money(checked::sub(report.income, report.giftsReceived), currency),
+    row(out, "Income", money(report.incomeWithoutGifts(), currency),
         std::to_string(report.incomeSources.size()) + " sources");
     if (report.giftsReceived >= 1)
         row(out, "Gifts received", money(report.giftsReceived, currency),
             "Counted in net cash flow");
-    const auto change = Money::changeTenthsOfPercent(previous.spending, report.spending);
+    const auto change = bundle.comparison.spendingChangeTenths();
     row(out, "Spending", money(report.spending, currency),
         change ? Money::percentText(*change, true) + " vs previous period"
                : std::string("No earlier period to compare"));
-    const auto share = Money::shareTenths(report.savings(), report.income);
+    const auto share = report.savingsRateTenths();
     row(out, "Net cash flow", money(report.savings(), currency),
         share ? Money::percentText(*share) + " of income" : std::string("No income recorded"));
     if (const auto& allowance = bundle.allowance) {
@@ -97,8 +88,8 @@ void printOverview(std::ostream& out, const Ledger& ledger, const ReportBundle& 
             << money(goal->saved, goal->currency) << " of " << money(goal->target, goal->currency)
             << "\n  " << SavingsGoal::kCaption << '\n';
     }
-    if (!report.filter.wholeHousehold)
-        printHouseholdContext(out, ledger, report, today);
+    if (const auto context = HouseholdContext::build(ledger, report, today))
+        printHouseholdContext(out, *context);
     if (!report.filter.wholeHousehold && !bundle.zelle.household.isEmpty()) {
         out << '\n';
         printHouseholdMoney(out, bundle);
@@ -141,23 +132,18 @@ void printMerchants(std::ostream& out, const Report& report) {
 }
 
 void printTrends(std::ostream& out, const Ledger& ledger, const Report& report, LocalDate today) {
-    // Always the twelve months up to the period's last month, whatever its length.
-    const LocalDate lastMonth = report.filter.span.end.firstOfMonth();
-    const DateSpan twelve(lastMonth.addingMonths(-11), report.filter.span.end.lastOfMonth());
-    const Report trend = ReportEngine::build(ledger, report.filter.withSpan(twelve), today);
+    const TwelveMonthTrend trend = TwelveMonthTrend::build(ledger, report.filter, today);
     const std::string& currency = report.filter.currency;
-    out << "Twelve months to " << DateText::monthLabel(lastMonth.monthKey()) << "\nBy month\n";
+    out << "Twelve months to " << DateText::monthLabel(trend.lastMonth.monthKey())
+        << "\nBy month\n";
     out << fmt::format("  {:<10}{:>16}{:>16}{:>16}\n", "Month", "Income", "Spending", "Saved");
-    int64_t total = 0;
     for (const auto& month : trend.months) {
-        total = checked::add(total, month.spending);
         out << fmt::format("  {:<10}{:>16}{:>16}{:>16}\n", DateText::monthLabel(month.monthKey),
                            money(month.income, currency), money(month.spending, currency),
                            money(month.net(), currency));
     }
-    const auto months = static_cast<int64_t>(trend.months.size());
     out << "  Average monthly spending over these 12 months: "
-        << money(detail::roundedQuotient(total, months), currency)
+        << money(trend.averageSpending, currency)
         << ". Months before your first import show as zero.\n";
 }
 
@@ -197,16 +183,9 @@ void printRecurring(std::ostream& out, const ReportBundle& bundle) {
         out << "  None found yet. A charge counts as recurring after at least three similar "
                "charges on a regular schedule.\n";
     } else {
-        int64_t yearly = 0;
-        int64_t active = 0;
-        for (const auto& charge : bundle.recurring) {
-            if (!charge.isActive)
-                continue;
-            yearly = checked::add(yearly, charge.yearlyCost());
-            ++active;
-        }
-        out << "  About " << money(detail::roundedQuotient(yearly, 12)) << " a month across "
-            << active << '\n';
+        const RecurringTotal total = RecurringTotal::of(bundle.recurring);
+        out << "  About " << money(total.monthly) << " a month across " << total.activeCount
+            << '\n';
         for (const auto& charge : bundle.recurring) {
             std::string caption = std::string(label(charge.cadence));
             if (charge.isActive)

@@ -64,12 +64,7 @@ std::optional<ReportFilter> reportFilter(const ReportOptions& options, const Led
         customStart = *from;
         customEnd = *to;
     }
-    std::optional<LocalDate> earliest;
-    for (const auto* transaction : ledger.activeTransactions()) {
-        if (!earliest || transaction->date < *earliest)
-            earliest = transaction->date;
-    }
-    const DateSpan span = copperwick::span(choice, today, earliest, customStart, customEnd);
+    const DateSpan span = copperwick::span(choice, ledger, today, customStart, customEnd);
 
     if (options.household && !options.people.empty())
         return usage("Choose either --people or --household, not both.");

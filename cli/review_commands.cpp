@@ -21,18 +21,16 @@
 #include "core/model/record_json.h"
 #include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/zelle_choice.h"
+#include "core/presentation/review_text.h"
 #include "core/reports/payment_service_detection.h"
+#include "core/review/review_decision.h"
 #include "core/review/review_queue.h"
 
 namespace copperwick::cli {
 
 namespace {
-
-constexpr std::string_view kStaleText =
-    "These are still pending, but newer files for the same account don't include them (or "
-    "they're over two weeks old). Pending charges never count in totals. Remove the ones that "
-    "disappeared.";
 
 boost::json::value groupJSON(const ReviewGroup& group) {
     boost::json::array ids;
@@ -57,30 +55,6 @@ boost::json::value groupJSON(const ReviewGroup& group) {
         object["merchantID"] = group.merchantID->text();
     object["requiresPurpose"] = requiresPurpose(group.example);
     return object;
-}
-
-// "Merchant, Category, Spending": a filing in the words the screens use.
-std::string filingText(const Ledger& ledger, const std::optional<std::string>& merchantName,
-                       const std::optional<Uuid>& categoryID, TransactionKind kind) {
-    std::string text;
-    const auto add = [&](std::string_view part) {
-        if (!part.empty())
-            text += (text.empty() ? "" : ", ") + std::string(part);
-    };
-    if (merchantName)
-        add(*merchantName);
-    if (const LedgerCategory* category = ledger.category(categoryID))
-        add(category->name);
-    add(label(kind));
-    return text;
-}
-
-std::string countLine(const std::vector<ReviewGroup>& groups) {
-    std::size_t lines = 0;
-    for (const auto& group : groups)
-        lines += group.transactionIDs.size();
-    return fmt::format("{} transaction{} in {} group{} need{} you.", lines, lines == 1 ? "" : "s",
-                       groups.size(), groups.size() == 1 ? "" : "s", lines == 1 ? "s" : "");
 }
 
 // The --choice values offered for the direction, as one line.
@@ -114,10 +88,9 @@ void runReview(CommandContext& context) {
         return;
     }
     if (groups.empty()) {
-        context.out << "All caught up\nYour transactions are ready to explore. New imports that "
-                       "need you will appear here.\n";
+        context.out << ReviewText::kAllCaughtUp << '\n' << ReviewText::kAllCaughtUpDetail << '\n';
     } else {
-        context.out << countLine(groups) << '\n';
+        context.out << ReviewText::waitingCount(groups) << '\n';
     }
     for (const auto& group : groups) {
         const auto count = group.transactionIDs.size();
@@ -133,18 +106,20 @@ void runReview(CommandContext& context) {
         if (group.suggestion) {
             const Suggestion& suggestion = *group.suggestion;
             context.out << fmt::format(
-                "  {}: {}{}\n",
-                suggestion.source == MatchMethod::ai ? "Local AI suggests" : "Suggested",
-                filingText(ledger, suggestion.merchantName, suggestion.categoryID, suggestion.kind),
+                "  {}: {}{}\n", ReviewText::suggestionTitle(suggestion.source),
+                ReviewText::filing(ledger, suggestion.merchantName, suggestion.categoryID,
+                                   suggestion.kind),
                 suggestion.reason.empty() ? "" : " (" + suggestion.reason + ")");
         }
         // A payment to a person can't be filed from its text alone.
-        if (requiresPurpose(group.example))
+        if (ReviewDecisions::asksPurpose(group))
             context.out << "  What was this for? Answer with `copperwick classify-zelle` and "
                         << choiceList(group.isMoneyIn) << ".\n";
     }
     if (!stale.empty()) {
-        context.out << "\nPending charges that may never have posted\n" << kStaleText << '\n';
+        context.out << '\n'
+                    << ReviewText::kStalePendingTitle << '\n'
+                    << ReviewText::kStalePendingDetail << '\n';
         for (const auto& transaction : stale)
             context.out << fmt::format(
                 "  {}  {}  {}  {}\n", transaction.date.iso(), transaction.rawDescription,
@@ -191,11 +166,13 @@ void printOutcome(CommandContext& context, const LedgerRuntime& runtime,
         context.out << fmt::format(
             "{}  {}  {}  {}\n", transaction->date.iso(), transaction->rawDescription,
             Money::format(transaction->amount, transaction->currency),
-            filingText(ledger, merchant ? std::optional(merchant->name) : std::nullopt,
-                       transaction->categoryID, transaction->kind));
+            ReviewText::filing(ledger, merchant ? std::optional(merchant->name) : std::nullopt,
+                               transaction->categoryID, transaction->kind));
     }
     const auto groups = ReviewQueue::groups(ledger);
-    context.out << (groups.empty() ? std::string("All caught up") : countLine(groups)) << '\n';
+    context.out << (groups.empty() ? std::string(ReviewText::kAllCaughtUp)
+                                   : ReviewText::waitingCount(groups))
+                << '\n';
 }
 
 // Runs one decision on the ledger as an undoable step and shows the outcome.
@@ -256,7 +233,7 @@ std::optional<DecisionTarget> decisionTarget(CommandContext& context, const Ledg
         if (!group && reportNoGroup(context, groupID))
             return std::nullopt;
         target.ids = group->transactionIDs;
-        target.label = "Review " + group->displayName;
+        target.label = ReviewDecisions::label(*group);
         target.merchantName = group->displayName;
         return target;
     }
@@ -331,10 +308,10 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
         context.exitCode = kExitUsage;
         return;
     }
-    const bool needsCategory =
-        decision.kind == TransactionKind::expense || decision.kind == TransactionKind::income;
-    if (needsCategory && !category) {
-        context.err << "Choose a category that matches spending or income.\n";
+    try {
+        checkClassification(ledger, decision);
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
         context.exitCode = kExitFailure;
         return;
     }
@@ -361,18 +338,6 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     const Ledger& ledger = runtime->ledger();
     const DecisionTarget* target = &opened->target;
 
-    // The question offers different answers for money in and money out.
-    const LedgerTransaction* example =
-        target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
-    const bool moneyIn = example && example->amount > 0;
-    const auto offered = zelleChoices(moneyIn);
-    if (std::find(offered.begin(), offered.end(), choice) == offered.end()) {
-        context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
-                    << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
-        context.exitCode = kExitUsage;
-        return;
-    }
-
     ZelleDecision decision;
     decision.ids = target->ids;
     decision.choice = choice;
@@ -380,19 +345,28 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
     decision.label = target->label;
     decision.merchantName =
         options.merchant.empty() ? target->merchantName : std::optional(options.merchant);
-    if (traits(choice).needsCategory) {
-        const LedgerCategory* category = nullptr;
-        if (!options.category.empty()) {
-            category = categoryOrComplain(context, ledger, options.category);
-            if (!category)
-                return;
-        }
-        if (!category || category->group != traits(choice).categoryGroup) {
-            context.err << "Choose a category that matches spending or income.\n";
+    if (traits(choice).needsCategory && !options.category.empty()) {
+        const LedgerCategory* category = categoryOrComplain(context, ledger, options.category);
+        if (!category)
+            return;
+        decision.categoryID = category->id;
+    }
+    try {
+        checkZelleDecision(ledger, decision);
+    } catch (const EntryError& refusal) {
+        if (refusal.kind() != EntryError::Case::choice) {
+            context.err << refusal.what() << '\n';
             context.exitCode = kExitFailure;
             return;
         }
-        decision.categoryID = category->id;
+        // The question offers different answers for money in and money out.
+        const LedgerTransaction* example =
+            target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
+        const bool moneyIn = example && example->amount > 0;
+        context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
+                    << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
+        context.exitCode = kExitUsage;
+        return;
     }
 
     decide(context, *runtime, decision.ids, decision.label,

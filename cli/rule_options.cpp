@@ -4,8 +4,9 @@
 
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
-#include "core/matching/rule_pattern.h"
+#include "core/model/money.h"
 #include "core/model/text.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/rules.h"
 
 namespace copperwick::cli {
@@ -40,11 +41,11 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
                                CommandContext& context) {
     const Rule before = rule;
     if (options.name)
-        rule.name = std::string(text::trimmed(*options.name));
+        rule.name = *options.name;
     if (options.match)
         rule.match = *enumFromRaw<TextMatch>(*options.match);
     if (options.pattern)
-        rule.pattern = std::string(text::trimmed(*options.pattern));
+        rule.pattern = *options.pattern;
     if (options.direction)
         rule.direction = *enumFromRaw<AmountDirection>(*options.direction);
     if (options.account) {
@@ -67,13 +68,10 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
             return refuse(context, notAnAmountText(*text), kExitUsage);
         rule.*field = *amount;
     }
-    if (options.merchant) {
-        const auto name = std::string(text::trimmed(*options.merchant));
-        rule.merchantName = name.empty() ? std::nullopt : std::optional(name);
-    }
-    const LedgerCategory* category = nullptr;
+    if (options.merchant)
+        rule.merchantName = *options.merchant;
     if (options.category) {
-        category = findCategory(ledger, *options.category);
+        const LedgerCategory* category = findCategory(ledger, *options.category);
         if (!category)
             return refuse(context,
                           "There's no category called \u201C" + *options.category + "\u201D.",
@@ -85,31 +83,21 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
     }
     if (options.kind)
         rule.kind = *enumFromRaw<TransactionKind>(*options.kind);
-    if (rule.kind == TransactionKind::transfer)
-        rule.categoryID.reset();
 
-    if (rule.name.empty())
-        return refuse(context, "Give the rule a name with --name.", kExitUsage);
-    if (rule.pattern.empty())
-        return refuse(context, "Give the bank text to look for with --pattern.", kExitUsage);
-    if (rule.match == TextMatch::regex) {
-        const auto verdict = RulePattern::check(rule.pattern);
-        if (verdict == RulePattern::Verdict::invalid)
-            return refuse(context, RulePattern::kInvalidText, kExitFailure);
-        // A saved rule that is too slow can still be renamed or switched
-        // without mending its pattern first; it is marked where it is listed.
-        const bool patternChanged = rule.pattern != before.pattern || rule.match != before.match;
-        if (verdict == RulePattern::Verdict::tooSlow && patternChanged)
-            return refuse(context, RulePattern::kTooSlowText, kExitFailure);
+    try {
+        return ruleEntered(ledger, rule, &before);
+    } catch (const EntryError& refusal) {
+        // The name and the pattern are asked for by the options that give them.
+        switch (refusal.kind()) {
+            case EntryError::Case::name:
+                return refuse(context, "Give the rule a name with --name.", kExitUsage);
+            case EntryError::Case::pattern:
+                return refuse(context, "Give the bank text to look for with --pattern.",
+                              kExitUsage);
+            default:
+                return refuse(context, refusal.what(), kExitFailure);
+        }
     }
-    // Spending and income are filed under a category. A rule may instead name
-    // only a merchant and leave the filing to what is known of that merchant;
-    // one that would file nothing at all is asked for a category.
-    const bool needsCategory = rule.kind == TransactionKind::expense ||
-                               rule.kind == TransactionKind::income || !rule.hasOutcome();
-    if (needsCategory && !ledger.category(rule.categoryID))
-        return refuse(context, "Choose a category that matches spending or income.", kExitFailure);
-    return rule;
 }
 
 }  // namespace copperwick::cli

@@ -28,8 +28,9 @@ struct RuleOptions {
 
 void addRuleOptions(CLI::App& command, RuleOptions& options);
 
-// Applies the given options over `rule`, checking them as the rule editor
-// does. On a refusal it prints why, sets the exit code and returns absent.
+// Applies the given options over `rule` and has core check the result as the
+// rule editor does (ruleEntered). On a refusal it prints why, sets the exit
+// code and returns absent.
 [[nodiscard]] std::optional<Rule> editedRule(const Ledger& ledger, Rule rule,
                                              const RuleOptions& options, CommandContext& context);
 

@@ -18,8 +18,10 @@
 #include "core/matching/builtin_knowledge.h"
 #include "core/matching/matcher.h"
 #include "core/model/record_json.h"
-#include "core/model/text.h"
+#include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/rules.h"
+#include "core/presentation/review_text.h"
 #include "core/review/rule_preview.h"
 #include "core/review/rule_suggester.h"
 
@@ -30,15 +32,6 @@ namespace {
 constexpr std::string_view kNoRulesText =
     "No rules yet. Make one here, or approve a suggested rule in Review. Corrections with "
     "\u201CRemember\u201D also teach Copperwick without a rule.";
-
-const Rule* findRule(const Ledger& ledger, std::string_view nameOrID) {
-    const auto id = Uuid::parse(text::trimmed(nameOrID));
-    for (const auto& rule : ledger.rules) {
-        if (id ? rule.id == *id : text::equalsIgnoringCase(rule.name, nameOrID))
-            return &rule;
-    }
-    return nullptr;
-}
 
 bool reportNoRule(CommandContext& context, std::string_view id) {
     context.err << "There's no rule with the id " << id << ".\n";
@@ -195,15 +188,6 @@ void runOrder(CommandContext& context, const std::vector<std::string>& given) {
     runList(context);
 }
 
-std::string accountTypesText(const BuiltInRule& rule) {
-    if (rule.accountTypes.empty())
-        return "Any account";
-    std::string text;
-    for (const auto type : rule.accountTypes)
-        text += (text.empty() ? "" : ", ") + std::string(label(type));
-    return text;
-}
-
 void runBuiltInList(CommandContext& context) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -231,14 +215,9 @@ void runBuiltInList(CommandContext& context) {
         return;
     }
     for (const auto& rule : BuiltInKnowledge::rules())
-        context.out << fmt::format(
-            "{}  {}  {}, {} \u2192 {}{}  {}\n", isOn(rule) ? "on " : "off", rule.name,
-            label(rule.direction), accountTypesText(rule), label(rule.kind),
-            rule.categoryName ? ", " + *rule.categoryName : std::string(), rule.id);
-    context.out << fmt::format(
-        "Plus {} well-known merchants (Starbucks, Amazon, Safeway, Netflix\u2026) with a default "
-        "category. Your own choices always win.\n",
-        BuiltInKnowledge::merchants().size());
+        context.out << fmt::format("{}  {}  {}  {}\n", isOn(rule) ? "on " : "off", rule.name,
+                                   describeBuiltInRule(rule), rule.id);
+    context.out << BuiltInKnowledge::directoryText() << '\n';
 }
 
 struct BuiltInSwitch {
@@ -321,19 +300,6 @@ void runPreview(CommandContext& context, const PreviewOptions& options) {
         context.out << line << '\n';
 }
 
-std::string suggestionOutcome(const Ledger& ledger, const RuleSuggestion& suggestion) {
-    std::string outcome;
-    const auto add = [&](std::string_view part) {
-        outcome += (outcome.empty() ? "" : ", ") + std::string(part);
-    };
-    if (suggestion.merchantName)
-        add(*suggestion.merchantName);
-    if (const LedgerCategory* category = ledger.category(suggestion.categoryID))
-        add(category->name);
-    add(label(suggestion.kind));
-    return outcome;
-}
-
 void runSuggestions(CommandContext& context) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -363,14 +329,10 @@ void runSuggestions(CommandContext& context) {
         return;
     }
     for (const auto& suggestion : suggestions) {
-        context.out << fmt::format(
-            "Suggested rule: Text contains \u201C{}\u201D \u2192 {}\n  Based on {} corrections "
-            "\u00B7 would match {} transactions\n",
-            suggestion.pattern, suggestionOutcome(ledger, suggestion), suggestion.exampleIDs.size(),
-            suggestion.matchCount);
-        if (!suggestion.conflictIDs.empty())
-            context.out << fmt::format("  {} you filed differently (they won't change)\n",
-                                       suggestion.conflictIDs.size());
+        context.out << "Suggested rule: " << ReviewText::suggestedRule(ledger, suggestion) << "\n  "
+                    << ReviewText::suggestedRuleBasis(suggestion) << '\n';
+        if (const auto conflicts = ReviewText::suggestedRuleConflicts(suggestion))
+            context.out << "  " << *conflicts << '\n';
         context.out << "  id: " << suggestion.id << '\n';
     }
 }
@@ -408,12 +370,16 @@ void runAccept(CommandContext& context, const AcceptOptions& options) {
                                                                    : TransactionKind::expense;
     }
     const LedgerCategory* category = ledger.category(suggestion.categoryID);
-    if (suggestion.kind != TransactionKind::transfer && !category) {
-        context.err << "Choose a category that matches spending or income.\n";
+    Rule rule;
+    try {
+        rule = ruleEntered(
+            ledger, suggestion.makeRule(category ? std::optional(category->name) : std::nullopt),
+            nullptr);
+    } catch (const EntryError& refusal) {
+        context.err << refusal.what() << '\n';
         context.exitCode = kExitFailure;
         return;
     }
-    const Rule rule = suggestion.makeRule(category ? std::optional(category->name) : std::nullopt);
     applyAndReport(context, *runtime, rule.id, "Added the rule \u201C" + rule.name + "\u201D.",
                    [&](Ledger& copy) { return addRule(copy, rule, false, true); });
 }

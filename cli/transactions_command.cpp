@@ -2,7 +2,6 @@
 // [--review] [--search TEXT] [--limit N]`: the ledger's lines, newest first,
 // as the Transactions screen lists them.
 
-#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <memory>
@@ -17,9 +16,9 @@
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
 #include "cli/runtime_session.h"
-#include "cli/transaction_query.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
+#include "core/reports/transaction_query.h"
 
 namespace copperwick::cli {
 
@@ -39,7 +38,9 @@ std::string nameOrEmpty(const auto* record) {
 }
 
 void runTransactions(CommandContext& context, const TransactionsOptions& options) {
-    TransactionQuery query{.review = options.review, .search = options.search};
+    TransactionQuery query{.search = options.search, .searchesCategories = true};
+    if (options.review)
+        query.filter.kind = TransactionFilter::Kind::needsReview;
     for (const auto& [text, date] :
          {std::pair{&options.from, &query.from}, std::pair{&options.to, &query.to}}) {
         if (text->empty())
@@ -64,12 +65,7 @@ void runTransactions(CommandContext& context, const TransactionsOptions& options
     }
 
     std::vector<const LedgerTransaction*> lines = query.select(ledger);
-    std::sort(lines.begin(), lines.end(),
-              [](const LedgerTransaction* a, const LedgerTransaction* b) {
-                  if (a->date != b->date)
-                      return a->date > b->date;
-                  return a->id < b->id;
-              });
+    sortTransactions(lines, ledger, {});
     if (options.limit > 0 && lines.size() > static_cast<std::size_t>(options.limit))
         lines.resize(static_cast<std::size_t>(options.limit));
 

@@ -228,6 +228,13 @@ ImportFile* ImportModel::find(const Uuid& id) {
     return const_cast<ImportFile*>(std::as_const(*this).file(id));
 }
 
+std::vector<std::filesystem::path> ImportModel::pendingFiles() const {
+    std::vector<std::filesystem::path> files;
+    for (const auto& pending : m_pending)
+        files.push_back(pending.url);
+    return files;
+}
+
 bool ImportModel::isBusy() const {
     return !m_pending.empty() || m_isCommitting ||
            std::any_of(m_files.begin(), m_files.end(), [](const ImportFile& file) {

@@ -119,6 +119,8 @@ class ImportModel {
     [[nodiscard]] const std::optional<std::string>& lastResult() const { return m_lastResult; }
     [[nodiscard]] const std::optional<Uuid>& mappingFileID() const { return m_mappingFileID; }
     [[nodiscard]] int pendingAnalyses() const { return static_cast<int>(m_pending.size()); }
+    // The files still being read and analysed, in the order they were dropped.
+    [[nodiscard]] std::vector<std::filesystem::path> pendingFiles() const;
     [[nodiscard]] bool isCommitting() const { return m_isCommitting; }
     [[nodiscard]] bool isBusy() const;
     [[nodiscard]] std::vector<const ImportFile*> readyFiles() const;

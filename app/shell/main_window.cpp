@@ -98,6 +98,16 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     updateReviewCount();
     m_messageBars->setErrorMessage(m_runtime.errorMessage());
     statusMessageChanged(m_runtime.statusMessage());
+    // The keyboard starts in the sidebar: arrows choose a section, Tab
+    // moves on into its screen.
+    m_sidebar->list()->setFocus();
+}
+
+MainWindow::~MainWindow() {
+    // The screens and the pump hold the bridge; they go while it still stands,
+    // not after it, as Qt's own order (members, then children) would have it.
+    delete takeCentralWidget();
+    delete m_pump;
 }
 
 SectionPage* MainWindow::page(AppSection section) const {

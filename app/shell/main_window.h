@@ -35,6 +35,7 @@ class MainWindow : public QMainWindow {
     static constexpr std::chrono::milliseconds kStatusLifetime{5000};
 
     MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* parent = nullptr);
+    ~MainWindow() override;
 
     [[nodiscard]] RuntimeBridge& bridge() { return m_bridge; }
     [[nodiscard]] Sidebar* sidebar() const { return m_sidebar; }

@@ -327,4 +327,18 @@ ImportPlan ImportPlanner::plan(const FileAnalysis& analysis, const Uuid& account
     return plan;
 }
 
+std::string_view label(RowDisposition::Kind kind) {
+    switch (kind) {
+        case RowDisposition::Kind::duplicate:
+            return "already saved";
+        case RowDisposition::Kind::replacesPending:
+            return "replaces pending";
+        case RowDisposition::Kind::possibleDuplicate:
+            return "held for you";
+        case RowDisposition::Kind::newRow:
+            break;
+    }
+    return "new";
+}
+
 }  // namespace copperwick

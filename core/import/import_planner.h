@@ -44,6 +44,10 @@ struct EnumTraits<RowDisposition::Kind> {
     }};
 };
 
+// What becomes of the row, as the plan's preview says it beside the row:
+// "already saved", "replaces pending", "held for you", "new".
+[[nodiscard]] std::string_view label(RowDisposition::Kind kind);
+
 struct PlannedRow {
     ParsedRow row;
     RowDisposition disposition;

@@ -138,4 +138,16 @@ std::string importRefusal(const std::exception& error) {
     return std::string("Could not import that saved layout: ") + error.what();
 }
 
+std::string importedLayoutMessage(const ImportProfile& profile) {
+    return "Imported the layout \u201C" + profile.name + "\u201D.";
+}
+
+std::string savedLayoutMessage(const std::filesystem::path& file) {
+    return "Saved " + file.filename().string() + ".";
+}
+
+std::string layoutSaveFailure(const std::exception& error) {
+    return std::string("Couldn't save the file: ") + error.what();
+}
+
 }  // namespace copperwick

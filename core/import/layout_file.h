@@ -49,4 +49,13 @@ void writeLayoutFile(const std::filesystem::path& file, const ImportProfile& pro
 // What a person reads when an import is refused for `error`.
 [[nodiscard]] std::string importRefusal(const std::exception& error);
 
+// "Imported the layout “{name}”." once a layout file's layout is kept.
+[[nodiscard]] std::string importedLayoutMessage(const ImportProfile& profile);
+
+// "Saved {file name}." once a layout file is written.
+[[nodiscard]] std::string savedLayoutMessage(const std::filesystem::path& file);
+
+// What a person reads when writing a layout file failed for `error`.
+[[nodiscard]] std::string layoutSaveFailure(const std::exception& error);
+
 }  // namespace copperwick

@@ -45,6 +45,14 @@ std::string shortText(LocalDate date) {
     return std::string(MonthNames::shortName(date.month)) + " " + std::to_string(date.day);
 }
 
+std::string range(LocalDate first, LocalDate last) {
+    if (first == last)
+        return medium(first);
+    if (first.year == last.year)
+        return shortText(first) + " \u2013 " + medium(last);
+    return medium(first) + " \u2013 " + medium(last);
+}
+
 std::string monthLabel(std::string_view monthKey) {
     const auto pieces = text::splitDroppingEmpty(monthKey, "-");
     if (pieces.size() != 2)

@@ -20,6 +20,10 @@ namespace DateText {
 // "Mar 9".
 [[nodiscard]] std::string shortText(LocalDate date);
 
+// The days from `first` to `last`: "Mar 9, 2026" for one day, "Jan 14 – Mar 9,
+// 2026" within a year, "Dec 3, 2025 – Jan 14, 2026" across one.
+[[nodiscard]] std::string range(LocalDate first, LocalDate last);
+
 // "Mar 2026" for the month key "2026-03". A key that doesn't read as a year and
 // a month comes back unchanged, so a damaged key shows as itself.
 [[nodiscard]] std::string monthLabel(std::string_view monthKey);

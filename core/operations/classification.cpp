@@ -13,6 +13,7 @@
 #include "core/matching/transfer_pairing.h"
 #include "core/model/text.h"
 #include "core/operations/change_history.h"
+#include "core/operations/entry_error.h"
 
 namespace copperwick {
 
@@ -384,6 +385,38 @@ LedgerDelta setNote(Ledger& ledger, const std::string& note, const Uuid& id, Ins
     delta.change(RecordKind::transaction, id);
     delta.merge(record(ledger, changeSetFor(original, delta, "Edit transaction note", now)));
     return delta;
+}
+
+void checkClassification(const Ledger& ledger, const Classification& decision) {
+    const bool needsCategory =
+        decision.kind == TransactionKind::expense || decision.kind == TransactionKind::income;
+    if (needsCategory && !ledger.category(decision.categoryID))
+        throw EntryError(EntryError::Case::category);
+}
+
+std::string filingText(const Ledger& ledger, const std::optional<std::string>& merchantName,
+                       const std::optional<Uuid>& categoryID, TransactionKind kind) {
+    std::string text;
+    const auto add = [&](std::string_view part) {
+        if (!part.empty())
+            text += (text.empty() ? "" : ", ") + std::string(part);
+    };
+    if (merchantName)
+        add(*merchantName);
+    if (const LedgerCategory* category = ledger.category(categoryID))
+        add(category->name);
+    add(label(kind));
+    return text;
+}
+
+std::string filingText(const Ledger& ledger, const LedgerTransaction& transaction) {
+    const Merchant* merchant = ledger.merchant(transaction.merchantID);
+    return filingText(ledger, merchant ? std::optional(merchant->name) : std::nullopt,
+                      transaction.categoryID, transaction.kind);
+}
+
+std::string_view suggestionHeading(const Suggestion& suggestion) {
+    return suggestion.source == MatchMethod::ai ? "Local AI suggests" : "Suggested";
 }
 
 }  // namespace copperwick

@@ -12,6 +12,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/model/instant.h"
@@ -28,6 +29,10 @@ struct Classification {
     bool remember = false;
     std::string label;  // what Undo shows
 };
+
+// What the review card refuses to save: spending or income with no category
+// of the ledger. Throws EntryError (category).
+void checkClassification(const Ledger& ledger, const Classification& decision);
 
 // One undoable step. Also withdraws everywhere a model filing the decision
 // contradicts, and re-pairs transfers.
@@ -51,6 +56,19 @@ struct Classification {
 // confirmed transaction can't be given one. Not undoable: nothing is decided yet.
 [[nodiscard]] LedgerDelta setSuggestion(Ledger& ledger, const Suggestion& suggestion,
                                         const std::string& evidence, const std::vector<Uuid>& ids);
+
+// A filing in the words the screens use, "Blue Bottle, Dining, Spending": the
+// merchant and the category where there are, then the kind.
+[[nodiscard]] std::string filingText(const Ledger& ledger,
+                                     const std::optional<std::string>& merchantName,
+                                     const std::optional<Uuid>& categoryID, TransactionKind kind);
+
+// How the transaction stands filed now, in the same words.
+[[nodiscard]] std::string filingText(const Ledger& ledger, const LedgerTransaction& transaction);
+
+// The heading over a suggestion: "Local AI suggests" for the on-device model's,
+// "Suggested" for every other.
+[[nodiscard]] std::string_view suggestionHeading(const Suggestion& suggestion);
 
 // Voided transactions count nowhere. Undoable, unless nothing changed.
 [[nodiscard]] LedgerDelta setVoided(Ledger& ledger, const std::vector<Uuid>& ids, bool voided,

@@ -29,6 +29,34 @@ std::string_view EntryError::text(Case c) {
             return "Enter a positive monthly goal, or leave it empty.";
         case Case::allowance:
             return "Enter a positive monthly allowance, or leave it empty.";
+        case Case::name:
+            return "Enter a name.";
+        case Case::nameTaken:
+            return "That name is already taken.";
+        case Case::currency:
+            return "A currency is three letters, such as USD.";
+        case Case::lastFour:
+            return "The last four are four digits.";
+        case Case::users:
+            return "Choose the account's users from the household.";
+        case Case::timeZone:
+            return "Choose a time zone the calendar knows, such as America/Los_Angeles.";
+        case Case::paymentService:
+            return "Choose from zelle, venmo, cashApp, paypal, appleCash.";
+        case Case::pattern:
+            return "Enter the bank text to look for.";
+        case Case::invalidPattern:
+            return "That pattern isn't valid.";
+        case Case::choice:
+            return "Choose what this payment was for.";
+        case Case::budget:
+            return "Enter a monthly budget of zero or more, such as 250 or 250.00.";
+        case Case::entryForm:
+            return "Choose an account and enter a valid date and positive amount.";
+        case Case::note:
+            return "This note can't be set aside; it goes when its cause does.";
+        case Case::walletForm:
+            return "Enter a wallet name, valid date, and nonnegative opening cash.";
     }
     return {};
 }

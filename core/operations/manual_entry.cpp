@@ -7,6 +7,7 @@
 #include "core/model/money.h"
 #include "core/model/text.h"
 #include "core/operations/change_history.h"
+#include "core/operations/upsert_account.h"
 #include "core/operations/upsert_category.h"
 
 namespace copperwick {
@@ -67,13 +68,8 @@ Uuid giftsCategory(Ledger& ledger, LedgerDelta& delta) {
             text::equalsIgnoringCase(category.name, kGiftsReceived))
             return category.id;
     }
-    const auto incomeCount = std::count_if(
-        ledger.categories.begin(), ledger.categories.end(),
-        [](const LedgerCategory& category) { return category.group == CategoryGroup::income; });
-    LedgerCategory gifts{.id = Uuid::random(),
-                         .name = std::string(kGiftsReceived),
-                         .group = CategoryGroup::income,
-                         .colorIndex = static_cast<int>(incomeCount)};
+    const LedgerCategory gifts =
+        newCategory(ledger, std::string(kGiftsReceived), CategoryGroup::income);
     delta.merge(upsertCategory(ledger, gifts));
     return gifts.id;
 }
@@ -231,6 +227,46 @@ LedgerDelta enterCash(Ledger& ledger, const CashEntry& entry, Instant now) {
         }
     }
     return {};
+}
+
+FormEntry entryFormEntered(std::string_view date, std::string_view amount, bool positive) {
+    const auto parsedDate = LocalDate::fromISO(date);
+    const auto parsedAmount = Money::parseCents(amount);
+    if (!parsedDate || !parsedAmount || (positive && *parsedAmount <= 0))
+        throw EntryError(EntryError::Case::entryForm);
+    return {*parsedDate, *parsedAmount};
+}
+
+WalletForm walletFormEntered(std::string_view name, std::string_view openingCash,
+                             std::string_view date) {
+    WalletForm form{.name = std::string(text::trimmed(name))};
+    const auto opening =
+        openingCash.empty() ? std::optional<int64_t>(0) : Money::parseCents(openingCash);
+    if (!date.empty())
+        form.date = LocalDate::fromISO(date);
+    if (form.name.empty() || !opening || *opening < 0 || (!date.empty() && !form.date))
+        throw EntryError(EntryError::Case::walletForm);
+    form.openingCash = *opening;
+    return form;
+}
+
+LedgerDelta addWallet(Ledger& ledger, Account wallet, int64_t openingCash, LocalDate date,
+                      Instant now) {
+    wallet.type = AccountType::cash;
+    // Worked on a copy, so that a refused opening balance leaves no wallet behind.
+    Ledger working = ledger;
+    LedgerDelta delta = upsertAccount(working, wallet);
+    if (openingCash > 0) {
+        delta.merge(addManualTransaction(working,
+                                         ManualTransaction{.accountID = wallet.id,
+                                                           .date = date,
+                                                           .amount = openingCash,
+                                                           .description = "Opening cash",
+                                                           .openingBalance = true},
+                                         now));
+    }
+    ledger = std::move(working);
+    return delta;
 }
 
 }  // namespace copperwick

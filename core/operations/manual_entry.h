@@ -60,6 +60,34 @@ struct CashEntry {
     std::optional<Uuid> bankTransactionID;
 };
 
+// What the entry sheets check before anything is called: a date (YYYY-MM-DD)
+// and an amount as typed, the amount above zero where the sheet asks for a
+// positive one. Throws EntryError (entryForm) otherwise.
+struct FormEntry {
+    LocalDate date;
+    int64_t amount = 0;
+};
+[[nodiscard]] FormEntry entryFormEntered(std::string_view date, std::string_view amount,
+                                         bool positive);
+
+// The new wallet sheet: a name, the cash in it now (blank is none) and the
+// day tracking starts (blank leaves `date` absent, for today). Throws
+// EntryError (walletForm) for a blank name, a date that can't be read or
+// opening cash below zero.
+struct WalletForm {
+    std::string name;
+    int64_t openingCash = 0;
+    std::optional<LocalDate> date;
+};
+[[nodiscard]] WalletForm walletFormEntered(std::string_view name, std::string_view openingCash,
+                                           std::string_view date);
+
+// A new account kept as a cash wallet, and the cash already in it as its
+// opening balance on `date` when there is any. The wallet itself is no undo
+// step; its opening balance is. A refused opening balance keeps no wallet.
+[[nodiscard]] LedgerDelta addWallet(Ledger& ledger, Account wallet, int64_t openingCash,
+                                    LocalDate date, Instant now);
+
 // One entry of the sheet, mapped onto the operations above. A gift goes to
 // "Gifts received", which is made when the ledger has no such category.
 [[nodiscard]] LedgerDelta enterCash(Ledger& ledger, const CashEntry& entry, Instant now);

@@ -7,8 +7,37 @@
 
 #include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 
 namespace copperwick {
+
+std::string merchantNameEntered(std::string_view text) {
+    std::string name(text::trimmedSpaces(text));
+    if (name.empty())
+        throw EntryError(EntryError::Case::name, "Give the merchant a name.");
+    return name;
+}
+
+Merchant withFiling(const Ledger& ledger, Merchant merchant, const MerchantFiling& filing) {
+    switch (filing.kind) {
+        case MerchantFiling::Kind::none:
+            merchant.kind.reset();
+            merchant.categoryID.reset();
+            break;
+        case MerchantFiling::Kind::transfer:
+            merchant.kind = TransactionKind::transfer;
+            merchant.categoryID.reset();
+            break;
+        case MerchantFiling::Kind::category:
+            if (!ledger.category(filing.categoryID))
+                throw EntryError(EntryError::Case::category);
+            // The kind follows the category's group, as a remembered decision leaves it.
+            merchant.kind.reset();
+            merchant.categoryID = filing.categoryID;
+            break;
+    }
+    return merchant;
+}
 
 LedgerDelta renameMerchant(Ledger& ledger, Uuid id, std::string_view to) {
     const std::string name(text::trimmedSpaces(to));

@@ -30,6 +30,21 @@ std::optional<int64_t> allowanceEntered(std::string_view text) {
     return allowance;
 }
 
+Person personEntered(Person person) {
+    person.name = std::string(text::trimmed(person.name));
+    if (person.name.empty())
+        throw EntryError(EntryError::Case::name, "Enter the person's name.");
+    std::vector<std::string> bankNames;
+    for (const auto& bankName : person.bankNames) {
+        if (!text::trimmed(bankName).empty())
+            bankNames.emplace_back(text::trimmed(bankName));
+    }
+    person.bankNames = std::move(bankNames);
+    if (person.monthlyAllowance && *person.monthlyAllowance < 0)
+        throw EntryError(EntryError::Case::allowance);
+    return person;
+}
+
 LedgerDelta upsertPerson(Ledger& ledger, Person person) {
     LedgerDelta delta;
     delta.change(RecordKind::person, person.id);

@@ -20,6 +20,11 @@ namespace copperwick {
 // for a positive amount. Throws EntryError (allowance) for anything else.
 [[nodiscard]] std::optional<int64_t> allowanceEntered(std::string_view text);
 
+// The person as the form leaves them: the name trimmed, the bank names
+// trimmed with blank ones dropped. Throws EntryError for a blank name (name)
+// or an allowance below zero (allowance).
+[[nodiscard]] Person personEntered(Person person);
+
 // Replaces the person with the same id, or appends it, then matches every
 // transaction again: new bank names can change what a description means.
 [[nodiscard]] LedgerDelta upsertPerson(Ledger& ledger, Person person);

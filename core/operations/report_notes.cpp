@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/operations/entry_error.h"
+
 namespace copperwick {
 
 namespace {
@@ -22,6 +24,28 @@ bool hasAnswer(const Account& account) {
 }
 
 }  // namespace
+
+std::optional<std::vector<DataNote::Acknowledgement>> noteAnswers(
+    const std::vector<DataNote>& notes, const std::optional<std::string>& noteID) {
+    std::vector<DataNote::Acknowledgement> answers;
+    for (const auto& note : notes) {
+        if (!noteID) {
+            if (note.acknowledgement)
+                answers.push_back(*note.acknowledgement);
+            continue;
+        }
+        if (note.id != *noteID)
+            continue;
+        if (!note.acknowledgement)
+            throw EntryError(EntryError::Case::note, "The note \u201C" + note.id +
+                                                         "\u201D can't be set aside; it goes "
+                                                         "when its cause does.");
+        return std::vector{*note.acknowledgement};
+    }
+    if (noteID)
+        return std::nullopt;
+    return answers;
+}
 
 LedgerDelta acknowledge(Ledger& ledger, const std::vector<DataNote::Acknowledgement>& answers) {
     LedgerDelta delta;

@@ -5,6 +5,8 @@
 // the settings. Not undoable; showAllReportNotes takes every answer back.
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "core/model/data_note.h"
@@ -12,6 +14,13 @@
 #include "core/model/ledger_delta.h"
 
 namespace copperwick {
+
+// The one-click answers to a report's notes: the named note's, or with no
+// name every note's that has one ("Mark All as Fine"). Absent when no note
+// has the id. Throws EntryError (note) for a named note without an answer,
+// which goes only when its cause does.
+[[nodiscard]] std::optional<std::vector<DataNote::Acknowledgement>> noteAnswers(
+    const std::vector<DataNote>& notes, const std::optional<std::string>& noteID);
 
 // Stores each answer in order. An up-to-date date never moves back; an
 // account that isn't found is passed over.

@@ -7,6 +7,7 @@
 #include "core/model/money.h"
 #include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 
 namespace copperwick {
 
@@ -24,6 +25,43 @@ void rematchAllIf(bool applyNow, Ledger& ledger, LedgerDelta& delta) {
 }
 
 }  // namespace
+
+Rule ruleEntered(const Ledger& ledger, Rule draft, const Rule* saved) {
+    draft.name = std::string(text::trimmed(draft.name));
+    draft.pattern = std::string(text::trimmed(draft.pattern));
+    if (draft.merchantName) {
+        const auto merchant = std::string(text::trimmed(*draft.merchantName));
+        draft.merchantName = merchant.empty() ? std::nullopt : std::optional(merchant);
+    }
+    if (draft.kind == TransactionKind::transfer)
+        draft.categoryID.reset();
+
+    if (draft.name.empty())
+        throw EntryError(EntryError::Case::name, "Give the rule a name.");
+    if (draft.pattern.empty())
+        throw EntryError(EntryError::Case::pattern);
+    if (draft.match == TextMatch::regex) {
+        const auto verdict = RulePattern::check(draft.pattern);
+        if (verdict == RulePattern::Verdict::invalid)
+            throw EntryError(EntryError::Case::invalidPattern,
+                             std::string(RulePattern::kInvalidText));
+        // A saved rule that is too slow can still be renamed or switched
+        // without mending its pattern first; it is marked where it is listed.
+        const bool patternChanged =
+            !saved || draft.pattern != saved->pattern || draft.match != saved->match;
+        if (verdict == RulePattern::Verdict::tooSlow && patternChanged)
+            throw EntryError(EntryError::Case::invalidPattern,
+                             std::string(RulePattern::kTooSlowText));
+    }
+    // Spending and income are filed under a category. A rule may instead name
+    // only a merchant and leave the filing to what is known of that merchant;
+    // one that would file nothing at all is asked for a category.
+    const bool needsCategory = draft.kind == TransactionKind::expense ||
+                               draft.kind == TransactionKind::income || !draft.hasOutcome();
+    if (needsCategory && !ledger.category(draft.categoryID))
+        throw EntryError(EntryError::Case::category);
+    return draft;
+}
 
 std::string describeRule(const Ledger& ledger, const Rule& rule) {
     std::string text =

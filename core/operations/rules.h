@@ -18,6 +18,16 @@
 
 namespace copperwick {
 
+// The rule as the rule editor lets it be saved. The name, pattern and
+// merchant are trimmed, a blank merchant is none, and a transfer files under
+// no category. Throws EntryError, in this order: no name (name); no bank text
+// to look for (pattern); a regular expression that doesn't compile, or that
+// is too slow to use unless it is `saved`'s own unchanged pattern
+// (invalidPattern, in RulePattern's words); no category for spending or
+// income, or for a rule that would file nothing else (category). `saved` is
+// the rule as it stands before the edit, absent for a new one.
+[[nodiscard]] Rule ruleEntered(const Ledger& ledger, Rule draft, const Rule* saved);
+
 // A rule as its row reads: the text it looks for, "Money in only" or
 // "Money out only", its accounts' names, its amounts, then what it files:
 // "Text contains “ACME”, Money out only, Joint Checking → Acme, Dining,

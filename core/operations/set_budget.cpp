@@ -1,6 +1,23 @@
 #include "core/operations/set_budget.h"
 
+#include <string>
+
+#include "core/model/money.h"
+#include "core/model/text.h"
+#include "core/operations/entry_error.h"
+
 namespace copperwick {
+
+std::optional<int64_t> budgetEntered(std::string_view text) {
+    if (text::trimmedSpaces(text).empty())
+        return std::nullopt;
+    const auto amount = Money::parseCents(text);
+    if (!amount || *amount < 0)
+        throw EntryError(EntryError::Case::budget,
+                         "\u201C" + std::string(text) +
+                             "\u201D isn't an amount. Use a number like 250 or 250.00.");
+    return amount;
+}
 
 LedgerDelta setBudget(Ledger& ledger, const Uuid& categoryID,
                       std::optional<int64_t> monthlyAmount) {

@@ -4,6 +4,7 @@
 
 #include "core/model/text.h"
 #include "core/operations/classification.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/upsert_category.h"
 
 namespace copperwick {
@@ -38,6 +39,18 @@ std::vector<ZelleChoice> zelleChoices(bool moneyIn) {
     return {spending, giftSent, payingEachOther, dontCount};
 }
 
+void checkZelleDecision(const Ledger& ledger, const ZelleDecision& decision) {
+    const LedgerTransaction* example =
+        decision.ids.empty() ? nullptr : ledger.transaction(decision.ids.front());
+    const auto offered = zelleChoices(example && example->amount > 0);
+    if (std::find(offered.begin(), offered.end(), decision.choice) == offered.end())
+        throw EntryError(EntryError::Case::choice);
+    const ZelleChoiceTraits& choice = traits(decision.choice);
+    const LedgerCategory* category = ledger.category(decision.categoryID);
+    if (choice.needsCategory && (!category || category->group != choice.categoryGroup))
+        throw EntryError(EntryError::Case::category);
+}
+
 LedgerDelta classifyZelle(Ledger& ledger, const ZelleDecision& decision, Instant now) {
     LedgerDelta delta;
     const ZelleChoiceTraits& choice = traits(decision.choice);
@@ -51,13 +64,8 @@ LedgerDelta classifyZelle(Ledger& ledger, const ZelleDecision& decision, Instant
         if (found != categories.end()) {
             categoryID = found->id;
         } else {
-            LedgerCategory made;
-            made.id = Uuid::random();
-            made.name = std::string(*choice.fixedCategoryName);
-            made.group = choice.categoryGroup;
-            made.colorIndex = static_cast<int>(
-                std::count_if(categories.begin(), categories.end(),
-                              [&](const auto& c) { return c.group == choice.categoryGroup; }));
+            LedgerCategory made =
+                newCategory(ledger, std::string(*choice.fixedCategoryName), choice.categoryGroup);
             categoryID = made.id;
             delta.merge(upsertCategory(ledger, std::move(made)));
         }

@@ -67,6 +67,11 @@ struct ZelleDecision {
     std::string label;  // what Undo shows
 };
 
+// What the question refuses: a choice it doesn't offer for the direction of
+// the first payment (choice), or, for a choice that asks for one, no category
+// of the choice's group (category). Throws EntryError.
+void checkZelleDecision(const Ledger& ledger, const ZelleDecision& decision);
+
 // Files the payments as the choice says, as one undoable step. A category the
 // choice brings into being stays when the step is undone, like any other.
 [[nodiscard]] LedgerDelta classifyZelle(Ledger& ledger, const ZelleDecision& decision, Instant now);

@@ -64,6 +64,19 @@ std::vector<AccountFreshness> AccountFreshness::build(const Ledger& ledger, Loca
     return result;
 }
 
+std::string AccountFreshness::importLine(const std::optional<std::string>& importedAt) const {
+    std::string line = "Last import: " + (importedAt ? *importedAt : std::string("Never"));
+    if (latestTransaction)
+        line += " \u00B7 Latest transaction: " + DateText::medium(*latestTransaction);
+    return line;
+}
+
+std::optional<std::string> AccountFreshness::confirmedLine() const {
+    if (!account.upToDateThrough)
+        return std::nullopt;
+    return "You confirmed complete through " + DateText::medium(*account.upToDateThrough);
+}
+
 std::optional<MissingImports> MissingImports::find(const DateSpan& span, const Ledger& ledger,
                                                    LocalDate today) {
     const LocalDate end = std::min(span.end, today);
@@ -102,6 +115,22 @@ std::string MissingImports::message() const {
     }
     return monthLabel + " isn't imported yet for " + names + ", so its totals are missing " +
            (count == 1 ? "that account" : "those accounts") + ".";
+}
+
+std::string_view label(AccountFreshness::State state) {
+    switch (state) {
+        case AccountFreshness::State::manual:
+            return "Tracked manually";
+        case AccountFreshness::State::neverImported:
+            return "No imports yet";
+        case AccountFreshness::State::recent:
+            return "Recent activity";
+        case AccountFreshness::State::mayNeedImport:
+            return "May need an import";
+        case AccountFreshness::State::rarelyUsed:
+            break;
+    }
+    return "Occasional use";
 }
 
 }  // namespace copperwick

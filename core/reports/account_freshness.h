@@ -33,6 +33,13 @@ struct AccountFreshness {
     // Every account, by name.
     [[nodiscard]] static std::vector<AccountFreshness> build(const Ledger& ledger, LocalDate today);
 
+    // "Last import: {when}" or "Last import: Never", then " · Latest
+    // transaction: Mar 3, 2026" when there is one. `importedAt` is
+    // lastImportedAt as the caller words instants (its clock and zone).
+    [[nodiscard]] std::string importLine(const std::optional<std::string>& importedAt) const;
+    // "You confirmed complete through Mar 31, 2026", absent until the person has.
+    [[nodiscard]] std::optional<std::string> confirmedLine() const;
+
     friend bool operator==(const AccountFreshness&, const AccountFreshness&) = default;
 };
 
@@ -46,6 +53,10 @@ struct EnumTraits<AccountFreshness::State> {
         {AccountFreshness::State::rarelyUsed, "rarelyUsed"},
     }};
 };
+
+// The state in the freshness list's words: "Tracked manually", "No imports
+// yet", "Recent activity", "May need an import", "Occasional use".
+[[nodiscard]] std::string_view label(AccountFreshness::State state);
 
 struct MissingImports {
     std::string monthLabel;  // "March 2026"

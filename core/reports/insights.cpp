@@ -53,6 +53,19 @@ int64_t RecurringCharge::yearlyCost() const {
     return checked::mul(typicalAmount, rule(cadence).perYear);
 }
 
+RecurringTotal RecurringTotal::of(const std::vector<RecurringCharge>& charges) {
+    int64_t yearly = 0;
+    RecurringTotal total;
+    for (const auto& charge : charges) {
+        if (!charge.isActive)
+            continue;
+        yearly = checked::add(yearly, charge.yearlyCost());
+        ++total.activeCount;
+    }
+    total.monthly = detail::roundedQuotient(yearly, 12);
+    return total;
+}
+
 namespace Insights {
 
 int64_t median(std::vector<int64_t> values) {

@@ -68,6 +68,17 @@ struct UnusualCharge {
     friend bool operator==(const UnusualCharge&, const UnusualCharge&) = default;
 };
 
+// What the recurring charges that still run come to: "About $84.00 a month
+// across 5".
+struct RecurringTotal {
+    int64_t monthly = 0;  // a twelfth of their yearly cost, rounded
+    int64_t activeCount = 0;
+
+    [[nodiscard]] static RecurringTotal of(const std::vector<RecurringCharge>& charges);
+
+    friend bool operator==(const RecurringTotal&, const RecurringTotal&) = default;
+};
+
 namespace Insights {
 
 // Every series of at least three similar charges on a regular schedule up

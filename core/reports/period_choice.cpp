@@ -68,4 +68,20 @@ DateSpan span(PeriodChoice choice, LocalDate today, const std::optional<LocalDat
     return month;
 }
 
+std::optional<LocalDate> earliestDate(const Ledger& ledger) {
+    std::optional<LocalDate> earliest;
+    for (const auto& transaction : ledger.transactions) {
+        if (transaction.isActive() && (!earliest || transaction.date < *earliest))
+            earliest = transaction.date;
+    }
+    return earliest;
+}
+
+DateSpan span(PeriodChoice choice, const Ledger& ledger, LocalDate today, LocalDate customStart,
+              LocalDate customEnd) {
+    // Only "All time" looks at the ledger's dates; the others needn't walk it.
+    const auto earliest = choice == PeriodChoice::allTime ? earliestDate(ledger) : std::nullopt;
+    return span(choice, today, earliest, customStart, customEnd);
+}
+
 }  // namespace copperwick

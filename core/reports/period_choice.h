@@ -14,6 +14,7 @@
 
 #include "core/model/date_span.h"
 #include "core/model/enum_text.h"
+#include "core/model/ledger.h"
 #include "core/model/local_date.h"
 
 namespace copperwick {
@@ -54,5 +55,14 @@ struct EnumTraits<PeriodChoice> {
 [[nodiscard]] DateSpan span(PeriodChoice choice, LocalDate today,
                             const std::optional<LocalDate>& earliest, LocalDate customStart,
                             LocalDate customEnd);
+
+// The date of the ledger's first active transaction, where "All time"
+// begins; absent for a ledger with none.
+[[nodiscard]] std::optional<LocalDate> earliestDate(const Ledger& ledger);
+
+// The days the choice covers on `today` for this ledger: `span` with the
+// ledger's earliest date.
+[[nodiscard]] DateSpan span(PeriodChoice choice, const Ledger& ledger, LocalDate today,
+                            LocalDate customStart, LocalDate customEnd);
 
 }  // namespace copperwick

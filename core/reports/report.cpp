@@ -12,6 +12,10 @@ int64_t Report::savings() const {
     return checked::sub(income, spending);
 }
 
+int64_t Report::incomeWithoutGifts() const {
+    return checked::sub(income, giftsReceived);
+}
+
 std::optional<int64_t> Report::savingsRateTenths() const {
     if (income < 1)
         return std::nullopt;

@@ -81,10 +81,17 @@ struct Report {
     explicit Report(ReportFilter filter) : filter(std::move(filter)) {}
 
     [[nodiscard]] int64_t savings() const;
+    // Income other than gifts received: what the overview's Income tile shows.
+    [[nodiscard]] int64_t incomeWithoutGifts() const;
     // Savings as a share of income in tenths of a percent; absent without income.
     [[nodiscard]] std::optional<int64_t> savingsRateTenths() const;
     // Nothing waits for review and nothing is pending.
     [[nodiscard]] bool isComplete() const { return unknownCount == 0 && pendingCount == 0; }
+    // Nothing happened in the period at all: no line counted, moved, waiting
+    // or pending. The overview then asks for another period or a bank file.
+    [[nodiscard]] bool isEmpty() const {
+        return includedIDs.empty() && transferCount == 0 && unknownCount == 0 && pendingCount == 0;
+    }
 
     friend bool operator==(const Report&, const Report&) = default;
 };

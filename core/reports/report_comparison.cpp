@@ -21,6 +21,10 @@ int64_t ReportComparison::spendingChange() const {
     return checked::sub(current.spending, previous.spending);
 }
 
+std::optional<int64_t> ReportComparison::spendingChangeTenths() const {
+    return Money::changeTenthsOfPercent(previous.spending, current.spending);
+}
+
 int64_t ReportComparison::incomeChange() const {
     return checked::sub(current.income, previous.income);
 }

@@ -37,6 +37,9 @@ struct ReportComparison {
 
     [[nodiscard]] int64_t spendingChange() const;
     [[nodiscard]] int64_t incomeChange() const;
+    // The spending's change against the period before, in tenths of a percent;
+    // absent when nothing was spent before.
+    [[nodiscard]] std::optional<int64_t> spendingChangeTenths() const;
 
     friend bool operator==(const ReportComparison&, const ReportComparison&) = default;
 };

@@ -142,6 +142,15 @@ std::vector<LedgerTransaction> stalePending(const Ledger& ledger, LocalDate toda
     return result;
 }
 
+std::string waitingText(const std::vector<ReviewGroup>& groups) {
+    std::size_t lines = 0;
+    for (const auto& group : groups)
+        lines += group.transactionIDs.size();
+    return std::to_string(lines) + " transaction" + (lines == 1 ? "" : "s") + " in " +
+           std::to_string(groups.size()) + " group" + (groups.size() == 1 ? "" : "s") + " need" +
+           (lines == 1 ? "s" : "") + " you.";
+}
+
 }  // namespace ReviewQueue
 
 }  // namespace copperwick

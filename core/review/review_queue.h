@@ -45,6 +45,10 @@ namespace ReviewQueue {
 // from a newer file of their account. Oldest first.
 [[nodiscard]] std::vector<LedgerTransaction> stalePending(const Ledger& ledger, LocalDate today);
 
+// What waits, counted as the top of the Review screen says it: "3
+// transactions in 2 groups need you." or "1 transaction in 1 group needs you."
+[[nodiscard]] std::string waitingText(const std::vector<ReviewGroup>& groups);
+
 }  // namespace ReviewQueue
 
 }  // namespace copperwick

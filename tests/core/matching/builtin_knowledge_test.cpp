@@ -1,5 +1,6 @@
 #include "core/matching/builtin_knowledge.h"
 
+#include <algorithm>
 #include <set>
 #include <string>
 #include <vector>
@@ -65,6 +66,22 @@ TEST(BuiltInKnowledge, RulesStandInOrderOfPrecedence) {
         "card-payment-in | Credit card payment received | moneyIn | creditCard | transfer | -",
     };
     EXPECT_EQ(rules, expected);
+}
+
+// The list of built-in rules names account types its own way: a checking
+// account in full, where the type's own label says only "Checking".
+TEST(BuiltInKnowledge, DescriptionNamesDirectionAccountTypesAndOutcome) {
+    const auto& rules = BuiltInKnowledge::rules();
+    const auto rule = [&](std::string_view id) {
+        return *std::find_if(rules.begin(), rules.end(),
+                             [&](const BuiltInRule& each) { return each.id == id; });
+    };
+    EXPECT_EQ(describeBuiltInRule(rule("payroll")),
+              "Money in only, Checking account, Savings \u2192 Income, Salary");
+    EXPECT_EQ(describeBuiltInRule(rule("own-transfer")),
+              "Money in or out, Any account \u2192 Transfer");
+    EXPECT_EQ(describeBuiltInRule(rule("card-payment-in")),
+              "Money in only, Credit card \u2192 Transfer");
 }
 
 TEST(BuiltInKnowledge, CardPaymentPatternNamesIssuerAndPaymentInEitherOrder) {

@@ -37,6 +37,13 @@ TEST(DateText, DaysAreNotPadded) {
     EXPECT_EQ(DateText::shortText(date(2024, 2, 29)), "Feb 29");
 }
 
+TEST(DateText, RangeNamesTheYearOnceWhenBothEndsShareIt) {
+    EXPECT_EQ(DateText::range(date(2026, 3, 9), date(2026, 3, 9)), "Mar 9, 2026");
+    EXPECT_EQ(DateText::range(date(2026, 1, 14), date(2026, 3, 9)), "Jan 14 \u2013 Mar 9, 2026");
+    EXPECT_EQ(DateText::range(date(2025, 12, 3), date(2026, 1, 14)),
+              "Dec 3, 2025 \u2013 Jan 14, 2026");
+}
+
 TEST(DateText, MonthLabelReadsAMonthKey) {
     EXPECT_EQ(DateText::monthLabel("2026-03"), "Mar 2026");
     EXPECT_EQ(DateText::monthLabel("2026-12"), "Dec 2026");

@@ -4,6 +4,7 @@
 
 #include "core/operations/change_history.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -277,6 +278,31 @@ TEST_F(ClassificationTest, UnresolvedPairSurvivesFullRematch) {
     ASSERT_EQ(get(in).transferPairID, out);
     EXPECT_TRUE(rematch(ledger()).isEmpty());
     EXPECT_EQ(get(in).method, MatchMethod::transferPair);
+}
+
+TEST_F(ClassificationTest, SpendingAndIncomeNeedACategoryOfTheLedger) {
+    const auto check = [&](TransactionKind kind, std::optional<Uuid> categoryID) {
+        return testing::refusal(
+            [&] { checkClassification(ledger(), {.kind = kind, .categoryID = categoryID}); });
+    };
+    constexpr std::string_view kWords = "Choose a category that matches spending or income.";
+    EXPECT_EQ(check(TransactionKind::expense, std::nullopt), kWords);
+    EXPECT_EQ(check(TransactionKind::income, Uuid::random()), kWords) << "a category gone";
+    EXPECT_EQ(check(TransactionKind::expense, builder.category("Dining")), "accepted");
+    EXPECT_EQ(check(TransactionKind::transfer, std::nullopt), "accepted");
+    EXPECT_EQ(check(TransactionKind::unknown, std::nullopt), "accepted");
+}
+
+TEST_F(ClassificationTest, FilingTextNamesMerchantCategoryAndKind) {
+    const auto id = builder.transaction(checking, "BLUE BOTTLE", -500);
+    EXPECT_EQ(filingText(ledger(), get(id)), "Needs review");
+    (void)decide({id}, "Blue Bottle", TransactionKind::expense, "Dining");
+    EXPECT_EQ(filingText(ledger(), get(id)), "Blue Bottle, Dining, Spending");
+    EXPECT_EQ(filingText(ledger(), std::string(), std::nullopt, TransactionKind::transfer),
+              "Transfer")
+        << "an empty merchant name is left out";
+    EXPECT_EQ(suggestionHeading({.source = MatchMethod::ai}), "Local AI suggests");
+    EXPECT_EQ(suggestionHeading({.source = MatchMethod::similar}), "Suggested");
 }
 
 }  // namespace

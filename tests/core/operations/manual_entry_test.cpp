@@ -7,6 +7,7 @@
 #include "core/operations/classification.h"
 #include "core/operations/transaction_correction.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -342,6 +343,43 @@ TEST_F(CorrectionTest, IncomeCantBeSplit) {
         t.amount = 5000;
     });
     expectRefused(Case::unavailable, [&] { (void)splitTransaction(ledger(), bankLine, {}, now); });
+}
+
+TEST(EntryForms, RefuseAnUnusableFormInTheSheetsOwnWords) {
+    constexpr std::string_view kEntry =
+        "Choose an account and enter a valid date and positive amount.";
+    const auto entry = [](std::string_view date, std::string_view amount, bool positive) {
+        return testing::refusal([&] { return entryFormEntered(date, amount, positive); });
+    };
+    EXPECT_EQ(entry("2026-03-02", "-12.50", false), "accepted");
+    EXPECT_EQ(entry("2026-03-02", "-12.50", true), kEntry);
+    EXPECT_EQ(entry("2026-03-02", "0", true), kEntry);
+    EXPECT_EQ(entry("March 2", "12.50", false), kEntry);
+    EXPECT_EQ(entry("2026-03-02", "12.5.0", false), kEntry);
+    EXPECT_EQ(entryFormEntered("2026-03-02", "12.50", true).amount, 1250);
+
+    constexpr std::string_view kWallet =
+        "Enter a wallet name, valid date, and nonnegative opening cash.";
+    const auto wallet = [](std::string_view name, std::string_view cash, std::string_view date) {
+        return testing::refusal([&] { return walletFormEntered(name, cash, date); });
+    };
+    EXPECT_EQ(wallet(" ", "", ""), kWallet);
+    EXPECT_EQ(wallet("Pocket", "-1", ""), kWallet);
+    EXPECT_EQ(wallet("Pocket", "", "2026-02-30"), kWallet);
+    const WalletForm form = walletFormEntered(" Pocket ", "", "");
+    EXPECT_EQ(form.name, "Pocket");
+    EXPECT_EQ(form.openingCash, 0) << "blank cash is none";
+    EXPECT_EQ(form.date, std::nullopt) << "blank is today, for the caller to say";
+}
+
+TEST_F(ManualEntryTest, AWalletWhoseOpeningCashIsRefusedIsNotKept) {
+    const Account pocket(Uuid::random(), "Pocket", AccountType::checking);
+    expectRefused(Case::amount, [&] {
+        return addWallet(ledger(), pocket, Money::kLargestAmount + 1, day(2026, 3, 1), now);
+    });
+    (void)addWallet(ledger(), pocket, 4000, day(2026, 3, 1), now);
+    EXPECT_EQ(ledger().account(pocket.id)->type, AccountType::cash);
+    EXPECT_EQ(cashBalance(ledger(), pocket.id), 4000);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -92,6 +93,27 @@ TEST_F(MerchantsTest, UpdateWithApplyNowFilesTheKeysLines) {
     EXPECT_EQ(ledger().transaction(line)->merchantID, deli.id);
     EXPECT_EQ(ledger().transaction(line)->categoryID, builder.category("Dining"));
     EXPECT_TRUE(delta.changes(RecordKind::transaction));
+}
+
+TEST_F(MerchantsTest, WithFilingSetsWhatTheMerchantAlwaysFilesAs) {
+    Merchant acme{.id = Uuid::random(), .name = "Acme", .kind = TransactionKind::income};
+    const Uuid dining = builder.category("Dining");
+    const Merchant filed =
+        withFiling(ledger(), acme, {.kind = MerchantFiling::Kind::category, .categoryID = dining});
+    EXPECT_EQ(filed.categoryID, dining);
+    EXPECT_EQ(filed.kind, std::nullopt) << "spending or income follows the category's group";
+    const Merchant transfer =
+        withFiling(ledger(), filed, {.kind = MerchantFiling::Kind::transfer, .categoryID = dining});
+    EXPECT_EQ(transfer.kind, TransactionKind::transfer);
+    EXPECT_EQ(transfer.categoryID, std::nullopt) << "a transfer has no category";
+    EXPECT_EQ(withFiling(ledger(), transfer, {}).kind, std::nullopt);
+    EXPECT_EQ(testing::refusal([&] {
+                  return withFiling(ledger(), acme, {.kind = MerchantFiling::Kind::category});
+              }),
+              "Choose a category that matches spending or income.");
+    EXPECT_EQ(testing::refusal([] { return merchantNameEntered(" \t "); }),
+              "Give the merchant a name.");
+    EXPECT_EQ(merchantNameEntered(" Acme Hardware "), "Acme Hardware");
 }
 
 }  // namespace

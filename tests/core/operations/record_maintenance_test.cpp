@@ -5,6 +5,7 @@
 #include "core/operations/classification.h"
 #include "core/operations/upsert_account.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -134,6 +135,20 @@ TEST_F(RecordMaintenanceTest, ASpendingReplacementTakesOverSplitPartsRulesAndMer
     EXPECT_EQ((*line(split).splits)[0].categoryID, shopping);
     EXPECT_EQ(ledger().rules[0].categoryID, shopping);
     EXPECT_EQ(ledger().merchant(merchant)->categoryID, shopping);
+}
+
+TEST(PersonEntered, NeedsANameAndKeepsOnlyTheBankNamesGiven) {
+    const auto person = [](std::string name, std::optional<int64_t> allowance) {
+        return Person{Uuid::random(), std::move(name), {" DANA SMITH ", " ", ""}, allowance};
+    };
+    EXPECT_EQ(testing::refusal([&] { return personEntered(person(" \t", std::nullopt)); }),
+              "Enter the person's name.");
+    EXPECT_EQ(testing::refusal([&] { return personEntered(person("Dana", -1)); }),
+              "Enter a positive monthly allowance, or leave it empty.");
+    const Person dana = personEntered(person(" Dana ", 0));
+    EXPECT_EQ(dana.name, "Dana");
+    EXPECT_EQ(dana.bankNames, std::vector<std::string>{"DANA SMITH"});
+    EXPECT_EQ(dana.monthlyAllowance, 0) << "zero passes, as the allowance's own rule says";
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "core/operations/set_budget.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -55,6 +56,29 @@ TEST(ReportNotes, AnswersAreStoredOnceAndNeverMoveBack) {
     EXPECT_FALSE(after.rarelyUsed || after.upToDateThrough || after.historyStartsOn);
     EXPECT_EQ(acknowledgedNoteCount(ledger), 0);
     EXPECT_TRUE(showAllReportNotes(ledger).isEmpty());
+}
+
+// "Mark all" stopped at the first note without an answer, such as the count
+// of lines waiting for review, and answered none.
+TEST(ReportNotes, MarkAllAnswersEveryNoteThatHasAnAnswer) {
+    const Uuid account = Uuid::random();
+    const std::vector<DataNote> notes = {
+        {.id = "unknown", .severity = DataNote::Severity::warning, .text = "2 waiting"},
+        {.id = "late-A",
+         .severity = DataNote::Severity::warning,
+         .text = "late",
+         .acknowledgement = DataNote::UpToDate{account, day(2026, 3, 31)}},
+        {.id = "partial",
+         .severity = DataNote::Severity::info,
+         .text = "not over",
+         .acknowledgement = DataNote::Dismiss{"partial|2026-03-31"}},
+    };
+    EXPECT_EQ(noteAnswers(notes, std::nullopt)->size(), 2u);
+    EXPECT_EQ(noteAnswers(notes, "partial"),
+              (std::vector<DataNote::Acknowledgement>{DataNote::Dismiss{"partial|2026-03-31"}}));
+    EXPECT_EQ(noteAnswers(notes, "nothing-like-it"), std::nullopt);
+    EXPECT_EQ(testing::refusal([&] { return noteAnswers(notes, "unknown"); }),
+              "The note \u201Cunknown\u201D can't be set aside; it goes when its cause does.");
 }
 
 }  // namespace

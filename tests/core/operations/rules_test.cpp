@@ -4,6 +4,7 @@
 
 #include "core/matching/matcher.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -105,6 +106,77 @@ TEST_F(RulesTest, BuiltInSwitchKeepsOneEntryAndAlwaysRematches) {
     EXPECT_EQ(ledger().settings->disabledBuiltInRules, std::vector<std::string>{"interest"});
     (void)setBuiltInRule(ledger(), "interest", true);
     EXPECT_TRUE(ledger().settings->disabledBuiltInRules.empty());
+}
+
+TEST_F(RulesTest, RuleEnteredRefusesWhatTheEditorWouldntSave) {
+    const auto edited = [&](auto edit) {
+        Rule draft = rule("Car payment", "AUTOLOAN");
+        edit(draft);
+        return draft;
+    };
+    const struct {
+        Rule draft;
+        std::string words;
+    } cases[] = {
+        {edited([](Rule&) {}), "accepted"},
+        {edited([](Rule& r) { r.name = "  "; }), "Give the rule a name."},
+        {edited([](Rule& r) { r.pattern = " \t"; }), "Enter the bank text to look for."},
+        {edited([](Rule& r) {
+             r.match = TextMatch::regex;
+             r.pattern = "AUTO(LOAN";
+         }),
+         "That pattern isn't valid."},
+        {edited([](Rule& r) { r.categoryID.reset(); }),
+         "Choose a category that matches spending or income."},
+        {edited([](Rule& r) { r.categoryID = Uuid::random(); }),
+         "Choose a category that matches spending or income."},
+        // A merchant alone is an outcome; the merchant's own filing does the rest.
+        {edited([](Rule& r) {
+             r.kind.reset();
+             r.categoryID.reset();
+             r.merchantName = "Acme";
+         }),
+         "accepted"},
+        {edited([](Rule& r) {
+             r.kind.reset();
+             r.categoryID.reset();
+             r.merchantName = " ";
+         }),
+         "Choose a category that matches spending or income."},
+    };
+    for (const auto& [draft, words] : cases)
+        EXPECT_EQ(testing::refusal([&] { return ruleEntered(ledger(), draft, nullptr); }), words)
+            << draft.name << " / " << draft.pattern;
+}
+
+TEST_F(RulesTest, RuleEnteredFilesATransferUnderNoCategory) {
+    Rule draft = rule(" Savings sweep ", " TRANSFER TO SAVINGS ");
+    draft.kind = TransactionKind::transfer;
+    draft.merchantName = "  ";
+    const Rule entered = ruleEntered(ledger(), draft, nullptr);
+    EXPECT_EQ(entered.categoryID, std::nullopt);
+    EXPECT_EQ(entered.name, "Savings sweep");
+    EXPECT_EQ(entered.pattern, "TRANSFER TO SAVINGS");
+    EXPECT_EQ(entered.merchantName, std::nullopt) << "a blank merchant is none";
+}
+
+TEST_F(RulesTest, DescribeRuleNamesDirectionAccountsAmountsAndOutcome) {
+    Rule described = rule("Coffee", "BLUE BOTTLE");
+    described.direction = AmountDirection::moneyOut;
+    described.accountIDs = {checking, Uuid::random()};  // an account gone is left out
+    described.minimumAmount = 500;
+    described.merchantName = "Blue Bottle";
+    EXPECT_EQ(describeRule(ledger(), described),
+              "Text contains \u201CBLUE BOTTLE\u201D, Money out only, Checking, at least $5.00 "
+              "\u2192 Blue Bottle, Dining, Spending");
+    described.kind.reset();
+    described.categoryID.reset();
+    described.merchantName.reset();
+    described.direction = AmountDirection::moneyIn;
+    described.minimumAmount.reset();
+    described.accountIDs.clear();
+    EXPECT_EQ(describeRule(ledger(), described),
+              "Text contains \u201CBLUE BOTTLE\u201D, Money in only \u2192 nothing");
 }
 
 // A limit typed as a bank prints it keeps its size; a blank one is no limit,

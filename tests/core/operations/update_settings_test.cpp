@@ -8,6 +8,7 @@
 
 #include "core/operations/entry_error.h"
 #include "core/operations/record_maintenance.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -67,6 +68,51 @@ TEST(Allowance, RefusesInItsOwnWordsButTakesZero) {
     EXPECT_EQ(allowanceEntered("250"), 25000);
     for (const std::string_view text : {"-5", "abc", "1,23"})
         EXPECT_EQ(refusal(enterAllowance, text), kWords) << text;
+}
+
+// The goal's limit held only where a goal was typed; a change through the
+// settings record could store any goal.
+TEST(UpdateSettings, HoldsEveryChangedSettingToItsOneRule) {
+    Ledger ledger = Ledger::starter();
+    const auto change = [&](auto edit) {
+        return testing::refusal([&] { return updateSettings(ledger, edit); });
+    };
+    EXPECT_EQ(change([](LedgerSettings& s) { s.monthlySavingsGoal = kLargestSavingsGoal + 1; }),
+              "Enter a positive monthly goal, or leave it empty.");
+    EXPECT_EQ(change([](LedgerSettings& s) { s.monthlySavingsGoal = 0; }),
+              "Enter a positive monthly goal, or leave it empty.");
+    EXPECT_EQ(change([](LedgerSettings& s) { s.timeZoneID = "Mars/Base"; }),
+              "Choose a time zone the calendar knows, such as America/Los_Angeles.");
+    EXPECT_EQ(change([](LedgerSettings& s) { s.reportCurrency = "Euro"; }),
+              "A currency is three letters, such as USD.");
+    EXPECT_EQ(*ledger.settings, *Ledger::starter().settings) << "refusals change nothing";
+
+    EXPECT_EQ(change([](LedgerSettings& s) { s.monthlySavingsGoal = kLargestSavingsGoal; }),
+              "accepted");
+    EXPECT_EQ(change([](LedgerSettings& s) { s.timeZoneID = "Europe/Dublin"; }), "accepted");
+}
+
+// Only what a change touches is held to its rule: an older file with an odd
+// time zone can still have its other settings changed.
+TEST(UpdateSettings, LeavesASettingTheChangeDoesntTouchAsItIs) {
+    Ledger ledger = Ledger::starter();
+    ledger.settings.update([](LedgerSettings& settings) { settings.timeZoneID = "Mars/Base"; });
+    (void)updateSettings(ledger, [](LedgerSettings& settings) { settings.keepSourceText = false; });
+    EXPECT_FALSE(ledger.settings->keepSourceText);
+    EXPECT_EQ(ledger.settings->timeZoneID, "Mars/Base");
+}
+
+TEST(UpdateSettings, ReadsTypedSettingsByTheSameRules) {
+    EXPECT_EQ(timeZoneEntered(" Europe/Dublin "), "Europe/Dublin");
+    EXPECT_EQ(testing::refusal([] { return timeZoneEntered("Mars/Base"); }),
+              "There is no time zone called Mars/Base.");
+    EXPECT_EQ(paymentServicesEntered("venmo, zelle,venmo"),
+              (std::vector<PaymentService>{PaymentService::zelle, PaymentService::venmo}))
+        << "once each, in the services' own order";
+    EXPECT_TRUE(paymentServicesEntered("none").empty());
+    EXPECT_EQ(testing::refusal([] { return paymentServicesEntered("zelle,carrier pigeon"); }),
+              "There is no payment service called carrier pigeon; choose from zelle, venmo, "
+              "cashApp, paypal, appleCash.");
 }
 
 }  // namespace

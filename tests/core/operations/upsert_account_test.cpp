@@ -1,13 +1,18 @@
 #include "core/operations/upsert_account.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
+#include "core/operations/currency_code.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
 
 using testing::LedgerBuilder;
+using testing::refusal;
 
 bool changed(const LedgerDelta& delta, RecordKind kind, const Uuid& id) {
     const auto it = delta.changed.find(kind);
@@ -55,6 +60,62 @@ TEST(UpsertAccountTest, NewOwnerReachesInheritedButNeverChosenAssignments) {
     EXPECT_EQ(builder.ledger().account(accountID)->name, "Sam's card");
     EXPECT_FALSE(delta.changed.contains(RecordKind::transaction));
     EXPECT_EQ(builder.ledger().accounts.size(), 1u);
+}
+
+TEST(AccountEntered, HoldsEachFieldToItsOneRule) {
+    LedgerBuilder builder;
+    const Person sam{.id = Uuid::random(), .name = "Sam"};
+    builder.ledger().people.push_back(sam);
+    const auto edited = [](auto edit) {
+        Account account(Uuid::random(), "Joint card", AccountType::creditCard);
+        edit(account);
+        return account;
+    };
+    const struct {
+        Account account;
+        std::string words;
+    } cases[] = {
+        {edited([](Account&) {}), "accepted"},
+        {edited([](Account& a) { a.name = " \t"; }), "Enter the account's name."},
+        {edited([](Account& a) { a.currency = "US"; }),
+         "A currency is three letters, such as USD."},
+        {edited([](Account& a) { a.currency = "U$D"; }),
+         "A currency is three letters, such as USD."},
+        {edited([](Account& a) { a.last4 = "12a4"; }), "The last four are four digits."},
+        {edited([](Account& a) { a.last4 = "12345"; }), "The last four are four digits."},
+        {edited([&](Account& a) { a.setUserIDs({sam.id}); }), "accepted"},
+        {edited([](Account& a) { a.setUserIDs({Uuid::random()}); }),
+         "Choose the account's users from the household."},
+    };
+    for (const auto& [account, words] : cases)
+        EXPECT_EQ(refusal([&] { return accountEntered(builder.ledger(), account); }), words)
+            << account.name << " " << account.currency << " " << account.last4.value_or("-");
+
+    EXPECT_EQ(accountEntered(builder.ledger(), edited([](Account& a) { a.name = " Visa "; })).name,
+              "Visa");
+}
+
+TEST(AccountEntered, ReadsTypedFieldsByTheSameRules) {
+    EXPECT_EQ(currencyEntered(" eur "), "EUR");
+    EXPECT_EQ(refusal([] { return currencyEntered("EURO"); }),
+              "A currency is three letters, such as USD.");
+    EXPECT_EQ(lastFourEntered(" 0042 "), "0042");
+    EXPECT_EQ(lastFourEntered(" "), std::nullopt) << "blank is none";
+    EXPECT_EQ(refusal([] { return lastFourEntered("12a4"); }), "The last four are four digits.");
+    EXPECT_EQ(refusal([] { return accountNameEntered(""); }), "Enter the account's name.");
+}
+
+TEST(AccountEntered, UsersMakeItTheirsOrTheHouseholdsOrNobodys) {
+    const Uuid sam = Uuid::random();
+    Account account(Uuid::random(), "Card", AccountType::creditCard);
+    setUsers(account, {}, true);
+    EXPECT_TRUE(account.isUnassigned);
+    setUsers(account, {sam}, true);
+    EXPECT_FALSE(account.isUnassigned) << "naming a user makes it theirs";
+    EXPECT_EQ(account.personID(), sam);
+    setUsers(account, {}, false);
+    EXPECT_FALSE(account.isUnassigned);
+    EXPECT_TRUE(account.userIDs().empty()) << "the household's";
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "core/model/text.h"
 #include "core/operations/change_history.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/refusal.h"
 
 namespace copperwick {
 namespace {
@@ -111,6 +112,28 @@ TEST_F(ClassifyZelleTest, UndoTakesBackTheFilingAndKeepsTheMadeCategory) {
     ASSERT_TRUE(undoLastChange(ledger()));
     EXPECT_EQ(*ledger().transaction(payment), before);
     EXPECT_NE(ledger().categoryNamed("Paying each other"), nullptr);
+}
+
+TEST_F(ClassifyZelleTest, CheckRefusesAChoiceNotOfferedAndACategoryOfTheOtherGroup) {
+    const auto check = [&](ZelleChoice choice, std::optional<std::string> category) {
+        const ZelleDecision decision{
+            .ids = {payment},
+            .choice = choice,
+            .categoryID = category ? std::optional(builder.category(*category)) : std::nullopt};
+        return testing::refusal([&] {
+            checkZelleDecision(ledger(), decision);
+            return 0;
+        });
+    };
+    // The payment is money in.
+    EXPECT_EQ(check(ZelleChoice::giftSent, std::nullopt), "Choose what this payment was for.");
+    EXPECT_EQ(check(ZelleChoice::income, std::nullopt),
+              "Choose a category that matches spending or income.");
+    EXPECT_EQ(check(ZelleChoice::income, "Dining"),
+              "Choose a category that matches spending or income.");
+    EXPECT_EQ(check(ZelleChoice::income, "Salary"), "accepted");
+    EXPECT_EQ(check(ZelleChoice::giftReceived, std::nullopt), "accepted")
+        << "a choice with its own category asks for none";
 }
 
 }  // namespace

@@ -188,5 +188,16 @@ TEST_F(InsightsTest, HistoryIsTheHundredAndEightyDaysBefore) {
     EXPECT_EQ(unusualWith(c.addingDays(-180)), 0u) << "two priors and older history: thin";
 }
 
+TEST(RecurringTotal, CountsOnlyChargesThatStillRunAsATwelfthOfTheirYear) {
+    const std::vector<RecurringCharge> charges = {
+        {.cadence = Cadence::monthly, .typicalAmount = 1599, .isActive = true},
+        {.cadence = Cadence::yearly, .typicalAmount = 9900, .isActive = true},
+        {.cadence = Cadence::monthly, .typicalAmount = 5000, .isActive = false},  // stopped
+    };
+    // (15.99 × 12 + 99.00) / 12 = 24.24 a month.
+    EXPECT_EQ(RecurringTotal::of(charges), (RecurringTotal{.monthly = 2424, .activeCount = 2}));
+    EXPECT_EQ(RecurringTotal::of({}), RecurringTotal{});
+}
+
 }  // namespace
 }  // namespace copperwick

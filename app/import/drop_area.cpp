@@ -1,0 +1,138 @@
+#include "app/import/drop_area.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMimeData>
+#include <QPainter>
+#include <QPainterPath>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "app/import/file_panels.h"
+#include "app/widgets/symbol_view.h"
+
+namespace copperwick::app {
+
+namespace {
+
+const QString kTitle = QStringLiteral("Drop CSV, OFX or QFX files here");
+const QString kLine = QStringLiteral(
+    "Common bank CSV layouts are recognized automatically, including DCU, Schwab, Monzo, N26 "
+    "and Bank of Ireland. OFX/QFX checking, savings and credit-card statements are also "
+    "supported. For an unfamiliar CSV, Local AI helps on this computer, or you choose its "
+    "columns once.");
+
+// The local files among dragged URLs; anything else isn't a bank file here.
+std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
+    std::vector<std::filesystem::path> files;
+    if (!data || !data->hasUrls())
+        return files;
+    for (const QUrl& url : data->urls()) {
+        if (url.isLocalFile())
+            files.push_back(localPath(url.toLocalFile()));
+    }
+    return files;
+}
+
+}  // namespace
+
+DropArea::DropArea(QWidget* parent)
+    : CardFrame(parent),
+      m_chooseFiles(new QPushButton(QStringLiteral("Choose Files"), this)),
+      m_layouts(new QPushButton(QStringLiteral("Bank File Layouts…"), this)) {
+    setAcceptDrops(true);
+    setContentsMargins(24, 22, 24, 22);
+    setAccessibleName(kTitle);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+
+    auto* symbol = new SymbolView("tray.and.arrow.down", 40, this);
+    layout->addWidget(symbol, 0, Qt::AlignHCenter);
+
+    auto* title = new QLabel(kTitle, this);
+    QFont titleFont = title->font();
+    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.15);
+    titleFont.setWeight(QFont::DemiBold);
+    title->setFont(titleFont);
+    title->setAlignment(Qt::AlignHCenter);
+    title->setAccessibleName(kTitle);
+    layout->addWidget(title);
+
+    auto* line = new QLabel(kLine, this);
+    line->setWordWrap(true);
+    line->setAlignment(Qt::AlignHCenter);
+    line->setForegroundRole(QPalette::PlaceholderText);
+    line->setAccessibleName(kLine);
+    line->setMaximumWidth(640);
+    layout->addWidget(line, 0, Qt::AlignHCenter);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(10);
+    buttons->addStretch(1);
+    m_chooseFiles->setAccessibleName(m_chooseFiles->text());
+    m_layouts->setAccessibleName(m_layouts->text());
+    buttons->addWidget(m_chooseFiles);
+    buttons->addWidget(m_layouts);
+    buttons->addStretch(1);
+    layout->addSpacing(4);
+    layout->addLayout(buttons);
+
+    connect(m_chooseFiles, &QPushButton::clicked, this, &DropArea::chooseFilesClicked);
+    connect(m_layouts, &QPushButton::clicked, this, &DropArea::layoutsClicked);
+}
+
+void DropArea::setDragTarget(bool target) {
+    if (target == m_dragTarget)
+        return;
+    m_dragTarget = target;
+    update();
+}
+
+void DropArea::dragEnterEvent(QDragEnterEvent* event) {
+    if (localFiles(event->mimeData()).empty())
+        return;
+    event->acceptProposedAction();
+    setDragTarget(true);
+}
+
+void DropArea::dragMoveEvent(QDragMoveEvent* event) {
+    if (!localFiles(event->mimeData()).empty())
+        event->acceptProposedAction();
+}
+
+void DropArea::dragLeaveEvent(QDragLeaveEvent*) {
+    setDragTarget(false);
+}
+
+void DropArea::dropEvent(QDropEvent* event) {
+    setDragTarget(false);
+    const auto files = localFiles(event->mimeData());
+    if (files.empty())
+        return;
+    event->acceptProposedAction();
+    Q_EMIT filesDropped(files);
+}
+
+void DropArea::paintEvent(QPaintEvent* event) {
+    if (!m_dragTarget) {
+        CardFrame::paintEvent(event);
+        return;
+    }
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF area = QRectF(rect()).adjusted(1, 1, -1, -1);
+    QPainterPath path;
+    path.addRoundedRect(area, 10, 10);
+    QColor fill = palette().color(QPalette::Highlight);
+    fill.setAlphaF(0.18);
+    painter.fillPath(path, palette().color(QPalette::Base));
+    painter.fillPath(path, fill);
+    painter.setPen(QPen(palette().color(QPalette::Link), 2, Qt::DashLine));
+    painter.drawPath(path);
+}
+
+}  // namespace copperwick::app

@@ -1,0 +1,97 @@
+#pragma once
+
+// One dropped file on the Import screen: its name and layout, whether it is
+// included, where its rows go (an account, or a new one and the new
+// account's details), why it can't be imported yet, the sign toggle, and
+// what importing it would do.
+//
+// A card lives as long as its file is on the list and is brought in line
+// with the import model by setFile whenever anything changes, in place: the
+// field a person is typing in keeps its text and focus, and what they
+// opened stays open. What the person does goes straight to the import
+// model, by the file's id. Main thread only.
+
+#include <functional>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+
+#include "app/widgets/card_frame.h"
+#include "app/widgets/elided_label.h"
+#include "app/import/import_plan_summary.h"
+#include "app/shell/runtime_bridge.h"
+#include "core/model/uuid.h"
+#include "runtime/import_model.h"
+
+namespace copperwick::app {
+
+class ImportFileCard : public CardFrame {
+    Q_OBJECT
+
+  public:
+    ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidget* parent = nullptr);
+
+    [[nodiscard]] const Uuid& fileID() const { return m_fileID; }
+    // Shows the file as the import model now holds it.
+    void setFile(const ImportFile& file);
+
+    [[nodiscard]] QString fileName() const { return m_fileName->fullText(); }
+    [[nodiscard]] QLabel* layoutLabel() const { return m_layout; }
+    [[nodiscard]] QCheckBox* includeBox() const { return m_include; }
+    [[nodiscard]] QToolButton* removeButton() const { return m_remove; }
+    [[nodiscard]] QPushButton* chooseColumnsButton() const { return m_chooseColumns; }
+    [[nodiscard]] QComboBox* accountPicker() const { return m_account; }
+    [[nodiscard]] QLineEdit* nameField() const { return m_name; }
+    [[nodiscard]] QComboBox* ownerPicker() const { return m_owner; }
+    [[nodiscard]] QComboBox* typePicker() const { return m_type; }
+    [[nodiscard]] QLineEdit* lastFourField() const { return m_lastFour; }
+    [[nodiscard]] QCheckBox* sharedBox() const { return m_shared; }
+    [[nodiscard]] QLabel* suggestionLabel() const { return m_suggestion; }
+    // The blocker's words, or empty when the file can be imported.
+    [[nodiscard]] QString blockerText() const;
+    [[nodiscard]] QCheckBox* flipBox() const { return m_flip; }
+    [[nodiscard]] ImportPlanSummary* summary() const { return m_summary; }
+
+  private:
+    QWidget* makeHeader();
+    QWidget* makeDraftForm();
+    void fillAccounts(const Ledger& ledger);
+    void fillPeople(const Ledger& ledger);
+    void showChoice(const ImportFile& file);
+    void showDraft(const ImportFile::NewAccountDraft& draft);
+    void chooseAccount(int index);
+    // Changes the new account's details in the import model.
+    void editDraft(const std::function<void(ImportFile::NewAccountDraft&)>& change);
+
+    RuntimeBridge& m_bridge;
+    Uuid m_fileID;
+    ElidedLabel* m_fileName;
+    QLabel* m_layout;
+    QCheckBox* m_include;
+    QToolButton* m_remove;
+    QWidget* m_body;
+    QWidget* m_unrecognized;
+    QPushButton* m_chooseColumns;
+    QComboBox* m_account;
+    QWidget* m_draftForm;
+    QLineEdit* m_name;
+    QComboBox* m_owner;
+    QComboBox* m_type;
+    QLineEdit* m_lastFour;
+    QCheckBox* m_shared;
+    QLabel* m_suggestion;
+    QWidget* m_blocker;
+    QLabel* m_blockerText;
+    QWidget* m_flipRow;
+    QCheckBox* m_flip;
+    ImportPlanSummary* m_summary;
+    // What the pickers list now, to fill them again only when it changes.
+    std::vector<std::pair<Uuid, std::string>> m_accountsShown;
+    std::vector<std::pair<Uuid, std::string>> m_peopleShown;
+};
+
+}  // namespace copperwick::app

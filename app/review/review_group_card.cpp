@@ -1,0 +1,498 @@
+#include "app/review/review_group_card.h"
+#include "app/widgets/text_styles.h"
+
+#include <QCompleter>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QVBoxLayout>
+
+#include "app/widgets/qt_text.h"
+#include "app/widgets/symbol_view.h"
+#include "core/model/date_text.h"
+#include "core/model/money.h"
+#include "core/operations/classification.h"
+#include "core/presentation/merchant_icons.h"
+#include "core/presentation/review_text.h"
+#include "core/reports/payment_service_detection.h"
+
+namespace copperwick::app {
+
+namespace {
+
+constexpr int kBadgeSize = 40;
+constexpr TransactionKind kKinds[] = {TransactionKind::expense, TransactionKind::income,
+                                      TransactionKind::transfer};
+
+void setLabel(QLabel* label, const QString& text) {
+    label->setText(text);
+    label->setAccessibleName(text);
+}
+
+QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    QFont font = label->font();
+    font.setWeight(QFont::DemiBold);
+    font.setPointSizeF(font.pointSizeF() * 0.92);
+    label->setFont(font);
+    label->setBuddy(buddy);
+    label->setAccessibleName(text);
+    return label;
+}
+
+// The refusal's words under a field: quiet, and as tall when empty as when
+// not, so that the card doesn't jump while the person types.
+QLabel* refusalLabel(QWidget* parent) {
+    auto* label = noteLabel(QString(), parent, true);
+    label->setWordWrap(true);
+    label->setMinimumHeight(label->fontMetrics().height());
+    return label;
+}
+
+}  // namespace
+
+ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& group,
+                                 bool showsSuggestion, QAbstractItemModel* merchantNames,
+                                 QWidget* parent)
+    : CardFrame(parent),
+      m_runtime(runtime),
+      m_group(group),
+      m_decision(ReviewDecisions::initial(runtime.ledger(), group)),
+      m_showsSuggestion(showsSuggestion),
+      m_asksPurpose(ReviewDecisions::asksPurpose(group)) {
+    setAccessibleName(toQString(group.displayName));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(18, 16, 18, 16);
+    layout->setSpacing(14);
+    layout->addWidget(buildHeader());
+    layout->addWidget(buildBanner());
+    layout->addWidget(m_asksPurpose ? buildPurposeEditor() : buildStandardEditor(merchantNames));
+
+    m_remember = new QCheckBox(QStringLiteral("Remember for similar transactions"), this);
+    m_remember->setAccessibleName(m_remember->text());
+    m_rememberNote = noteLabel(QString(), this, true);
+    m_rememberNote->setContentsMargins(24, 0, 0, 0);
+    auto* rememberBlock = new QVBoxLayout;
+    rememberBlock->setSpacing(2);
+    rememberBlock->addWidget(m_remember);
+    rememberBlock->addWidget(m_rememberNote);
+    layout->addLayout(rememberBlock);
+
+    auto* actions = new QHBoxLayout;
+    actions->setSpacing(8);
+    m_showTransactions = new QPushButton(QStringLiteral("Show Transactions"), this);
+    m_showTransactions->setAccessibleName(m_showTransactions->text());
+    m_showTransactions->setAutoDefault(true);
+    actions->addWidget(m_showTransactions);
+    m_askPlace = new QWidget(this);
+    m_askPlace->setObjectName(QStringLiteral("askLocalAIPlace"));
+    m_askPlace->hide();
+    actions->addWidget(m_askPlace);
+    actions->addStretch(1);
+    m_save = new QPushButton(QStringLiteral("Save"), this);
+    m_save->setAccessibleName(m_save->text());
+    m_save->setAutoDefault(true);
+    m_save->setDefault(true);
+    actions->addWidget(m_save);
+    layout->addLayout(actions);
+
+    connect(m_remember, &QCheckBox::toggled, this, [this](bool on) {
+        if (m_updating)
+            return;
+        m_decision.remember = on;
+        decisionChanged();
+    });
+    connect(m_showTransactions, &QPushButton::clicked, this, [this] { showTransactions(); });
+    connect(m_save, &QPushButton::clicked, this, [this] { save(); });
+
+    // Top to bottom, as the card reads.
+    QList<QWidget*> order;
+    if (m_approve)
+        order << m_approve;
+    if (m_merchant)
+        order << m_merchant << m_category << m_kind;
+    else {
+        for (QAbstractButton* button : m_purposes->buttons())
+            order << button;
+        order << m_category;
+    }
+    order << m_remember << m_showTransactions << m_save;
+    for (qsizetype i = 0; i + 1 < order.size(); ++i)
+        setTabOrder(order[i], order[i + 1]);
+
+    fillCategories();
+    updateHeader();
+    showDecision();
+}
+
+QWidget* ReviewGroupCard::buildHeader() {
+    auto* header = new QWidget(this);
+    auto* layout = new QHBoxLayout(header);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(12);
+    m_badge = new MerchantBadge(kBadgeSize, header);
+    layout->addWidget(m_badge, 0, Qt::AlignTop);
+
+    auto* words = new QVBoxLayout;
+    words->setSpacing(1);
+    m_name = new ElidedLabel(QString(), header);
+    QFont nameFont = m_name->font();
+    nameFont.setWeight(QFont::DemiBold);
+    nameFont.setPointSizeF(nameFont.pointSizeF() * 1.12);
+    m_name->setFont(nameFont);
+    m_example = new ElidedLabel(QString(), header);
+    m_example->setForegroundRole(QPalette::PlaceholderText);
+    m_facts = new ElidedLabel(QString(), header);
+    m_facts->setForegroundRole(QPalette::PlaceholderText);
+    QFont small = m_facts->font();
+    small.setPointSizeF(small.pointSizeF() * 0.92);
+    m_facts->setFont(small);
+    words->addWidget(m_name);
+    words->addWidget(m_example);
+    words->addWidget(m_facts);
+    layout->addLayout(words, 1);
+
+    m_total = new QLabel(header);
+    m_total->setFont(nameFont);
+    m_total->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    layout->addWidget(m_total, 0, Qt::AlignTop);
+    return header;
+}
+
+QWidget* ReviewGroupCard::buildBanner() {
+    m_banner = new QFrame(this);
+    m_banner->setObjectName(QStringLiteral("suggestionBanner"));
+    m_banner->setAutoFillBackground(true);
+    // The banner is tinted with the skin's selection colour over the surface.
+    QPalette tinted = palette();
+    const QColor base = tinted.color(QPalette::Base);
+    const QColor accent = tinted.color(QPalette::Highlight);
+    tinted.setColor(QPalette::Window,
+                    QColor::fromRgbF(base.redF() + (accent.redF() - base.redF()) * 0.14f,
+                                     base.greenF() + (accent.greenF() - base.greenF()) * 0.14f,
+                                     base.blueF() + (accent.blueF() - base.blueF()) * 0.14f));
+    m_banner->setPalette(tinted);
+    m_banner->setBackgroundRole(QPalette::Window);
+
+    auto* layout = new QHBoxLayout(m_banner);
+    layout->setContentsMargins(12, 10, 12, 10);
+    layout->setSpacing(10);
+    m_bannerSymbol = new SymbolView("lightbulb", 18, m_banner);
+    layout->addWidget(m_bannerSymbol, 0, Qt::AlignTop);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(2);
+    m_bannerTitle = headingLabel(QString(), m_banner);
+    m_bannerFiling = new QLabel(m_banner);
+    m_bannerFiling->setWordWrap(true);
+    m_bannerReason = noteLabel(QString(), m_banner, true);
+    words->addWidget(m_bannerTitle);
+    words->addWidget(m_bannerFiling);
+    words->addWidget(m_bannerReason);
+    layout->addLayout(words, 1);
+    m_approve = new QPushButton(QStringLiteral("Approve"), m_banner);
+    m_approve->setAccessibleName(m_approve->text());
+    m_approve->setAutoDefault(true);
+    layout->addWidget(m_approve, 0, Qt::AlignVCenter);
+    connect(m_approve, &QPushButton::clicked, this, [this] { approve(); });
+    return m_banner;
+}
+
+QWidget* ReviewGroupCard::buildStandardEditor(QAbstractItemModel* merchantNames) {
+    auto* editor = new QWidget(this);
+    auto* grid = new QGridLayout(editor);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setHorizontalSpacing(14);
+    grid->setVerticalSpacing(4);
+
+    m_merchant = new QLineEdit(editor);
+    m_merchant->setAccessibleName(QStringLiteral("Merchant"));
+    m_merchant->setClearButtonEnabled(true);
+    if (merchantNames) {
+        auto* completer = new QCompleter(merchantNames, m_merchant);
+        completer->setCaseSensitivity(Qt::CaseInsensitive);
+        completer->setFilterMode(Qt::MatchContains);
+        m_merchant->setCompleter(completer);
+    }
+    m_category = new QComboBox(editor);
+    m_category->setAccessibleName(QStringLiteral("Category"));
+    m_category->setPlaceholderText(QStringLiteral("Choose"));
+    m_kind = new QComboBox(editor);
+    m_kind->setAccessibleName(QStringLiteral("File as"));
+    for (const TransactionKind kind : kKinds)
+        m_kind->addItem(toQString(label(kind)), QString::fromLatin1(rawValue(kind).data()));
+
+    grid->addWidget(fieldLabel(QStringLiteral("Merchant"), m_merchant, editor), 0, 0);
+    grid->addWidget(fieldLabel(QStringLiteral("Category"), m_category, editor), 0, 1);
+    grid->addWidget(fieldLabel(QStringLiteral("File as"), m_kind, editor), 0, 2);
+    grid->addWidget(m_merchant, 1, 0);
+    grid->addWidget(m_category, 1, 1);
+    grid->addWidget(m_kind, 1, 2);
+    m_merchantRefusal = refusalLabel(editor);
+    m_categoryRefusal = refusalLabel(editor);
+    grid->addWidget(m_merchantRefusal, 2, 0);
+    grid->addWidget(m_categoryRefusal, 2, 1, 1, 2);
+    grid->setColumnStretch(0, 5);
+    grid->setColumnStretch(1, 4);
+    grid->setColumnStretch(2, 3);
+
+    connect(m_merchant, &QLineEdit::textEdited, this, [this](const QString& text) {
+        m_decision.merchantName = toStdString(text);
+        decisionChanged();
+    });
+    // A name picked from the completion list arrives without an edit.
+    if (QCompleter* completer = m_merchant->completer())
+        connect(completer, qOverload<const QString&>(&QCompleter::activated), this,
+                [this](const QString& text) {
+                    m_decision.merchantName = toStdString(text);
+                    decisionChanged();
+                });
+    connect(m_kind, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int index) {
+        if (m_updating || index < 0)
+            return;
+        m_decision.kind = kKinds[index];
+        fillCategories();
+        decisionChanged();
+    });
+    connect(m_category, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int index) {
+        if (m_updating)
+            return;
+        m_decision.categoryID =
+            index < 0 ? std::nullopt
+                      : Uuid::parse(toStdString(m_category->itemData(index).toString()));
+        decisionChanged();
+    });
+    return editor;
+}
+
+QWidget* ReviewGroupCard::buildPurposeEditor() {
+    m_purposeEditor = new QWidget(this);
+    auto* layout = new QVBoxLayout(m_purposeEditor);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(4);
+    auto* question = fieldLabel(QStringLiteral("What was this for?"), nullptr, m_purposeEditor);
+    layout->addWidget(question);
+    m_purposes = new QButtonGroup(this);
+    m_purposes->setExclusive(true);
+    for (const ZelleChoice choice : zelleChoices(m_group.isMoneyIn)) {
+        auto* button = new QRadioButton(toQString(traits(choice).label), m_purposeEditor);
+        button->setAccessibleName(button->text());
+        m_purposes->addButton(button, static_cast<int>(choice));
+        layout->addWidget(button);
+    }
+    m_purposeRefusal = refusalLabel(m_purposeEditor);
+    layout->addWidget(m_purposeRefusal);
+
+    m_categoryField = new QWidget(m_purposeEditor);
+    auto* categoryLayout = new QVBoxLayout(m_categoryField);
+    categoryLayout->setContentsMargins(0, 4, 0, 0);
+    categoryLayout->setSpacing(4);
+    m_category = new QComboBox(m_categoryField);
+    m_category->setAccessibleName(QStringLiteral("Category"));
+    m_category->setPlaceholderText(QStringLiteral("Choose"));
+    m_category->setMinimumWidth(220);
+    categoryLayout->addWidget(fieldLabel(QStringLiteral("Category"), m_category, m_categoryField));
+    categoryLayout->addWidget(m_category, 0, Qt::AlignLeft);
+    m_categoryRefusal = refusalLabel(m_categoryField);
+    categoryLayout->addWidget(m_categoryRefusal);
+    layout->addWidget(m_categoryField);
+
+    connect(m_purposes, &QButtonGroup::idToggled, this, [this](int id, bool checked) {
+        if (m_updating || !checked)
+            return;
+        m_decision.purpose = static_cast<ZelleChoice>(id);
+        fillCategories();
+        decisionChanged();
+    });
+    connect(m_category, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int index) {
+        if (m_updating)
+            return;
+        m_decision.categoryID =
+            index < 0 ? std::nullopt
+                      : Uuid::parse(toStdString(m_category->itemData(index).toString()));
+        decisionChanged();
+    });
+    return m_purposeEditor;
+}
+
+QRadioButton* ReviewGroupCard::purposeButton(ZelleChoice choice) const {
+    if (!m_purposes)
+        return nullptr;
+    return qobject_cast<QRadioButton*>(m_purposes->button(static_cast<int>(choice)));
+}
+
+std::optional<CategoryGroup> ReviewGroupCard::wantedCategoryGroup() const {
+    if (!m_asksPurpose)
+        return ReviewDecisions::categoryGroup(m_decision.kind);
+    if (m_decision.purpose && traits(*m_decision.purpose).needsCategory)
+        return traits(*m_decision.purpose).categoryGroup;
+    return std::nullopt;
+}
+
+void ReviewGroupCard::fillCategories() {
+    const auto wanted = wantedCategoryGroup();
+    const Ledger& ledger = m_runtime.ledger();
+    // A choice that no longer fits (the kind changed, the category went)
+    // is let go, so that Save waits for a new one.
+    if (m_decision.categoryID) {
+        const LedgerCategory* chosen = ledger.category(m_decision.categoryID);
+        if (!chosen || !wanted || chosen->group != *wanted)
+            m_decision.categoryID.reset();
+    }
+    m_updating = true;
+    m_category->clear();
+    if (wanted) {
+        for (const LedgerCategory& category : ledger.categories) {
+            if (category.group == *wanted)
+                m_category->addItem(toQString(category.name), toQString(category.id.text()));
+        }
+    }
+    m_category->setCurrentIndex(m_decision.categoryID
+                                    ? m_category->findData(toQString(m_decision.categoryID->text()))
+                                    : -1);
+    m_category->setEnabled(wanted.has_value());
+    if (m_categoryField)
+        m_categoryField->setVisible(wanted.has_value());
+    m_updating = false;
+}
+
+void ReviewGroupCard::setGroup(const ReviewGroup& group) {
+    if (group == m_group)
+        return;
+    m_group = group;
+    fillCategories();
+    updateHeader();
+    showDecision();
+}
+
+void ReviewGroupCard::refreshChoices() {
+    fillCategories();
+    updateHeader();
+    showDecision();
+}
+
+void ReviewGroupCard::updateHeader() {
+    const Ledger& ledger = m_runtime.ledger();
+    const Suggestion* suggestion = m_group.suggestion ? &*m_group.suggestion : nullptr;
+    std::optional<std::string_view> categoryName;
+    if (suggestion) {
+        if (const LedgerCategory* category = ledger.category(suggestion->categoryID))
+            categoryName = category->name;
+    }
+    m_badge->setDescriptor(MerchantIconCatalog::shared().descriptor(
+        m_group.displayName, categoryName,
+        suggestion ? std::optional(suggestion->kind) : std::nullopt));
+    m_name->setFullText(toQString(m_group.displayName));
+    m_example->setFullText(toQString(m_group.example));
+    std::string accounts;
+    for (const auto& name : m_group.accountNames)
+        accounts += (accounts.empty() ? "" : ", ") + name;
+    std::string facts = ReviewText::transactionCount(m_group.transactionIDs.size()) + " \u00B7 " +
+                        DateText::range(m_group.firstDate, m_group.lastDate);
+    if (!accounts.empty())
+        facts += " \u00B7 " + accounts;
+    m_facts->setFullText(toQString(facts));
+    setLabel(m_total, toQString(Money::format(m_group.total)));
+
+    const bool showsBanner = m_showsSuggestion && suggestion;
+    m_banner->setVisible(showsBanner);
+    if (showsBanner) {
+        m_bannerSymbol->setSymbol(ReviewText::suggestionSymbol(suggestion->source));
+        setLabel(m_bannerTitle, toQString(ReviewText::suggestionTitle(suggestion->source)));
+        setLabel(m_bannerFiling,
+                 toQString(ReviewText::filing(ledger, suggestion->merchantName,
+                                              suggestion->categoryID, suggestion->kind)));
+        setLabel(m_bannerReason, toQString(suggestion->reason));
+        m_bannerReason->setVisible(!suggestion->reason.empty());
+    }
+}
+
+void ReviewGroupCard::showDecision() {
+    m_updating = true;
+    if (m_merchant && toStdString(m_merchant->text()) != m_decision.merchantName)
+        m_merchant->setText(toQString(m_decision.merchantName));
+    if (m_kind) {
+        for (int i = 0; i < m_kind->count(); ++i) {
+            if (kKinds[i] == m_decision.kind)
+                m_kind->setCurrentIndex(i);
+        }
+    }
+    if (m_purposes) {
+        if (m_decision.purpose)
+            if (QAbstractButton* button = m_purposes->button(static_cast<int>(*m_decision.purpose)))
+                button->setChecked(true);
+    }
+    m_remember->setChecked(m_decision.remember);
+    m_updating = false;
+    decisionChanged();
+}
+
+void ReviewGroupCard::decisionChanged() {
+    const auto refusal = ReviewDecisions::refusal(m_runtime.ledger(), m_group, m_decision);
+    m_save->setEnabled(!refusal);
+    const QString words = refusal ? toQString(refusal->words) : QString();
+    const auto place = [&](QLabel* label, ReviewField field) {
+        if (label)
+            setLabel(label, refusal && refusal->field == field ? words : QString());
+    };
+    place(m_merchantRefusal, ReviewField::merchant);
+    place(m_categoryRefusal, ReviewField::category);
+    place(m_purposeRefusal, ReviewField::purpose);
+    setLabel(m_rememberNote, toQString(m_decision.remember ? kRememberOn : kRememberOff));
+}
+
+bool ReviewGroupCard::canSave() const {
+    return !ReviewDecisions::refusal(m_runtime.ledger(), m_group, m_decision);
+}
+
+QString ReviewGroupCard::refusalText() const {
+    const auto refusal = ReviewDecisions::refusal(m_runtime.ledger(), m_group, m_decision);
+    return refusal ? toQString(refusal->words) : QString();
+}
+
+bool ReviewGroupCard::save() {
+    if (!canSave())
+        return false;
+    const ReviewGroup group = m_group;
+    const ReviewDecision decision = m_decision;
+    const Instant now = m_runtime.now();
+    const ApplyResult result = m_runtime.apply(
+        [&](Ledger& copy) { return ReviewDecisions::decide(copy, group, decision, now); });
+    if (result.saved)
+        Q_EMIT saved(group.id);
+    return result.saved;
+}
+
+bool ReviewGroupCard::approve() {
+    if (!m_group.suggestion)
+        return false;
+    const ReviewGroup group = m_group;
+    const bool remember = m_decision.remember;
+    const Instant now = m_runtime.now();
+    const ApplyResult result = m_runtime.apply([&](Ledger& copy) {
+        return approveSuggestions(copy, group.transactionIDs, remember, now);
+    });
+    if (result.saved)
+        Q_EMIT saved(group.id);
+    return result.saved;
+}
+
+void ReviewGroupCard::showTransactions() {
+    TransactionsFocus focus;
+    focus.title = m_group.displayName;
+    focus.ids.insert(m_group.transactionIDs.begin(), m_group.transactionIDs.end());
+    m_runtime.setTransactionsFocus(std::move(focus));
+    m_runtime.setSection(AppSection::transactions);
+}
+
+void ReviewGroupCard::keyPressEvent(QKeyEvent* event) {
+    // Enter from anywhere in the editor saves, as a form's default button would.
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+        event->modifiers() == Qt::NoModifier) {
+        if (save())
+            event->accept();
+        return;
+    }
+    CardFrame::keyPressEvent(event);
+}
+
+}  // namespace copperwick::app

@@ -1,0 +1,159 @@
+#pragma once
+
+// The whole window on a runtime of its own (a temporary data folder and
+// preferences beside it, work coming back through Qt's event loop), showing
+// the Import screen, whose file panels answer from the test.
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <QApplication>
+#include <QDropEvent>
+#include <QElapsedTimer>
+#include <QMimeData>
+#include <QTest>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+#include "app/import/import_page.h"
+#include "app/shell/main_window.h"
+#include "app/shell/qt_main_queue.h"
+#include "runtime/import_model.h"
+#include "runtime/ledger_runtime.h"
+#include "tests/support/temp_folder.h"
+
+// Failures print the text rather than its bytes.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace copperwick::testing {
+
+namespace fs = std::filesystem;
+
+// Runs the event loop until `done` holds or `allowed` has passed; whether it held.
+inline bool waitUntil(const std::function<bool()>& done,
+                      std::chrono::milliseconds allowed = std::chrono::seconds(10)) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!done()) {
+        if (timer.elapsed() > allowed.count())
+            return false;
+        QTest::qWait(5);
+    }
+    return true;
+}
+
+class ImportScreenTest : public ::testing::Test {
+  protected:
+    explicit ImportScreenTest(bool demo = false) {
+        RuntimeOptions options;
+        options.demo = demo;
+        options.dataFolder = temp / "Copperwick";
+        options.preferencesFolder = temp / "config";
+        options.mainQueue = std::make_shared<app::QtMainQueue>(qApp);
+        runtime = std::make_unique<LedgerRuntime>(options);
+        window = std::make_unique<app::MainWindow>(*runtime, importer);
+        runtime->setSection(AppSection::importFiles);
+        window->show();
+        window->activateWindow();
+        (void)QTest::qWaitForWindowActive(window.get());
+        page = qobject_cast<app::ImportPage*>(window->page(AppSection::importFiles));
+
+        app::FilePanels panels;
+        panels.openBankFiles = [this](QWidget*) {
+            ++chooserOpened;
+            return chosenFiles;
+        };
+        panels.saveLayoutFile = [this](QWidget*, const QString& suggested) {
+            suggestedName = suggested;
+            return saveTo;
+        };
+        panels.openLayoutFile = [this](QWidget*) { return openFrom; };
+        page->setFilePanels(panels);
+    }
+    ~ImportScreenTest() override {
+        // The window watches the runtime and the import model; it goes first.
+        window.reset();
+    }
+
+    [[nodiscard]] static fs::path sample(const std::string& name) {
+        return fs::path(COPPERWICK_SAMPLES) / name;
+    }
+    [[nodiscard]] fs::path write(const std::string& name, const std::string& contents) const {
+        const fs::path file = temp / name;
+        writeFile(file, contents);
+        return file;
+    }
+
+    // Drops `files` on the drop area as a file manager would, then waits
+    // until every one of them has been read.
+    void drop(const std::vector<fs::path>& files) {
+        QMimeData mime;
+        QList<QUrl> urls;
+        for (const auto& file : files)
+            urls.append(QUrl::fromLocalFile(QString::fromStdString(file.string())));
+        mime.setUrls(urls);
+        QWidget* area = page->dropArea();
+        const QPoint centre = area->rect().center();
+        QDragEnterEvent enter(centre, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(area, &enter);
+        QDropEvent dropped(QPointF(centre), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(area, &dropped);
+        EXPECT_TRUE(waitUntil([&] { return importer.pendingAnalyses() == 0; }));
+        QTest::qWait(1);
+    }
+
+    [[nodiscard]] app::ImportFileCard* card(const QString& fileName) const {
+        for (auto* shown : page->cards()) {
+            if (shown->fileName() == fileName)
+                return shown;
+        }
+        return nullptr;
+    }
+    [[nodiscard]] const ImportFile& fileOf(const app::ImportFileCard* shown) const {
+        return *importer.file(shown->fileID());
+    }
+    [[nodiscard]] QString readyText() const { return page->importBar()->readyLabel()->text(); }
+    [[nodiscard]] QString blockedText() const {
+        const QLabel* label = page->importBar()->blockedLabel();
+        return label->isHidden() ? QString() : label->text();
+    }
+    // Chooses the picker's entry with `text` from the keyboard, as a person would.
+    static void pick(QComboBox* picker, const QString& text) {
+        const int wanted = picker->findText(text);
+        ASSERT_GE(wanted, 0) << text.toStdString();
+        picker->setFocus();
+        while (picker->currentIndex() < wanted)
+            QTest::keyClick(picker, Qt::Key_Down);
+        while (picker->currentIndex() > wanted)
+            QTest::keyClick(picker, Qt::Key_Up);
+    }
+    void pressImport() {
+        QPushButton* button = page->importBar()->importButton();
+        ASSERT_TRUE(button->isEnabled());
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    TempFolder temp;
+    std::unique_ptr<LedgerRuntime> runtime;
+    ImportModel importer;
+    std::unique_ptr<app::MainWindow> window;
+    app::ImportPage* page = nullptr;
+
+    // What the file panels answer.
+    std::vector<fs::path> chosenFiles;
+    int chooserOpened = 0;
+    std::optional<fs::path> saveTo;
+    QString suggestedName;
+    std::optional<fs::path> openFrom;
+};
+
+}  // namespace copperwick::testing
