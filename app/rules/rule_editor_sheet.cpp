@@ -136,6 +136,17 @@ RuleEditorSheet::RuleEditorSheet(RuntimeBridge& bridge, std::optional<Rule> draf
         fillCategories();
         fieldsChanged();
     });
+    // A change saved meanwhile (an import, a decision in Review) may change
+    // what the rule would do.
+    connect(&m_bridge, &RuntimeBridge::changeSaved, this, [this] {
+        if (isVisible())
+            fieldsChanged();
+    });
+    // A closed sheet works nothing out, and what was on its way is dropped.
+    connect(this, &QDialog::finished, this, [this] {
+        m_previewTimer.stop();
+        ++m_previewRequest;
+    });
     fieldsChanged();
     m_pattern->setFocus();
 }

@@ -4,8 +4,9 @@
 // deletes a saved one. It checks the fields as they are typed, with the
 // refusal's words under the field, and shows what the rule would do to the
 // ledger before it is saved: the preview is worked out on a copy of the
-// ledger on another thread, a moment after the typing stops, and a preview
-// of fields that have changed since is dropped.
+// ledger on another thread, a moment after the typing stops or a change is
+// saved, and a preview of fields or a ledger that have changed since is
+// dropped.
 //
 // Saving and deleting go through the runtime, which matches every
 // transaction again that nobody set by hand; the sheet then closes as

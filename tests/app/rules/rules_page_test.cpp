@@ -238,6 +238,15 @@ TEST_F(RulesPageTest, AMerchantRowSaysWhatItFilesAndRecognizes) {
     const QModelIndex row = page->merchantList()->model()->index(0, 0);
     EXPECT_EQ(row.data(Qt::AccessibleTextRole).toString(),
               "Corner Bakery, 1 transaction, always Dining, recognizes 1 bank text");
+
+    // Enter on the row opens its editor.
+    page->merchantList()->setFocus();
+    page->merchantList()->setCurrentIndex(row);
+    QTest::keyClick(page->merchantList(), Qt::Key_Return);
+    auto* sheet = this->sheet<MerchantEditorSheet>();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_EQ(sheet->merchantID(), bakery);
+    EXPECT_EQ(sheet->nameField()->text(), "Corner Bakery");
 }
 
 TEST_F(RulesPageTest, ForgettingTheLastKeyKeepsTheMerchantUntilUnusedOnesAreRemoved) {
