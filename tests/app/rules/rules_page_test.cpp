@@ -334,10 +334,19 @@ TEST_F(RulesPageTest, AMerchantSheetRefusesABlankNameAndEscapeKeepsEverything) {
     auto* sheet = this->sheet<MerchantEditorSheet>();
     sheet->nameField()->setText(" \t");
     EXPECT_FALSE(sheet->saveButton()->isEnabled());
+    const auto refusals = sheet->findChildren<app::RefusalLine*>();
+    const auto said = [&](const QString& words) {
+        return std::any_of(refusals.begin(), refusals.end(), [&](app::RefusalLine* line) {
+            return line->isVisibleTo(sheet) && line->label()->text() == words;
+        });
+    };
+    EXPECT_TRUE(said("Give the merchant a name."));
     sheet->nameField()->setText("Bakery");
     sheet->filingField()->setCurrentIndex(sheet->filingField()->findText("Income"));
     // Income asks for one of income's categories.
     EXPECT_FALSE(sheet->saveButton()->isEnabled());
+    EXPECT_FALSE(said("Give the merchant a name."));
+    EXPECT_TRUE(said("Choose a category that matches spending or income."));
     QTest::mouseClick(sheet->forgetButtons()[0], Qt::LeftButton);
     QTest::keyClick(sheet, Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([&] { return page->openSheet() == nullptr; }));
