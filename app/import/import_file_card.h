@@ -20,10 +20,10 @@
 #include <QPushButton>
 #include <QToolButton>
 
-#include "app/widgets/card_frame.h"
-#include "app/widgets/elided_label.h"
 #include "app/import/import_plan_summary.h"
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/card_frame.h"
+#include "app/widgets/elided_label.h"
 #include "core/model/uuid.h"
 #include "runtime/import_model.h"
 

@@ -5,8 +5,10 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 
+#include "app/rules/refusal_line.h"
 #include "app/widgets/qt_text.h"
-#include "core/model/text.h"
+#include "app/widgets/text_styles.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/merchants.h"
 #include "core/reports/merchant_summary.h"
 
@@ -21,16 +23,6 @@ constexpr std::string_view kNoKeysText =
 
 // "Always file as": no default (-1), or a kind.
 constexpr int kNoDefault = -1;
-
-QLabel* heading(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * 1.3);
-    font.setWeight(QFont::DemiBold);
-    label->setFont(font);
-    label->setAccessibleName(text);
-    return label;
-}
 
 QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
     auto* label = new QLabel(text, parent);
@@ -71,12 +63,8 @@ MerchantEditorSheet::MerchantEditorSheet(RuntimeBridge& bridge, Uuid merchantID,
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 18);
     layout->setSpacing(12);
-    layout->addWidget(heading(title, this));
-    auto* intro = new QLabel(toQString(kIntro), this);
-    intro->setWordWrap(true);
-    intro->setForegroundRole(QPalette::PlaceholderText);
-    intro->setAccessibleName(intro->text());
-    layout->addWidget(intro);
+    layout->addWidget(headingLabel(title, this, 1.3));
+    layout->addWidget(secondaryLabel(toQString(kIntro), this));
     layout->addWidget(makeFields());
     layout->addStretch(1);
     layout->addWidget(makeButtons());
@@ -103,13 +91,27 @@ QWidget* MerchantEditorSheet::makeFields() {
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
-    m_name = new QLineEdit(fields);
-    form->addRow(fieldLabel(QStringLiteral("Name"), m_name, fields), m_name);
+    auto* name = new QWidget(fields);
+    auto* nameLayout = new QVBoxLayout(name);
+    nameLayout->setContentsMargins(0, 0, 0, 0);
+    nameLayout->setSpacing(4);
+    m_name = new QLineEdit(name);
+    nameLayout->addWidget(m_name);
+    m_nameRefusal = new RefusalLine(name);
+    nameLayout->addWidget(m_nameRefusal);
+    form->addRow(fieldLabel(QStringLiteral("Name"), m_name, fields), name);
 
-    auto* filing = new QWidget(fields);
+    auto* filingBox = new QWidget(fields);
+    auto* filingBoxLayout = new QVBoxLayout(filingBox);
+    filingBoxLayout->setContentsMargins(0, 0, 0, 0);
+    filingBoxLayout->setSpacing(4);
+    auto* filing = new QWidget(filingBox);
     auto* filingLayout = new QHBoxLayout(filing);
     filingLayout->setContentsMargins(0, 0, 0, 0);
     filingLayout->setSpacing(8);
+    filingBoxLayout->addWidget(filing);
+    m_filingRefusal = new RefusalLine(filingBox);
+    filingBoxLayout->addWidget(m_filingRefusal);
     m_filing = new QComboBox(filing);
     m_filing->addItem(QStringLiteral("No default"), kNoDefault);
     for (const TransactionKind kind :
@@ -121,16 +123,13 @@ QWidget* MerchantEditorSheet::makeFields() {
     m_category->setAccessibleName(QStringLiteral("Category"));
     m_category->setMinimumContentsLength(16);
     filingLayout->addWidget(m_category, 1);
-    form->addRow(fieldLabel(QStringLiteral("Always file as"), m_filing, fields), filing);
+    form->addRow(fieldLabel(QStringLiteral("Always file as"), m_filing, fields), filingBox);
 
     auto* keys = new QWidget(fields);
     m_keyRows = new QVBoxLayout(keys);
     m_keyRows->setContentsMargins(0, 0, 0, 0);
     m_keyRows->setSpacing(4);
-    m_noKeys = new QLabel(toQString(kNoKeysText), keys);
-    m_noKeys->setWordWrap(true);
-    m_noKeys->setForegroundRole(QPalette::PlaceholderText);
-    m_noKeys->setAccessibleName(m_noKeys->text());
+    m_noKeys = secondaryLabel(toQString(kNoKeysText), keys);
     m_keyRows->addWidget(m_noKeys);
     auto* keysLabel = new QLabel(QStringLiteral("Bank text it recognizes"), fields);
     keysLabel->setAlignment(Qt::AlignRight | Qt::AlignTop);
@@ -261,50 +260,59 @@ void MerchantEditorSheet::forget(std::size_t index) {
         m_save->setFocus();
 }
 
-bool MerchantEditorSheet::canSave() const {
-    if (text::trimmedSpaces(toStdString(m_name->text())).empty())
-        return false;
+MerchantFiling MerchantEditorSheet::chosenFiling() const {
     const auto kind = chosenKind(m_filing);
-    const bool needsCategory = kind == TransactionKind::expense || kind == TransactionKind::income;
-    return !needsCategory || chosenID(m_category).has_value();
+    if (kind == TransactionKind::transfer)
+        return {.kind = MerchantFiling::Kind::transfer};
+    if (kind)
+        return {.kind = MerchantFiling::Kind::category, .categoryID = chosenID(m_category)};
+    return {};
+}
+
+MerchantEditorSheet::Checked MerchantEditorSheet::checked() const {
+    Checked result;
+    try {
+        result.name = merchantNameEntered(toStdString(m_name->text()));
+    } catch (const EntryError& refusal) {
+        result.nameRefusal = toQString(refusal.what());
+    }
+    try {
+        Merchant merchant = withFiling(m_bridge.runtime().ledger(), m_merchant, chosenFiling());
+        merchant.keys = m_keys;
+        result.merchant = std::move(merchant);
+    } catch (const EntryError& refusal) {
+        result.filingRefusal = toQString(refusal.what());
+    }
+    return result;
+}
+
+bool MerchantEditorSheet::canSave() const {
+    const Checked result = checked();
+    return result.name && result.merchant;
 }
 
 void MerchantEditorSheet::fieldsChanged() {
-    m_save->setEnabled(canSave());
+    const Checked result = checked();
+    m_nameRefusal->setRefusal(result.nameRefusal);
+    m_filingRefusal->setRefusal(result.filingRefusal);
+    m_save->setEnabled(result.name && result.merchant);
     m_merge->setEnabled(chosenID(m_mergeTarget).has_value());
 }
 
-Merchant MerchantEditorSheet::editedMerchant() const {
-    Merchant merchant = m_merchant;
-    merchant.keys = m_keys;
-    const auto kind = chosenKind(m_filing);
-    if (kind == TransactionKind::transfer) {
-        merchant.kind = TransactionKind::transfer;
-        merchant.categoryID.reset();
-    } else if (kind) {
-        // The kind follows the category's group, as a remembered decision leaves it.
-        merchant.kind.reset();
-        merchant.categoryID = chosenID(m_category);
-    } else {
-        merchant.kind.reset();
-        merchant.categoryID.reset();
-    }
-    return merchant;
-}
-
 void MerchantEditorSheet::save() {
-    if (!canSave())
+    const Checked result = checked();
+    if (!result.name || !result.merchant)
         return;
-    const Merchant edited = editedMerchant();
-    const std::string name(text::trimmedSpaces(toStdString(m_name->text())));
+    const Merchant edited = *result.merchant;
+    const std::string name = *result.name;
     const bool renamed = name != m_merchant.name;
     // Nothing changed needs no save, nor a rematch of every line.
-    if (!renamed && m_bridge.runtime().ledger().merchant(edited.id) &&
-        *m_bridge.runtime().ledger().merchant(edited.id) == edited) {
+    const Merchant* saved = m_bridge.runtime().ledger().merchant(edited.id);
+    if (!renamed && saved && *saved == edited) {
         accept();
         return;
     }
-    const ApplyResult result = m_bridge.runtime().apply([&](Ledger& copy) {
+    const ApplyResult applied = m_bridge.runtime().apply([&](Ledger& copy) {
         // Written first under its old name, so that a new name which merges
         // it into another merchant carries what was just decided along.
         LedgerDelta delta = updateMerchant(copy, edited, true);
@@ -312,7 +320,7 @@ void MerchantEditorSheet::save() {
             delta.merge(renameMerchant(copy, edited.id, name));
         return delta;
     });
-    if (!result.message)
+    if (!applied.message)
         accept();
 }
 

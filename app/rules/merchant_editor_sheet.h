@@ -14,6 +14,7 @@
 //
 // The runtime behind `bridge` must outlive the sheet. Main thread only.
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,10 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/rules/refusal_line.h"
 #include "app/shell/runtime_bridge.h"
 #include "core/model/merchant.h"
+#include "core/operations/merchants.h"
 
 namespace copperwick::app {
 
@@ -38,6 +41,7 @@ class MerchantEditorSheet : public QDialog {
     [[nodiscard]] const Uuid& merchantID() const { return m_merchant.id; }
     // The bank texts it will keep, as the sheet stands.
     [[nodiscard]] const std::vector<std::string>& keys() const { return m_keys; }
+    // A name (merchantNameEntered) and a filing (withFiling) core accepts.
     [[nodiscard]] bool canSave() const;
 
     [[nodiscard]] QLineEdit* nameField() const { return m_name; }
@@ -59,7 +63,17 @@ class MerchantEditorSheet : public QDialog {
     void showKeys();
     void forget(std::size_t index);
     void fieldsChanged();
-    [[nodiscard]] Merchant editedMerchant() const;
+    // What the "Always file as" fields say.
+    [[nodiscard]] MerchantFiling chosenFiling() const;
+    // What core's checks make of the fields: the name and the merchant it
+    // would save, or the words of each refusal.
+    struct Checked {
+        std::optional<std::string> name;
+        std::optional<Merchant> merchant;
+        QString nameRefusal;
+        QString filingRefusal;
+    };
+    [[nodiscard]] Checked checked() const;
     void save();
     void merge();
 
@@ -68,7 +82,9 @@ class MerchantEditorSheet : public QDialog {
     std::vector<std::string> m_keys;
 
     QLineEdit* m_name = nullptr;
+    RefusalLine* m_nameRefusal = nullptr;
     QComboBox* m_filing = nullptr;
+    RefusalLine* m_filingRefusal = nullptr;
     QComboBox* m_category = nullptr;
     QVBoxLayout* m_keyRows = nullptr;
     std::vector<QPushButton*> m_forget;

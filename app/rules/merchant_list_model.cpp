@@ -64,14 +64,10 @@ QVariant MerchantListModel::data(const QModelIndex& index, int role) const {
             return row.filing;
         case RecognizedRole:
             return row.recognized;
-        case SymbolRole:
-        case InitialsRole: {
+        case BadgeRole:
             // Worked out for the rows a view paints, not for every merchant.
-            const auto badge = MerchantIconCatalog::shared().descriptor(toStdString(row.name),
-                                                                        row.categoryName, row.kind);
-            return role == SymbolRole ? toQString(badge.symbol.value_or(""))
-                                      : toQString(badge.initials);
-        }
+            return QVariant::fromValue(MerchantIconCatalog::shared().descriptor(
+                toStdString(row.name), row.categoryName, row.kind));
         case Qt::AccessibleTextRole: {
             QString text = row.name + QStringLiteral(", ") + countText(row.count);
             for (const QString& part : {row.filing, row.recognized}) {

@@ -21,6 +21,7 @@
 #include "app/rules/keyed_list_model.h"
 #include "app/rules/row_roles.h"
 #include "core/model/ledger.h"
+#include "core/presentation/merchant_icons.h"
 
 namespace copperwick::app {
 
@@ -36,9 +37,8 @@ class MerchantListModel : public KeyedListModel {
         FilingRole,
         // "recognizes 2 bank texts"; empty when it recognizes none
         RecognizedRole,
-        // The badge: a symbol's name (empty for none) and the initials.
-        SymbolRole,
-        InitialsRole,
+        // The badge's MerchantIconDescriptor.
+        BadgeRole,
     };
 
     explicit MerchantListModel(QObject* parent = nullptr);
@@ -89,3 +89,5 @@ class MerchantSearchProxy : public QSortFilterProxyModel {
 };
 
 }  // namespace copperwick::app
+
+Q_DECLARE_METATYPE(copperwick::MerchantIconDescriptor)

@@ -7,8 +7,7 @@
 
 #include "app/rules/merchant_list_model.h"
 #include "app/rules/row_roles.h"
-#include "app/widgets/qt_text.h"
-#include "app/widgets/symbol_icons.h"
+#include "app/widgets/merchant_badge.h"
 
 namespace copperwick::app {
 
@@ -228,29 +227,12 @@ void MerchantRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& o
                                 const QModelIndex& index) const {
     paintPanel(painter, option);
 
-    // The badge: the symbol of the merchant's kind of business, or its
-    // initials, on a disc of the sidebar's colour.
     const QRect badge(
         QPoint(option.rect.left() + kPadding, option.rect.center().y() - kBadgeSize / 2),
         QSize(kBadgeSize, kBadgeSize));
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(option.palette.color(QPalette::AlternateBase));
-    painter->drawEllipse(badge);
-    const QIcon icon =
-        symbolIcon(toStdString(index.data(MerchantListModel::SymbolRole).toString()));
-    if (!icon.isNull()) {
-        icon.paint(painter, badge.adjusted(8, 8, -8, -8));
-    } else {
-        QFont initials = nameFont(option.font);
-        initials.setPointSizeF(option.font.pointSizeF() * 0.9);
-        painter->setFont(initials);
-        painter->setPen(option.palette.color(QPalette::Link));
-        painter->drawText(badge, Qt::AlignCenter,
-                          index.data(MerchantListModel::InitialsRole).toString());
-    }
-    painter->restore();
+    MerchantBadge::paint(*painter, badge,
+                         index.data(MerchantListModel::BadgeRole).value<MerchantIconDescriptor>(),
+                         option.palette, option.font);
 
     const QRect button = editButtonRect(option.rect, option.font);
     paintEditButton(painter, option, button);

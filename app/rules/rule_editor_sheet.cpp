@@ -11,12 +11,13 @@
 #include <QVBoxLayout>
 
 #include "app/rules/refusal_line.h"
-#include "app/rules/surface_card.h"
+#include "app/widgets/card_frame.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/text_styles.h"
 #include "core/matching/matcher.h"
-#include "core/matching/rule_pattern.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
+#include "core/operations/entry_error.h"
 #include "core/operations/rules.h"
 
 namespace copperwick::app {
@@ -71,16 +72,6 @@ std::optional<CategoryGroup> categoryGroup(TransactionKind outcome) {
     return std::nullopt;
 }
 
-QLabel* heading(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * 1.3);
-    font.setWeight(QFont::DemiBold);
-    label->setFont(font);
-    label->setAccessibleName(text);
-    return label;
-}
-
 QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setBuddy(buddy);
@@ -111,12 +102,8 @@ RuleEditorSheet::RuleEditorSheet(RuntimeBridge& bridge, std::optional<Rule> draf
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 18);
     layout->setSpacing(12);
-    layout->addWidget(heading(title, this));
-    auto* intro = new QLabel(toQString(kIntro), this);
-    intro->setWordWrap(true);
-    intro->setForegroundRole(QPalette::PlaceholderText);
-    intro->setAccessibleName(intro->text());
-    layout->addWidget(intro);
+    layout->addWidget(headingLabel(title, this, 1.3));
+    layout->addWidget(secondaryLabel(toQString(kIntro), this));
     layout->addWidget(makeFields());
     layout->addWidget(makePreview());
     layout->addStretch(1);
@@ -135,6 +122,17 @@ RuleEditorSheet::RuleEditorSheet(RuntimeBridge& bridge, std::optional<Rule> draf
     connect(m_outcome, &QComboBox::currentIndexChanged, this, [this] {
         fillCategories();
         fieldsChanged();
+    });
+    // A change saved meanwhile (an import, a decision in Review) may change
+    // what the rule would do.
+    connect(&m_bridge, &RuntimeBridge::changeSaved, this, [this] {
+        if (isVisible())
+            fieldsChanged();
+    });
+    // A closed sheet works nothing out, and what was on its way is dropped.
+    connect(this, &QDialog::finished, this, [this] {
+        m_previewTimer.stop();
+        ++m_previewRequest;
     });
     fieldsChanged();
     m_pattern->setFocus();
@@ -231,9 +229,10 @@ QWidget* RuleEditorSheet::makeFields() {
 }
 
 QWidget* RuleEditorSheet::makePreview() {
-    auto* preview = new SurfaceCard(this, 12);
+    auto* preview = new CardFrame(this);
     m_previewPanel = preview;
-    QVBoxLayout* layout = preview->cardLayout();
+    auto* layout = new QVBoxLayout(preview);
+    layout->setContentsMargins(12, 10, 12, 10);
     layout->setSpacing(6);
     m_previewBusy = new QProgressBar(preview);
     m_previewBusy->setRange(0, 0);
@@ -348,34 +347,38 @@ Rule RuleEditorSheet::editedRule() const {
     return rule;
 }
 
-std::optional<QString> RuleEditorSheet::patternRefusalText() const {
-    const std::string pattern = toStdString(trimmedText(m_pattern));
-    if (chosen<TextMatch>(m_match) != TextMatch::regex || pattern.empty())
-        return std::nullopt;
-    switch (RulePattern::check(pattern)) {
-        case RulePattern::Verdict::usable:
-            return std::nullopt;
-        case RulePattern::Verdict::invalid:
-            return toQString(RulePattern::kInvalidText);
-        case RulePattern::Verdict::tooSlow:
-            // A saved rule that is too slow may still be renamed or switched
-            // without mending its pattern; its row says it files nothing.
-            if (m_editing && pattern == m_draft.pattern && m_draft.match == TextMatch::regex)
-                return std::nullopt;
-            return toQString(RulePattern::kTooSlowText);
+const Rule* RuleEditorSheet::savedRule() const {
+    if (!m_editing)
+        return nullptr;
+    const auto& rules = m_bridge.runtime().ledger().rules;
+    const auto found = std::find_if(rules.begin(), rules.end(),
+                                    [&](const Rule& saved) { return saved.id == m_draft.id; });
+    return found == rules.end() ? nullptr : &*found;
+}
+
+RuleEditorSheet::Checked RuleEditorSheet::checked() const {
+    try {
+        return {.rule = ruleEntered(m_bridge.runtime().ledger(), editedRule(), savedRule())};
+    } catch (const EntryError& refusal) {
+        return {.refusal = refusal.kind(), .words = toQString(refusal.what())};
     }
-    return std::nullopt;
+}
+
+std::optional<QString> RuleEditorSheet::patternRefusalText() const {
+    // A blank pattern only keeps Add Rule off; a pattern that can't be used
+    // is told as it is typed.
+    const Checked result = checked();
+    if (result.refusal != EntryError::Case::invalidPattern)
+        return std::nullopt;
+    return result.words;
 }
 
 bool RuleEditorSheet::canSave() const {
-    if (trimmedText(m_pattern).isEmpty() || patternRefusalText())
-        return false;
     for (const QLineEdit* amount : {m_minimum, m_maximum}) {
         if (!ruleAmountEntered(toStdString(amount->text())))
             return false;
     }
-    const auto group = categoryGroup(chosen<TransactionKind>(m_outcome));
-    return !group || chosenID(m_category).has_value();
+    return checked().rule.has_value();
 }
 
 bool RuleEditorSheet::isPreviewPending() const {
@@ -444,13 +447,13 @@ void RuleEditorSheet::showPreview(uint64_t request, const RulePreview& preview) 
 }
 
 void RuleEditorSheet::save() {
-    if (!canSave())
+    const auto entered = checked().rule;
+    if (!entered || !canSave())
         return;
-    const Rule rule = editedRule();
+    const Rule rule = *entered;
     const bool editing = m_editing;
     // An edit that changes nothing needs no save, nor a rematch of every line.
-    const auto& rules = m_bridge.runtime().ledger().rules;
-    if (editing && std::find(rules.begin(), rules.end(), rule) != rules.end()) {
+    if (const Rule* saved = savedRule(); saved && *saved == rule) {
         accept();
         return;
     }

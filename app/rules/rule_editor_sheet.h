@@ -4,8 +4,9 @@
 // deletes a saved one. It checks the fields as they are typed, with the
 // refusal's words under the field, and shows what the rule would do to the
 // ledger before it is saved: the preview is worked out on a copy of the
-// ledger on another thread, a moment after the typing stops, and a preview
-// of fields that have changed since is dropped.
+// ledger on another thread, a moment after the typing stops or a change is
+// saved, and a preview of fields or a ledger that have changed since is
+// dropped.
 //
 // Saving and deleting go through the runtime, which matches every
 // transaction again that nobody set by hand; the sheet then closes as
@@ -30,6 +31,7 @@
 #include "app/rules/refusal_line.h"
 #include "app/shell/runtime_bridge.h"
 #include "core/model/rule.h"
+#include "core/operations/entry_error.h"
 #include "core/review/rule_preview.h"
 #include "runtime/main_queue.h"
 
@@ -52,7 +54,8 @@ class RuleEditorSheet : public QDialog {
     [[nodiscard]] bool isEditing() const { return m_editing; }
     // The rule as the fields describe it now; a blank name takes the pattern.
     [[nodiscard]] Rule editedRule() const;
-    // Whether the fields make a rule that can be saved.
+    // Whether the fields make a rule that can be saved: core's check of a
+    // rule (ruleEntered) and limits that read as amounts.
     [[nodiscard]] bool canSave() const;
     // The preview now shown: absent until the first one comes back, and
     // while the fields can't make a rule.
@@ -88,6 +91,16 @@ class RuleEditorSheet : public QDialog {
     void fillCategories();
     // Refusals, the save button and the preview, after any field changed.
     void fieldsChanged();
+    // What core's check makes of the fields: the rule it would save, or the
+    // refusal and its words.
+    struct Checked {
+        std::optional<Rule> rule;
+        std::optional<EntryError::Case> refusal;
+        QString words;
+    };
+    [[nodiscard]] Checked checked() const;
+    // The saved rule the sheet edits, as the ledger has it now.
+    [[nodiscard]] const Rule* savedRule() const;
     [[nodiscard]] std::optional<QString> patternRefusalText() const;
     void startPreview();
     void showPreview(uint64_t request, const RulePreview& preview);

@@ -11,10 +11,11 @@
 #include <QVBoxLayout>
 
 #include "app/rules/row_delegates.h"
-#include "app/rules/surface_card.h"
 #include "app/shell/sections.h"
+#include "app/widgets/card_frame.h"
 #include "app/widgets/page_header.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/text_styles.h"
 #include "core/matching/builtin_knowledge.h"
 #include "core/matching/merchant_text.h"
 #include "core/operations/merchants.h"
@@ -36,27 +37,12 @@ constexpr std::string_view kBuiltInText =
 constexpr std::string_view kNoMerchantsText =
     "Merchants appear here as you import and review transactions.";
 
+// A card's title, a little larger than its rows' names.
+constexpr qreal kCardTitleScale = 1.15;
+
 // The most rows a list shows before it scrolls within the page.
 constexpr int kVisibleRules = 8;
 constexpr int kVisibleMerchants = 9;
-
-QLabel* cardTitle(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * 1.2);
-    font.setWeight(QFont::DemiBold);
-    label->setFont(font);
-    label->setAccessibleName(text);
-    return label;
-}
-
-QLabel* note(std::string_view text, QWidget* parent) {
-    auto* label = new QLabel(toQString(text), parent);
-    label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    label->setAccessibleName(label->text());
-    return label;
-}
 
 QPushButton* button(const QString& text, QWidget* parent) {
     auto* made = new QPushButton(text, parent);
@@ -80,19 +66,15 @@ QListView* listView(const QString& name, QWidget* parent) {
     return view;
 }
 
-// As tall as its rows, up to `most` of them; then it scrolls.
-void fitToRows(QListView* view, int most) {
-    const int rows = std::min(view->model()->rowCount(), most);
-    int height = 2 * view->frameWidth();
-    for (int row = 0; row < rows; ++row)
-        height += view->sizeHintForRow(row);
-    view->setFixedHeight(height);
-    view->setVisible(view->model()->rowCount() > 0);
-}
-
+// As tall as its rows, up to `most` of them, then it scrolls; hidden while
+// it has none, when the card's own words stand in its place.
 void fitWhenRowsChange(QListView* view, int most) {
     QAbstractItemModel* model = view->model();
-    const auto fit = [view, most] { fitToRows(view, most); };
+    const auto fit = [view, most] {
+        const int rows = view->model()->rowCount();
+        fitToRows(view, rows, most);
+        view->setVisible(rows > 0);
+    };
     QObject::connect(model, &QAbstractItemModel::rowsInserted, view, fit);
     QObject::connect(model, &QAbstractItemModel::rowsRemoved, view, fit);
     QObject::connect(model, &QAbstractItemModel::modelReset, view, fit);
@@ -147,11 +129,13 @@ RulesPage::RulesPage(RuntimeBridge& bridge, QWidget* parent)
 }
 
 QWidget* RulesPage::makeRulesCard() {
-    auto* card = new SurfaceCard(this);
-    QVBoxLayout* layout = card->cardLayout();
+    auto* card = new CardFrame(this);
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(kCardMargins);
+    layout->setSpacing(10);
     auto* header = new QHBoxLayout;
     header->setSpacing(8);
-    header->addWidget(cardTitle(QStringLiteral("Your rules"), card));
+    header->addWidget(headingLabel(QStringLiteral("Your rules"), card, kCardTitleScale));
     header->addStretch(1);
     m_moveUp = button(QStringLiteral("Move Up"), card);
     m_moveUp->setToolTip(QStringLiteral("Alt+Up"));
@@ -175,9 +159,9 @@ QWidget* RulesPage::makeRulesCard() {
     layout->addWidget(m_ruleList);
     fitWhenRowsChange(m_ruleList, kVisibleRules);
 
-    m_noRules = note(kNoRulesText, card);
+    m_noRules = noteLabel(toQString(kNoRulesText), card);
     layout->addWidget(m_noRules);
-    layout->addWidget(note(kRulesNote, card));
+    layout->addWidget(noteLabel(toQString(kRulesNote), card));
 
     connect(m_newRule, &QPushButton::clicked, this, [this] { openRuleEditor(); });
     connect(m_moveUp, &QPushButton::clicked, this, [this] { moveCurrentRule(-1); });
@@ -198,27 +182,31 @@ QWidget* RulesPage::makeRulesCard() {
 }
 
 QWidget* RulesPage::makeBuiltInCard() {
-    auto* card = new SurfaceCard(this);
-    QVBoxLayout* layout = card->cardLayout();
-    layout->addWidget(cardTitle(QStringLiteral("Built-in rules"), card));
-    layout->addWidget(note(kBuiltInText, card));
+    auto* card = new CardFrame(this);
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(kCardMargins);
+    layout->setSpacing(10);
+    layout->addWidget(headingLabel(QStringLiteral("Built-in rules"), card, kCardTitleScale));
+    layout->addWidget(noteLabel(toQString(kBuiltInText), card));
     m_builtInList = listView(QStringLiteral("Built-in rules"), card);
     m_builtInList->setModel(m_builtInModel);
     m_builtInList->setItemDelegate(new SwitchRowDelegate(false, m_builtInList));
     layout->addWidget(m_builtInList);
     fitWhenRowsChange(m_builtInList, m_builtInModel->rowCount());
-    layout->addWidget(note(BuiltInKnowledge::directoryText(), card));
+    layout->addWidget(noteLabel(toQString(BuiltInKnowledge::directoryText()), card));
     connect(m_builtInModel, &BuiltInRuleModel::switchRequested, this,
             &RulesPage::applyBuiltInSwitch);
     return card;
 }
 
 QWidget* RulesPage::makeMerchantsCard() {
-    auto* card = new SurfaceCard(this);
-    QVBoxLayout* layout = card->cardLayout();
+    auto* card = new CardFrame(this);
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(kCardMargins);
+    layout->setSpacing(10);
     auto* header = new QHBoxLayout;
     header->setSpacing(8);
-    header->addWidget(cardTitle(QStringLiteral("Merchants"), card));
+    header->addWidget(headingLabel(QStringLiteral("Merchants"), card, kCardTitleScale));
     header->addStretch(1);
     m_removeUnused = button(QStringLiteral("Remove Unused Merchants"), card);
     header->addWidget(m_removeUnused);
@@ -236,7 +224,7 @@ QWidget* RulesPage::makeMerchantsCard() {
     m_merchantList->setItemDelegate(delegate);
     layout->addWidget(m_merchantList);
     fitWhenRowsChange(m_merchantList, kVisibleMerchants);
-    m_noMerchants = note(kNoMerchantsText, card);
+    m_noMerchants = noteLabel(toQString(kNoMerchantsText), card);
     layout->addWidget(m_noMerchants);
 
     connect(m_merchantSearch, &QLineEdit::textChanged, this, [this](const QString& text) {

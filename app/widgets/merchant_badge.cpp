@@ -1,5 +1,6 @@
 #include "app/widgets/merchant_badge.h"
 
+#include <algorithm>
 #include <array>
 
 #include <QHash>
@@ -80,9 +81,13 @@ void MerchantBadge::setDescriptor(const MerchantIconDescriptor& descriptor) {
 }
 
 MerchantBadge::Face MerchantBadge::face() const {
-    if (m_descriptor.logo && !logo(*m_descriptor.logo).isNull())
+    return faceOf(m_descriptor);
+}
+
+MerchantBadge::Face MerchantBadge::faceOf(const MerchantIconDescriptor& descriptor) {
+    if (descriptor.logo && !logo(*descriptor.logo).isNull())
         return Face::logo;
-    if (m_descriptor.symbol && !symbolIcon(*m_descriptor.symbol).isNull())
+    if (descriptor.symbol && !symbolIcon(*descriptor.symbol).isNull())
         return Face::symbol;
     return Face::initials;
 }
@@ -98,55 +103,67 @@ QColor MerchantBadge::toneInk(Tone tone, const QPalette& palette) {
 
 void MerchantBadge::paintEvent(QPaintEvent*) {
     QPainter painter(this);
+    paint(painter, rect(), m_descriptor, palette(), font());
+}
+
+void MerchantBadge::paint(QPainter& painter, const QRect& area,
+                          const MerchantIconDescriptor& descriptor, const QPalette& palette,
+                          const QFont& font) {
+    painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const QRectF round = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QRectF round = QRectF(area).adjusted(0.5, 0.5, -0.5, -0.5);
     QPainterPath circle;
     circle.addEllipse(round);
-    const Tone tone = m_descriptor.tone;
+    const Tone tone = descriptor.tone;
+    const int size = std::min(area.width(), area.height());
 
-    switch (face()) {
+    switch (faceOf(descriptor)) {
         case Face::logo: {
-            painter.fillPath(circle, palette().color(QPalette::Base));
+            painter.fillPath(circle, palette.color(QPalette::Base));
             painter.setClipPath(circle);
-            const QPixmap& picture = logo(*m_descriptor.logo);
-            const QSize fitted = picture.size().scaled(size(), Qt::KeepAspectRatio);
-            const QRect target(
-                QPoint((width() - fitted.width()) / 2, (height() - fitted.height()) / 2), fitted);
+            const QPixmap& picture = logo(*descriptor.logo);
+            const QSize fitted = picture.size().scaled(area.size(), Qt::KeepAspectRatio);
+            const QRect target(QPoint(area.left() + (area.width() - fitted.width()) / 2,
+                                      area.top() + (area.height() - fitted.height()) / 2),
+                               fitted);
             painter.drawPixmap(target, picture);
             painter.setClipping(false);
-            painter.setPen(QPen(palette().color(QPalette::Midlight), 1));
+            painter.setPen(QPen(palette.color(QPalette::Midlight), 1));
             painter.drawEllipse(round);
-            return;
+            break;
         }
         case Face::symbol: {
-            painter.fillPath(circle, toneFill(tone, palette()));
+            painter.fillPath(circle, toneFill(tone, palette));
             // The symbol is drawn in the tone's ink, whatever colours the
             // icon theme gave it, so every badge reads as one family.
-            const int side = qRound(m_size * 0.52);
-            const qreal ratio = devicePixelRatioF();
-            QPixmap glyph = symbolIcon(*m_descriptor.symbol).pixmap(QSize(side, side), ratio);
+            const int side = qRound(size * 0.52);
+            const qreal ratio = painter.device() ? painter.device()->devicePixelRatioF() : 1.0;
+            QPixmap glyph = symbolIcon(*descriptor.symbol).pixmap(QSize(side, side), ratio);
             {
                 QPainter tint(&glyph);
                 tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
-                tint.fillRect(glyph.rect(), toneInk(tone, palette()));
+                tint.fillRect(glyph.rect(), toneInk(tone, palette));
             }
-            const QRect target((width() - side) / 2, (height() - side) / 2, side, side);
+            const QRect target(area.left() + (area.width() - side) / 2,
+                               area.top() + (area.height() - side) / 2, side, side);
             painter.drawPixmap(target, glyph);
-            return;
+            break;
         }
         case Face::initials: {
-            painter.fillPath(circle, toneFill(tone, palette()));
-            const QString initials = toQString(m_descriptor.initials);
-            QFont font = this->font();
-            font.setPixelSize(qMax(8, qRound(m_size * (initials.size() > 1 ? 0.36 : 0.42))));
-            font.setWeight(QFont::DemiBold);
-            painter.setFont(font);
-            painter.setPen(toneInk(tone, palette()));
-            painter.drawText(rect(), Qt::AlignCenter, initials);
-            return;
+            painter.fillPath(circle, toneFill(tone, palette));
+            // Sized by characters, not bytes: "É" is one letter.
+            const QString letters = toQString(descriptor.initials);
+            QFont initials = font;
+            initials.setPixelSize(qMax(8, qRound(size * (letters.size() > 1 ? 0.36 : 0.42))));
+            initials.setWeight(QFont::DemiBold);
+            painter.setFont(initials);
+            painter.setPen(toneInk(tone, palette));
+            painter.drawText(area, Qt::AlignCenter, letters);
+            break;
         }
     }
+    painter.restore();
 }
 
 }  // namespace copperwick::app

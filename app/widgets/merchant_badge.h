@@ -12,6 +12,8 @@
 // its own. Main thread only.
 
 #include <QColor>
+#include <QFont>
+#include <QPainter>
 #include <QPalette>
 #include <QWidget>
 
@@ -36,6 +38,14 @@ class MerchantBadge : public QWidget {
     [[nodiscard]] const MerchantIconDescriptor& descriptor() const { return m_descriptor; }
     [[nodiscard]] Face face() const;
     [[nodiscard]] QSize sizeHint() const override { return {m_size, m_size}; }
+
+    // What a badge with `descriptor` shows.
+    [[nodiscard]] static Face faceOf(const MerchantIconDescriptor& descriptor);
+    // Draws the badge of `descriptor` into `area`, as the widget does; for a
+    // list's delegate, which paints rows rather than holding widgets.
+    static void paint(QPainter& painter, const QRect& area,
+                      const MerchantIconDescriptor& descriptor, const QPalette& palette,
+                      const QFont& font);
 
     // The round's fill and the colour of the symbol or initials on it.
     [[nodiscard]] static QColor toneFill(MerchantIconDescriptor::Tone tone,

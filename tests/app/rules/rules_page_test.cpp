@@ -238,6 +238,15 @@ TEST_F(RulesPageTest, AMerchantRowSaysWhatItFilesAndRecognizes) {
     const QModelIndex row = page->merchantList()->model()->index(0, 0);
     EXPECT_EQ(row.data(Qt::AccessibleTextRole).toString(),
               "Corner Bakery, 1 transaction, always Dining, recognizes 1 bank text");
+
+    // Enter on the row opens its editor.
+    page->merchantList()->setFocus();
+    page->merchantList()->setCurrentIndex(row);
+    QTest::keyClick(page->merchantList(), Qt::Key_Return);
+    auto* sheet = this->sheet<MerchantEditorSheet>();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_EQ(sheet->merchantID(), bakery);
+    EXPECT_EQ(sheet->nameField()->text(), "Corner Bakery");
 }
 
 TEST_F(RulesPageTest, ForgettingTheLastKeyKeepsTheMerchantUntilUnusedOnesAreRemoved) {
@@ -325,10 +334,19 @@ TEST_F(RulesPageTest, AMerchantSheetRefusesABlankNameAndEscapeKeepsEverything) {
     auto* sheet = this->sheet<MerchantEditorSheet>();
     sheet->nameField()->setText(" \t");
     EXPECT_FALSE(sheet->saveButton()->isEnabled());
+    const auto refusals = sheet->findChildren<app::RefusalLine*>();
+    const auto said = [&](const QString& words) {
+        return std::any_of(refusals.begin(), refusals.end(), [&](app::RefusalLine* line) {
+            return line->isVisibleTo(sheet) && line->label()->text() == words;
+        });
+    };
+    EXPECT_TRUE(said("Give the merchant a name."));
     sheet->nameField()->setText("Bakery");
     sheet->filingField()->setCurrentIndex(sheet->filingField()->findText("Income"));
     // Income asks for one of income's categories.
     EXPECT_FALSE(sheet->saveButton()->isEnabled());
+    EXPECT_FALSE(said("Give the merchant a name."));
+    EXPECT_TRUE(said("Choose a category that matches spending or income."));
     QTest::mouseClick(sheet->forgetButtons()[0], Qt::LeftButton);
     QTest::keyClick(sheet, Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([&] { return page->openSheet() == nullptr; }));

@@ -182,10 +182,11 @@ TEST_F(RulesTest, DescribeRuleNamesDirectionAccountsAmountsAndOutcome) {
 // A limit typed as a bank prints it keeps its size; a blank one is no limit,
 // and what isn't an amount is refused in words that quote it.
 TEST(RuleAmountEntered, KeepsTheSizeOfWhatIsTyped) {
-    EXPECT_EQ(ruleAmountEntered(""), std::optional<std::optional<int64_t>>(std::nullopt));
-    EXPECT_EQ(ruleAmountEntered("  "), std::optional<std::optional<int64_t>>(std::nullopt));
-    EXPECT_EQ(ruleAmountEntered("$1,250.00"), std::optional<std::optional<int64_t>>(125000));
-    EXPECT_EQ(ruleAmountEntered("(12.50)"), std::optional<std::optional<int64_t>>(1250));
+    using Limit = std::optional<std::optional<int64_t>>;
+    EXPECT_EQ(ruleAmountEntered(""), Limit(std::optional<int64_t>()));
+    EXPECT_EQ(ruleAmountEntered("  "), Limit(std::optional<int64_t>()));
+    EXPECT_EQ(ruleAmountEntered("$1,250.00"), Limit(125000));
+    EXPECT_EQ(ruleAmountEntered("(12.50)"), Limit(1250));
     EXPECT_EQ(ruleAmountEntered("12.3.4"), std::nullopt);
     EXPECT_EQ(ruleAmountEntered("1.005"), std::nullopt);
     EXPECT_EQ(notAnAmountText("12.3.4"), "\u201C12.3.4\u201D isn't an amount.");

@@ -43,7 +43,7 @@ TEST_F(ReviewDecisionTest, StartsFromTheSuggestionThenTheMerchantThenTheDirectio
         const ReviewDecision decision = ReviewDecisions::initial(fresh.ledger(), group);
         EXPECT_EQ(decision.kind, TransactionKind::income);
         EXPECT_FALSE(decision.categoryID);
-        EXPECT_EQ(decision.merchantName, "Mobile Deposit");
+        EXPECT_EQ(decision.merchantName, group.displayName) << "starts from the group's own name";
         EXPECT_TRUE(decision.remember);
     }
     {
