@@ -19,6 +19,7 @@
 #include "core/model/text.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/rules.h"
+#include "core/review/review_decision.h"
 
 namespace copperwick::app {
 
@@ -56,20 +57,6 @@ std::optional<Uuid> chosenID(const QComboBox* box) {
     if (!data.isValid() || data.toString().isEmpty())
         return std::nullopt;
     return Uuid::parse(toStdString(data.toString()));
-}
-
-// The group of categories an outcome files under; none for a transfer.
-std::optional<CategoryGroup> categoryGroup(TransactionKind outcome) {
-    switch (outcome) {
-        case TransactionKind::expense:
-            return CategoryGroup::expense;
-        case TransactionKind::income:
-            return CategoryGroup::income;
-        case TransactionKind::transfer:
-        case TransactionKind::unknown:
-            break;
-    }
-    return std::nullopt;
 }
 
 QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
@@ -315,7 +302,7 @@ void RuleEditorSheet::load() {
 
 void RuleEditorSheet::fillCategories() {
     const auto kept = chosenID(m_category);
-    const auto group = categoryGroup(chosen<TransactionKind>(m_outcome));
+    const auto group = ReviewDecisions::categoryGroup(chosen<TransactionKind>(m_outcome));
     const QSignalBlocker blocker(m_category);
     m_category->clear();
     if (group) {
