@@ -1,7 +1,6 @@
 #include "runtime/import_model.h"
 
 #include <algorithm>
-#include <future>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -571,7 +570,24 @@ void ImportModel::clear() {
     notify();
 }
 
+// One Import, from the moment it is asked for until it is saved: the files
+// it takes, and what working them out on the ledger came to.
+struct ImportModel::CommitJob {
+    std::vector<ImportFile> ready;
+    Instant now;
+    std::filesystem::path archiveFolder;
+    std::vector<std::pair<Uuid, ImportBatch>> committed;
+    std::vector<std::pair<Uuid, ImportPlan>> passedOver;
+};
+
 void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& archiveFolder) {
+    startCommit(runtime, archiveFolder);
+    runtime.finishBackgroundChange();
+}
+
+void ImportModel::startCommit(LedgerRuntime& runtime, const std::filesystem::path& archiveFolder) {
+    if (m_isCommitting)
+        return;
     std::vector<ImportFile> ready;
     for (const auto* file : readyFiles())
         ready.push_back(*file);
@@ -596,112 +612,80 @@ void ImportModel::commit(LedgerRuntime& runtime, const std::filesystem::path& ar
     m_isCommitting = true;
     notify();
 
-    // The import is worked out in memory while the safety copy is made:
-    // neither needs the other, and nothing is saved before both are done.
-    const Instant now = runtime.now();
-    const int64_t revisionBefore = runtime.revision();
-    std::future<Worked> working;
-    try {
-        working =
-            std::async(std::launch::async, [ledger = runtime.ledger(), &ready, now]() mutable {
-                return workOut(std::move(ledger), ready, now);
-            });
-    } catch (const std::system_error&) {
-        working =
-            std::async(std::launch::deferred, [ledger = runtime.ledger(), &ready, now]() mutable {
-                return workOut(std::move(ledger), ready, now);
-            });
-    }
-    const bool backedUp = runtime.backUpBeforeImport();
-    Worked worked = working.get();
-    if (!backedUp) {
-        if (!runtime.errorMessage())
-            runtime.setErrorMessage(std::string(LedgerRuntime::kNoStoreMessage));
-        m_isCommitting = false;
+    auto job = std::make_shared<CommitJob>();
+    job->ready = std::move(ready);
+    job->now = runtime.now();
+    job->archiveFolder = archiveFolder;
+    // Worked out where the runtime saves it, away from the main thread,
+    // while the safety copy is made. Unless something was saved meanwhile,
+    // the ledger is the one the cards were planned on, and their plans are
+    // used as they stand.
+    auto change = [job](Ledger& ledger) -> std::optional<LedgerDelta> {
+        adoptAccountsMadeMeanwhile(job->ready, ledger);
+        Worked worked = workOut(std::move(ledger), job->ready, job->now);
+        ledger = std::move(worked.ledger);
+        job->committed = std::move(worked.committed);
+        job->passedOver = std::move(worked.passedOver);
+        if (job->committed.empty())
+            return std::nullopt;
+        return std::move(worked.delta);
+    };
+    auto done = [this, alive = std::weak_ptr<const bool>(m_alive), job,
+                 &runtime](ApplyResult result) {
+        if (!alive.expired())
+            finishCommit(*job, result, runtime);
+    };
+    runtime.applyInBackground(std::move(change), std::move(done), /*backUpBeforeImport=*/true);
+}
+
+void ImportModel::finishCommit(CommitJob& job, const ApplyResult& result, LedgerRuntime& runtime) {
+    m_isCommitting = false;
+    if (!result.saved && result.message) {
+        // The runtime shows why; the cards stay as they were.
         notify();
         return;
     }
-
-    // The ledger it was worked out from is still the live one unless
-    // something was saved meanwhile; then it is worked out again. That
-    // happens inside the save as well: when another program saved first,
-    // the runtime reads the file again and runs the change once more.
-    int64_t workedAt = revisionBefore;
-    const auto rework = [&](const Ledger& ledger) {
-        adoptAccountsMadeMeanwhile(ready, ledger);
-        worked = workOut(ledger, ready, now);
-        workedAt = runtime.revision();
-    };
-    const auto passOver = [&] {
-        // Plans made on an older ledger said otherwise; nothing is saved.
+    if (!result.saved) {
+        // Plans made on an older ledger said otherwise; nothing was saved.
         std::vector<std::string> reasons;
-        for (const auto& passed : worked.passedOver) {
+        for (const auto& passed : job.passedOver) {
             // Named apart: some compilers can't capture a structured binding.
             const Uuid& fileID = passed.first;
-            const auto found = std::find_if(ready.begin(), ready.end(),
-                                            [&](const ImportFile& f) { return f.id == fileID; });
+            const auto found =
+                std::find_if(job.ready.begin(), job.ready.end(),
+                             [&](const ImportFile& file) { return file.id == fileID; });
             reasons.push_back(nothingNew(*found, passed.second));
         }
         m_lastBatches.clear();
         m_lastResult = nothingToImport(reasons);
-        m_isCommitting = false;
         notify();
-    };
-    if (runtime.revision() != workedAt)
-        rework(runtime.ledger());
-    if (worked.committed.empty()) {
-        passOver();
-        return;
-    }
-
-    std::vector<std::pair<Uuid, ImportBatch>> committed;
-    const int64_t revisionBeforeSave = runtime.revision();
-    runtime.apply([&](Ledger& ledger) {
-        committed.clear();  // what an attempt refused by another program's save left
-        if (runtime.revision() != workedAt)
-            rework(ledger);
-        if (worked.committed.empty())
-            return LedgerDelta{};
-        ledger = std::move(worked.ledger);
-        committed = std::move(worked.committed);
-        return std::move(worked.delta);
-    });
-    if (runtime.revision() == revisionBeforeSave) {
-        // The save failed and the runtime says why; the cards stay as they were.
-        m_isCommitting = false;
-        notify();
-        return;
-    }
-    if (committed.empty()) {
-        passOver();
         return;
     }
 
     int64_t imported = 0;
     int64_t duplicates = 0;
     m_lastBatches.clear();
-    for (const auto& [fileID, batch] : committed) {
+    for (const auto& [fileID, batch] : job.committed) {
         imported +=
             batch.counts.imported + batch.counts.replacedPending + batch.counts.forcedDuplicates;
         duplicates += batch.counts.duplicates;
         m_lastBatches.push_back(batch);
     }
-    for (const auto& [fileID, plan] : worked.passedOver)
+    for (const auto& [fileID, plan] : job.passedOver)
         duplicates += plan.duplicateCount();
-    const auto fileCount = committed.size();
-    std::string result = "Imported " + std::to_string(imported) + " transactions from " +
-                         std::to_string(fileCount) + " file" + (fileCount == 1 ? "" : "s");
-    result += duplicates > 0 ? "; " + std::to_string(duplicates) + " were already saved." : ".";
-    m_lastResult = result;
+    const auto fileCount = job.committed.size();
+    std::string text = "Imported " + std::to_string(imported) + " transactions from " +
+                       std::to_string(fileCount) + " file" + (fileCount == 1 ? "" : "s");
+    text += duplicates > 0 ? "; " + std::to_string(duplicates) + " were already saved." : ".";
+    m_lastResult = text;
 
-    if (!archiveFolder.empty())
-        archive(committed, archiveFolder, runtime);
+    if (!job.archiveFolder.empty())
+        archive(job.committed, job.archiveFolder, runtime);
 
     std::erase_if(m_files, [&](const ImportFile& file) {
-        return std::any_of(ready.begin(), ready.end(),
+        return std::any_of(job.ready.begin(), job.ready.end(),
                            [&](const ImportFile& done) { return done.id == file.id; });
     });
-    m_isCommitting = false;
     notify();
 }
 

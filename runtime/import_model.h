@@ -155,7 +155,11 @@ class ImportModel {
     // Imports every ready file in one save; an empty folder archives nothing.
     // A file with no row to save is passed over, making no account and no
     // import record; when no file has one, nothing is backed up or saved and
-    // lastResult says "Nothing to import: " and why.
+    // lastResult says "Nothing to import: " and why. The work and the save
+    // run in the background (isCommitting meanwhile); the model tells its
+    // observers when they are done.
+    void startCommit(LedgerRuntime& runtime, const std::filesystem::path& archiveFolder);
+    // The same, waiting until it is done.
     void commit(LedgerRuntime& runtime, const std::filesystem::path& archiveFolder);
 
     // Called after every change to the model's state.
@@ -176,7 +180,10 @@ class ImportModel {
         std::string error;
     };
 
+    struct CommitJob;
+
     ImportFile* find(const Uuid& id);
+    void finishCommit(CommitJob& job, const ApplyResult& result, LedgerRuntime& runtime);
     // Takes in the outcomes that are back, up to the first still running.
     void receiveInOrder(LedgerRuntime& runtime);
     void applySuggestion(ImportFile& file, LedgerRuntime& runtime);
@@ -196,6 +203,8 @@ class ImportModel {
     std::vector<ImportBatch> m_lastBatches;
     std::map<ObserverID, std::function<void()>> m_observers;
     ObserverID m_nextObserver = 1;
+    // Tells an import finishing in the background whether the model is still there.
+    std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
     // Made on first use, on the runtime's queue. Last, so that analyses
     // still running end before the rest of the model goes.
     std::unique_ptr<BackgroundWork> m_work;

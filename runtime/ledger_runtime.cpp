@@ -1,5 +1,8 @@
 #include "runtime/ledger_runtime.h"
 
+#include <future>
+#include <system_error>
+
 #include "core/matching/merchant_key_index.h"
 #include "core/matching/merchant_keys.h"
 #include "core/matching/transfer_pairing.h"
@@ -15,6 +18,36 @@
 namespace copperwick {
 
 namespace {
+
+constexpr std::string_view kImportBackupRefusal =
+    "Copperwick couldn't make its safety backup, so nothing was imported: ";
+
+// What an attempt at a background change came to, worked out off the main thread.
+struct BackgroundOutcome {
+    enum class Kind { saved, nothing, failed, changedElsewhere };
+    Kind kind = Kind::nothing;
+    std::optional<Ledger> ledger;
+    LedgerDelta delta;
+    int64_t magnitude = 0;
+    std::string message;
+
+    static BackgroundOutcome failure(Kind kind, std::string message) {
+        BackgroundOutcome outcome;
+        outcome.kind = kind;
+        outcome.message = std::move(message);
+        return outcome;
+    }
+};
+
+// On a thread of its own when the machine will give one; else here and now.
+template <typename Work>
+auto startWork(Work work) {
+    try {
+        return std::async(std::launch::async, std::move(work));
+    } catch (const std::system_error&) {
+        return std::async(std::launch::deferred, std::move(work));
+    }
+}
 
 std::filesystem::path chooseDataFolder(const RuntimeOptions& options) {
     if (options.demo)
@@ -43,7 +76,21 @@ LedgerRuntime::LedgerRuntime(RuntimeOptions options)
         openDemo();
 }
 
+struct LedgerRuntime::BackgroundChange {
+    PossibleChange change;
+    std::function<void(ApplyResult)> done;
+    bool backUpBeforeImport = false;
+    int attempt = 0;
+    // Which launch the main queue's word is about: a word for an attempt
+    // already taken in must not make the main thread wait for the next one.
+    uint64_t launch = 0;
+    std::future<BackgroundOutcome> outcome;
+};
+
 LedgerRuntime::~LedgerRuntime() {
+    // What it saves stays saved; it just isn't made live any more.
+    if (m_background && m_background->outcome.valid())
+        m_background->outcome.wait();
     if (!m_isDemo)
         return;
     if (m_store)
@@ -167,7 +214,8 @@ bool LedgerRuntime::reload() {
 }
 
 bool LedgerRuntime::refreshFromDisk() {
-    if (!m_store || !m_store->changedOnDisk())
+    // A change saving in the background will see another program's save itself.
+    if (m_background || !m_store || !m_store->changedOnDisk())
         return false;
     return reload();
 }
@@ -213,7 +261,9 @@ LedgerRuntime::Outcome LedgerRuntime::fail(std::string message) {
     return Outcome::failed;
 }
 
-LedgerRuntime::Outcome LedgerRuntime::save(const MaybeChange& change) {
+LedgerRuntime::Outcome LedgerRuntime::save(const PossibleChange& change) {
+    // One change at a time: one running in the background goes first.
+    finishBackgroundChange();
     m_lastFailure.reset();
     for (int attempt = 1;; ++attempt) {
         Ledger copy = m_ledger;
@@ -270,6 +320,137 @@ ApplyResult LedgerRuntime::apply(const Change& change) {
     return result;
 }
 
+void LedgerRuntime::applyInBackground(PossibleChange change, std::function<void(ApplyResult)> done,
+                                      bool backUpBeforeImport) {
+    finishBackgroundChange();
+    m_lastFailure.reset();
+    if (!m_store) {
+        fail(std::string(kNoStoreMessage));
+        done(ApplyResult{.message = m_lastFailure});
+        return;
+    }
+    m_background = std::make_unique<BackgroundChange>();
+    m_background->change = std::move(change);
+    m_background->done = std::move(done);
+    m_background->backUpBeforeImport = backUpBeforeImport;
+    launchBackgroundChange();
+}
+
+void LedgerRuntime::launchBackgroundChange() {
+    BackgroundChange& pending = *m_background;
+    ++pending.attempt;
+    pending.launch = ++m_backgroundAttempts;
+    // Everything the thread reads is its own copy, or the store and the
+    // backups, which nothing else uses until this change is taken in.
+    auto work = [base = m_ledger, magnitudeBefore = m_magnitude, store = m_store.get(),
+                 backups = &m_backups, now = m_clock(), change = pending.change,
+                 backUp = pending.backUpBeforeImport && pending.attempt == 1]() {
+        using Kind = BackgroundOutcome::Kind;
+        std::future<void> safetyCopy;
+        if (backUp) {
+            safetyCopy = startWork(
+                [store, backups, now] { (void)backups->makeBackup(*store, "before-import", now); });
+        }
+        Ledger copy = base;
+        std::optional<LedgerDelta> delta;
+        std::optional<std::string> refusal;
+        try {
+            delta = change(copy);
+        } catch (const std::exception& error) {
+            refusal = error.what();
+        }
+        if (safetyCopy.valid()) {
+            try {
+                safetyCopy.get();
+            } catch (const std::exception& error) {
+                return BackgroundOutcome::failure(Kind::failed,
+                                                  std::string(kImportBackupRefusal) + error.what());
+            }
+        }
+        if (refusal)
+            return BackgroundOutcome::failure(Kind::failed, std::move(*refusal));
+        if (!delta)
+            return BackgroundOutcome{};
+        const int64_t magnitude =
+            amount_limits::magnitudeAfter(magnitudeBefore, base, copy, *delta);
+        if (magnitude > amount_limits::kLargestLedgerMagnitude && magnitude > magnitudeBefore)
+            return BackgroundOutcome::failure(Kind::failed,
+                                              std::string(amount_limits::kTooLargeMessage));
+        try {
+            store->save(*delta, copy);
+        } catch (const StoreError& error) {
+            return BackgroundOutcome::failure(error.kind() == StoreError::Case::changedElsewhere
+                                                  ? Kind::changedElsewhere
+                                                  : Kind::failed,
+                                              error.what());
+        } catch (const std::exception& error) {
+            return BackgroundOutcome::failure(Kind::failed, error.what());
+        }
+        BackgroundOutcome saved;
+        saved.kind = Kind::saved;
+        saved.ledger = std::move(copy);
+        saved.delta = std::move(*delta);
+        saved.magnitude = magnitude;
+        return saved;
+    };
+    pending.outcome =
+        startWork([work = std::move(work), queue = m_mainQueue,
+                   alive = std::weak_ptr<const bool>(m_alive), this, launch = pending.launch]() {
+            BackgroundOutcome outcome = work();
+            queue->post([alive, this, launch] {
+                if (!alive.expired() && m_background && m_background->launch == launch)
+                    settleBackgroundChange();
+            });
+            return outcome;
+        });
+}
+
+void LedgerRuntime::finishBackgroundChange() {
+    // Another program's save may send the change round once more.
+    while (m_background)
+        settleBackgroundChange();
+}
+
+void LedgerRuntime::settleBackgroundChange() {
+    using Kind = BackgroundOutcome::Kind;
+    BackgroundOutcome outcome;
+    try {
+        outcome = m_background->outcome.get();
+    } catch (const std::exception& error) {
+        outcome = BackgroundOutcome::failure(Kind::failed, error.what());
+    }
+    std::unique_ptr<BackgroundChange> pending = std::move(m_background);
+    m_lastFailure.reset();
+    ApplyResult result;
+    switch (outcome.kind) {
+        case Kind::changedElsewhere:
+            // Another program saved first: what it saved stays, and the change
+            // is worked out again on top of it, as if it came second.
+            if (pending->attempt < kSaveAttempts && reload()) {
+                m_background = std::move(pending);
+                launchBackgroundChange();
+                return;
+            }
+            fail(std::move(outcome.message));
+            result.message = m_lastFailure;
+            break;
+        case Kind::failed:
+            fail(std::move(outcome.message));
+            result.message = m_lastFailure;
+            break;
+        case Kind::nothing:
+            break;
+        case Kind::saved:
+            m_ledger = std::move(*outcome.ledger);
+            m_magnitude = outcome.magnitude;
+            result.saved = true;
+            result.delta = std::move(outcome.delta);
+            bumpRevision(&result.delta);
+            break;
+    }
+    pending->done(std::move(result));
+}
+
 bool LedgerRuntime::undoLastChange() {
     std::optional<std::string> label;
     const Outcome outcome = save([&label](Ledger& ledger) {
@@ -310,20 +491,20 @@ std::filesystem::path LedgerRuntime::backUp(std::string_view reason) {
 }
 
 bool LedgerRuntime::backUpBeforeImport() {
+    finishBackgroundChange();
     if (!m_store)
         return false;
     try {
         backUp("before-import");
     } catch (const std::exception& error) {
-        setErrorMessage(
-            std::string("Copperwick couldn't make its safety backup, so nothing was imported: ") +
-            error.what());
+        setErrorMessage(std::string(kImportBackupRefusal) + error.what());
         return false;
     }
     return true;
 }
 
 void LedgerRuntime::backUpNow() {
+    finishBackgroundChange();
     if (!m_store)
         return;
     try {
@@ -335,6 +516,7 @@ void LedgerRuntime::backUpNow() {
 }
 
 void LedgerRuntime::restore(const BackupManager::Info& backup) {
+    finishBackgroundChange();
     if (m_store) {
         try {
             backUp("before-restore");

@@ -74,6 +74,8 @@ class LedgerRuntime {
   public:
     // A change to a copy of the ledger, returning what it changed.
     using Change = std::function<LedgerDelta(Ledger&)>;
+    // A change that may find nothing to do (absent).
+    using PossibleChange = std::function<std::optional<LedgerDelta>(Ledger&)>;
 
     // Builds everything and opens the data file. Never throws: a file that
     // can't be opened leaves the runtime without a store, showing why.
@@ -129,6 +131,21 @@ class LedgerRuntime {
     // change that adds more than the ledger can sum up is refused. Either
     // way, a failure leaves the message and the live ledger as the file is.
     ApplyResult apply(const Change& change);
+    // A change too long for the main thread, such as an import into years of
+    // history: worked out and saved on a thread of its own, made live back
+    // on the main thread through the main queue, and then `done` is told.
+    // Until then the live ledger stays as it was, ordinary changes wait for
+    // this one, and the file isn't read again. `change` touches nothing but
+    // the ledger it is given and what it owns itself: it runs again on the
+    // file's new contents when another program saved first. With
+    // `backUpBeforeImport` the safety copy is made alongside the change, and
+    // nothing is saved without it.
+    void applyInBackground(PossibleChange change, std::function<void(ApplyResult)> done,
+                           bool backUpBeforeImport = false);
+    [[nodiscard]] bool isChangingInBackground() const { return m_background != nullptr; }
+    // Waits for the change running in the background, if any, and makes it
+    // live (or shows why it couldn't be), telling its `done` first.
+    void finishBackgroundChange();
     // Takes back the last recorded change and says "Undone."; false when
     // there was nothing to undo or the save failed (the message shows why).
     bool undoLastChange();
@@ -181,8 +198,7 @@ class LedgerRuntime {
         nothing,
         failed,
     };
-    // A change that may find nothing to do (absent).
-    using MaybeChange = std::function<std::optional<LedgerDelta>(Ledger&)>;
+    struct BackgroundChange;
     // How often a change is worked out again when other programs keep
     // saving first.
     static constexpr int kSaveAttempts = 5;
@@ -196,13 +212,18 @@ class LedgerRuntime {
     // Fills a demo's fresh file with the fictional household and shows its reports.
     void openDemo();
     // The road of every change: run on a copy, check, save, install.
-    Outcome save(const MaybeChange& change);
+    Outcome save(const PossibleChange& change);
     // Shows why a change wasn't saved, and keeps it for apply's answer.
     Outcome fail(std::string message);
     // Bumps the revision and tells the saved-change observers; no delta
     // means everything was read afresh.
     void bumpRevision(const LedgerDelta* delta = nullptr);
     void warmMerchantKeys();
+    // Starts the background change's next attempt on a thread of its own.
+    void launchBackgroundChange();
+    // Takes in the finished attempt: makes it live, tries again after
+    // another program's save, or shows why it failed.
+    void settleBackgroundChange();
     std::filesystem::path backUp(std::string_view reason);
 
     Ledger m_ledger;
@@ -230,8 +251,12 @@ class LedgerRuntime {
     std::shared_ptr<MainQueue> m_mainQueue;
     std::map<ObserverID, std::function<void(const SavedChange&)>> m_savedChangeObservers;
     ObserverID m_nextObserver = 1;
-    // Last, so that it stops before anything it could outlive.
+    // Tells work posted to the main queue whether the runtime is still there.
+    std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
+    uint64_t m_backgroundAttempts = 0;
+    // Last, so that they stop before anything they could outlive.
     std::jthread m_keyWarmer;
+    std::unique_ptr<BackgroundChange> m_background;
 };
 
 }  // namespace copperwick

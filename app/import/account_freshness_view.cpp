@@ -24,7 +24,12 @@ const QString kNote = QStringLiteral(
 }  // namespace
 
 AccountFreshnessView::AccountFreshnessView(RuntimeBridge& bridge, QWidget* parent)
-    : QWidget(parent), m_bridge(bridge), m_list(new CardFrame(this)), m_rows(new QVBoxLayout) {
+    : QWidget(parent),
+      m_bridge(bridge),
+      m_list(new CardFrame(this)),
+      m_rows(new QVBoxLayout),
+      m_reading(bridge.runtime(), &AccountFreshness::build,
+                [this](const std::vector<AccountFreshness>& lines) { show(lines); }) {
     m_list->setContentsMargins(kCardMargins);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -41,9 +46,9 @@ AccountFreshnessView::AccountFreshnessView(RuntimeBridge& bridge, QWidget* paren
 
     connect(&m_bridge, &RuntimeBridge::changeSaved, this, [this](const SavedChange& change) {
         if (touches(change, {RecordKind::account, RecordKind::transaction, RecordKind::batch}))
-            fill();
+            m_reading.start();
     });
-    fill();
+    m_reading.start();
 }
 
 QToolButton* AccountFreshnessView::statusButton(const QString& name) const {
@@ -63,7 +68,7 @@ QStringList AccountFreshnessView::rowTexts() const {
     return texts;
 }
 
-void AccountFreshnessView::fill() {
+void AccountFreshnessView::show(const std::vector<AccountFreshness>& lines) {
     // A menu's answer saves, and the save brings us here while that menu's
     // button is still on the stack: old rows go once the event is over.
     for (auto& row : m_shown) {
@@ -73,8 +78,6 @@ void AccountFreshnessView::fill() {
     }
     m_shown.clear();
 
-    LedgerRuntime& runtime = m_bridge.runtime();
-    const auto lines = AccountFreshness::build(runtime.ledger(), runtime.today());
     m_list->setVisible(!lines.empty());
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const AccountFreshness& line = lines[i];

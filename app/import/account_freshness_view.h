@@ -10,7 +10,8 @@
 // Everything shown comes from core's AccountFreshness; the answers go
 // through the runtime like any change. The rows are made again after each
 // saved change to accounts, transactions or imports: a household has a
-// handful of accounts. Main thread only.
+// handful of accounts, but finding each one's latest line reads the whole
+// history, so a long one is read in the background. Main thread only.
 
 #include <vector>
 
@@ -20,6 +21,8 @@
 
 #include "app/shell/runtime_bridge.h"
 #include "core/model/uuid.h"
+#include "core/reports/account_freshness.h"
+#include "runtime/ledger_reading.h"
 
 namespace copperwick::app {
 
@@ -47,12 +50,13 @@ class AccountFreshnessView : public QWidget {
         QToolButton* status;
     };
 
-    void fill();
+    void show(const std::vector<AccountFreshness>& lines);
 
     RuntimeBridge& m_bridge;
     QWidget* m_list;
     QVBoxLayout* m_rows;
     std::vector<Row> m_shown;
+    LedgerReading<std::vector<AccountFreshness>> m_reading;
 };
 
 }  // namespace copperwick::app

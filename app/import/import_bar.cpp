@@ -64,12 +64,6 @@ void ImportBar::showModel(const ImportModel& model) {
     m_import->setEnabled(!model.isBusy() && !ready.empty());
 }
 
-void ImportBar::showWorking() {
-    m_progress->setVisible(true);
-    m_import->setEnabled(false);
-    repaint();
-}
-
 void ImportBar::applyAccent() {
     // The skin's accent, as the one main action of the screen; off, it looks
     // like any button that is off.

@@ -25,8 +25,6 @@ class ImportBar : public QFrame {
 
     // Shows the import model as it stands.
     void showModel(const ImportModel& model);
-    // Shows progress at once, before a long step on this thread begins.
-    void showWorking();
 
     [[nodiscard]] QLabel* readyLabel() const { return m_ready; }
     [[nodiscard]] QLabel* blockedLabel() const { return m_blocked; }

@@ -258,12 +258,10 @@ void ImportPage::importFiles() {
     ImportModel& importer = m_bridge.importer();
     if (importer.isBusy() || importer.readyFiles().empty())
         return;
-    // The import runs on this thread; the bar says so before it starts.
-    m_bar->showWorking();
     LedgerRuntime& runtime = m_bridge.runtime();
     const std::string archive =
         runtime.defaults().stringValue(preference_keys::archiveFolder).value_or("");
-    importer.commit(runtime, archive);
+    importer.startCommit(runtime, archive);
 }
 
 std::vector<SelfCheck> ImportPage::selfChecks() {
@@ -312,7 +310,8 @@ SelfCheckOutcome ImportPage::importSample() {
     if (!button->isEnabled())
         return {false, "The Import button is off with a ready file."};
     button->click();
-    QCoreApplication::processEvents();
+    // The import saves in the background; the window goes on meanwhile.
+    runtime.mainQueue()->runUntil([&importer] { return !importer.isCommitting(); });
 
     const auto& batches = importer.lastBatches();
     if (batches.empty())

@@ -71,7 +71,7 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     connect(m_sidebar, &Sidebar::sectionChosen, this,
             [this](AppSection section) { m_runtime.setSection(section); });
     connect(&m_bridge, &RuntimeBridge::sectionChanged, this, &MainWindow::showSection);
-    connect(&m_bridge, &RuntimeBridge::revisionChanged, this, &MainWindow::updateReviewCount);
+    connect(&m_bridge, &RuntimeBridge::revisionChanged, this, [this] { m_reviewCount.start(); });
     connect(&m_bridge, &RuntimeBridge::errorMessageChanged, m_messageBars,
             &MessageBarStack::setErrorMessage);
     connect(&m_bridge, &RuntimeBridge::statusMessageChanged, this,
@@ -95,7 +95,7 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     // What the runtime held before the window existed: its section, the
     // messages of its launch (an unreadable file says so at once), its count.
     showSection(m_runtime.section());
-    updateReviewCount();
+    m_reviewCount.start();
     m_messageBars->setErrorMessage(m_runtime.errorMessage());
     statusMessageChanged(m_runtime.statusMessage());
     // The keyboard starts in the sidebar: arrows choose a section, Tab
@@ -121,11 +121,6 @@ void MainWindow::setStatusLifetime(std::chrono::milliseconds lifetime) {
 void MainWindow::showSection(AppSection section) {
     m_sidebar->setCurrentSection(section);
     m_pages->setCurrentWidget(page(section));
-}
-
-void MainWindow::updateReviewCount() {
-    const Ledger& ledger = m_runtime.ledger();
-    m_sidebar->setReviewCount(ledger.reviewCount() + ledger.aiFiledUnchecked().size());
 }
 
 void MainWindow::statusMessageChanged(const std::optional<std::string>& message) {

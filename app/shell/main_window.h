@@ -23,6 +23,7 @@
 #include "app/shell/sidebar.h"
 #include "app/widgets/section_page.h"
 #include "runtime/import_model.h"
+#include "runtime/ledger_reading.h"
 #include "runtime/ledger_runtime.h"
 
 namespace copperwick::app {
@@ -54,12 +55,19 @@ class MainWindow : public QMainWindow {
 
   private:
     void showSection(AppSection section);
-    void updateReviewCount();
     void statusMessageChanged(const std::optional<std::string>& message);
     void clearTimedStatus();
     void chooseFilesIfStillAsked();
 
     LedgerRuntime& m_runtime;
+    // The count beside Review: lines waiting for a decision and lines the
+    // local model filed that nobody has checked.
+    LedgerReading<std::size_t> m_reviewCount{
+        m_runtime,
+        [](const Ledger& ledger, LocalDate) {
+            return ledger.reviewCount() + ledger.aiFiledUnchecked().size();
+        },
+        [this](std::size_t count) { m_sidebar->setReviewCount(count); }};
     ImportModel& m_importer;
     RuntimeBridge m_bridge;
     RuntimePump* m_pump;

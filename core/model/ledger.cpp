@@ -86,10 +86,8 @@ std::size_t Ledger::reviewCount() const {
 std::vector<const LedgerTransaction*> Ledger::aiFiledUnchecked() const {
     std::vector<const LedgerTransaction*> result;
     for (const auto& transaction : transactions) {
-        if (transaction.isActive() && transaction.method == MatchMethod::ai &&
-            transaction.review == ReviewState::automatic) {
+        if (transaction.isAIFiledUnchecked())
             result.push_back(&transaction);
-        }
     }
     return result;
 }

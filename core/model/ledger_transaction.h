@@ -72,6 +72,10 @@ struct LedgerTransaction {
     // Counts in figures: neither voided nor replaced by its posted version.
     [[nodiscard]] bool isActive() const { return !supersededBy && !voided; }
     [[nodiscard]] bool needsReview() const { return isActive() && isWaiting(review); }
+    // Filed by the local model and not yet seen by a person.
+    [[nodiscard]] bool isAIFiledUnchecked() const {
+        return isActive() && method == MatchMethod::ai && review == ReviewState::automatic;
+    }
     [[nodiscard]] bool isManualEntry() const { return entrySource.has_value(); }
     [[nodiscard]] bool isInflow() const { return amount > 0; }
 

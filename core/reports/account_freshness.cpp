@@ -1,42 +1,65 @@
 #include "core/reports/account_freshness.h"
 
 #include <algorithm>
-#include <unordered_map>
-#include <unordered_set>
+#include <optional>
+#include <vector>
 
 #include "core/model/date_text.h"
 
 namespace copperwick {
 
 std::vector<AccountFreshness> AccountFreshness::build(const Ledger& ledger, LocalDate today) {
-    std::unordered_map<Uuid, Instant> lastImport;
+    // A household has a handful of accounts and a history of many thousand
+    // lines: one pass over the lines, finding each line's account in a short
+    // list (the last one found first, as lines come in runs of one account),
+    // costs less than hashing every line's account id.
+    struct Seen {
+        Uuid accountID;
+        std::optional<Instant> lastImport;
+        std::optional<LocalDate> latest;
+        // Pending lines don't make an account current, but they do show it was imported.
+        bool hasTransaction = false;
+    };
+    std::vector<Seen> seen;
+    seen.reserve(ledger.accounts.size());
+    for (const auto& account : ledger.accounts)
+        seen.push_back(Seen{.accountID = account.id});
+    std::size_t last = 0;
+    const auto find = [&](const Uuid& accountID) -> Seen* {
+        if (last < seen.size() && seen[last].accountID == accountID)
+            return &seen[last];
+        for (std::size_t i = 0; i < seen.size(); ++i) {
+            if (seen[i].accountID == accountID) {
+                last = i;
+                return &seen[i];
+            }
+        }
+        return nullptr;
+    };
     for (const auto& batch : ledger.batches) {
-        auto [it, inserted] = lastImport.try_emplace(batch.accountID, batch.importedAt);
-        if (!inserted && it->second < batch.importedAt)
-            it->second = batch.importedAt;
+        if (Seen* account = find(batch.accountID);
+            account && (!account->lastImport || *account->lastImport < batch.importedAt))
+            account->lastImport = batch.importedAt;
     }
-    std::unordered_map<Uuid, LocalDate> latest;
-    // Pending lines don't make an account current, but they do show it was imported.
-    std::unordered_set<Uuid> withTransactions;
     for (const auto& transaction : ledger.transactions) {
         if (!transaction.isActive())
             continue;
-        withTransactions.insert(transaction.accountID);
-        if (transaction.status != TransactionStatus::posted)
+        Seen* account = find(transaction.accountID);
+        if (!account)
             continue;
-        auto [it, inserted] = latest.try_emplace(transaction.accountID, transaction.date);
-        if (!inserted && it->second < transaction.date)
-            it->second = transaction.date;
+        account->hasTransaction = true;
+        if (transaction.status == TransactionStatus::posted &&
+            (!account->latest || *account->latest < transaction.date))
+            account->latest = transaction.date;
     }
 
     std::vector<AccountFreshness> result;
-    for (const auto& account : ledger.accounts) {
+    for (std::size_t i = 0; i < ledger.accounts.size(); ++i) {
+        const Account& account = ledger.accounts[i];
         AccountFreshness line{.account = account};
-        if (auto it = lastImport.find(account.id); it != lastImport.end())
-            line.lastImportedAt = it->second;
-        const bool hasTransaction = withTransactions.contains(account.id);
-        if (auto it = latest.find(account.id); it != latest.end())
-            line.latestTransaction = it->second;
+        line.lastImportedAt = seen[i].lastImport;
+        const bool hasTransaction = seen[i].hasTransaction;
+        line.latestTransaction = seen[i].latest;
         if (account.upToDateThrough &&
             (!line.latestTransaction || *line.latestTransaction < *account.upToDateThrough))
             line.latestTransaction = account.upToDateThrough;

@@ -2,7 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <future>
 
 #include <sqlite3.h>
 
@@ -504,6 +506,144 @@ TEST(LedgerRuntime, FocusObserversHearANewFocusOnce) {
     runtime->removeObserver(id);
     runtime->setTransactionsFocus(std::nullopt);
     EXPECT_EQ(heard, 1);
+}
+
+// A change held on its thread until the test opens the gate.
+struct Gate {
+    std::promise<void> promise;
+    std::shared_future<void> opened = promise.get_future().share();
+    void open() { promise.set_value(); }
+};
+
+std::vector<std::string> namesOf(const Ledger& ledger) {
+    std::vector<std::string> names;
+    for (const auto& person : ledger.people)
+        names.push_back(person.name);
+    return names;
+}
+
+TEST(LedgerRuntime, BackgroundChangeBecomesLiveOnlyWhenTheMainThreadTakesItIn) {
+    Fixture f;
+    auto queue = std::make_shared<PlainQueue>();
+    auto options = f.options();
+    options.mainQueue = queue;
+    LedgerRuntime runtime(options);
+    std::vector<SavedChange> heard;
+    runtime.observeSavedChanges([&](const SavedChange& change) { heard.push_back(change); });
+
+    Gate gate;
+    std::optional<ApplyResult> result;
+    runtime.applyInBackground(
+        [opened = gate.opened](Ledger& l) -> std::optional<LedgerDelta> {
+            opened.wait();
+            return addPerson(l, "Dana");
+        },
+        [&](ApplyResult r) { result = std::move(r); });
+    // Meanwhile the screens go on showing the ledger as it was.
+    EXPECT_TRUE(runtime.isChangingInBackground());
+    EXPECT_TRUE(runtime.ledger().people.empty());
+    EXPECT_FALSE(runtime.refreshFromDisk());
+    EXPECT_FALSE(result);
+
+    gate.open();
+    queue->runUntil([&] { return result.has_value(); });
+    EXPECT_TRUE(result->saved);
+    EXPECT_FALSE(runtime.isChangingInBackground());
+    EXPECT_EQ(namesOf(runtime.ledger()), std::vector<std::string>{"Dana"});
+    ASSERT_EQ(heard.size(), 1u);
+    EXPECT_EQ(heard[0].delta, result->delta);
+    EXPECT_EQ(namesOf(f.launch()->ledger()), std::vector<std::string>{"Dana"});
+}
+
+TEST(LedgerRuntime, ChangeMadeWhileOneRunsInTheBackgroundComesSecond) {
+    // A decision made on the Review screen while an import saved in the
+    // background must neither be lost under the import's save nor lose it.
+    Fixture f;
+    auto queue = std::make_shared<PlainQueue>();
+    auto options = f.options();
+    options.mainQueue = queue;
+    LedgerRuntime runtime(options);
+    int told = 0;
+    runtime.applyInBackground(
+        [](Ledger& l) -> std::optional<LedgerDelta> { return addPerson(l, "Dana"); },
+        [&](const ApplyResult& r) {
+            ++told;
+            EXPECT_TRUE(r.saved);
+        });
+    EXPECT_TRUE(runtime.apply([](Ledger& l) { return addPerson(l, "Sam"); }).saved);
+    EXPECT_EQ(told, 1) << "the background change is taken in first";
+    EXPECT_EQ(namesOf(runtime.ledger()), (std::vector<std::string>{"Dana", "Sam"}));
+
+    // Its word on the queue arrives late and finds nothing left to do.
+    queue->runPending();
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(namesOf(f.launch()->ledger()), (std::vector<std::string>{"Dana", "Sam"}));
+}
+
+TEST(LedgerRuntime, BackgroundChangeAfterAnotherProgramsSaveIsWorkedOutOnTopOfIt) {
+    Fixture f;
+    auto runtime = f.launch();
+    Gate gate;
+    std::atomic<int> runs = 0;
+    std::optional<ApplyResult> result;
+    runtime->applyInBackground(
+        [&runs, opened = gate.opened](Ledger& l) -> std::optional<LedgerDelta> {
+            ++runs;
+            opened.wait();
+            return addPerson(l, "Sam");
+        },
+        [&](ApplyResult r) { result = std::move(r); });
+    f.launch()->apply([](Ledger& l) { return addPerson(l, "Dana"); });
+    gate.open();
+    runtime->finishBackgroundChange();
+
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->saved) << result->message.value_or("");
+    EXPECT_EQ(runs, 2);
+    EXPECT_EQ(namesOf(runtime->ledger()), (std::vector<std::string>{"Dana", "Sam"}));
+    EXPECT_EQ(namesOf(f.launch()->ledger()), (std::vector<std::string>{"Dana", "Sam"}));
+}
+
+TEST(LedgerRuntime, BackgroundImportWithoutItsSafetyCopySavesNothing) {
+    Fixture f;
+    auto runtime = f.launch();
+    std::filesystem::remove_all(f.temp / "Copperwick" / "Backups");
+    testing::writeFile(f.temp / "Copperwick" / "Backups", "in the way");
+    std::optional<ApplyResult> result;
+    runtime->applyInBackground(
+        [](Ledger& l) -> std::optional<LedgerDelta> { return addPerson(l, "Dana"); },
+        [&](ApplyResult r) { result = std::move(r); }, /*backUpBeforeImport=*/true);
+    runtime->finishBackgroundChange();
+
+    ASSERT_TRUE(result);
+    EXPECT_FALSE(result->saved);
+    ASSERT_TRUE(result->message);
+    EXPECT_EQ(result->message->rfind(
+                  "Copperwick couldn't make its safety backup, so nothing was imported: ", 0),
+              0u);
+    EXPECT_EQ(runtime->errorMessage(), result->message);
+    EXPECT_TRUE(runtime->ledger().people.empty());
+    EXPECT_TRUE(f.launch()->ledger().people.empty());
+}
+
+TEST(LedgerRuntime, BackgroundChangeOutlivesAClosedWindowSafely) {
+    // The window closed while an import was still saving: its word came
+    // back to a runtime that was gone.
+    Fixture f;
+    auto queue = std::make_shared<PlainQueue>();
+    auto options = f.options();
+    options.mainQueue = queue;
+    bool told = false;
+    {
+        LedgerRuntime runtime(options);
+        runtime.applyInBackground(
+            [](Ledger& l) -> std::optional<LedgerDelta> { return addPerson(l, "Dana"); },
+            [&](const ApplyResult&) { told = true; });
+    }
+    queue->runPending();
+    EXPECT_FALSE(told);
+    EXPECT_EQ(namesOf(f.launch()->ledger()), std::vector<std::string>{"Dana"})
+        << "what it saved stays saved";
 }
 
 }  // namespace

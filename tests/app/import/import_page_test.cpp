@@ -115,6 +115,7 @@ TEST_F(ImportPage, ImportFromTheKeyboardSavesAndSaysHowMany) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     ASSERT_EQ(QApplication::focusWidget(), button);
     QTest::keyClick(button, Qt::Key_Space);
+    waitForImport();
 
     EXPECT_EQ(runtime->ledger().transactions.size(), 24u);
     ASSERT_EQ(runtime->ledger().batches.size(), 1u);
@@ -122,6 +123,24 @@ TEST_F(ImportPage, ImportFromTheKeyboardSavesAndSaysHowMany) {
     EXPECT_TRUE(page->lastResultLabel()->isVisible());
     EXPECT_EQ(page->lastResultLabel()->text(), "Imported 24 transactions from 1 file.");
     EXPECT_FALSE(page->importBar()->isVisible());
+}
+
+TEST_F(ImportPage, TheWindowGoesOnWhileTheImportSaves) {
+    drop({sample("chase-checking.csv")});
+    QPushButton* button = page->importBar()->importButton();
+    ASSERT_TRUE(button->isEnabled());
+    // Clicked without turning the event loop: what the window shows before
+    // the import's work comes back to it.
+    button->click();
+    EXPECT_TRUE(importer.isCommitting());
+    EXPECT_FALSE(button->isEnabled()) << "a second Import must not start beside the first";
+    EXPECT_TRUE(runtime->ledger().transactions.empty()) << "live only once saved";
+    EXPECT_EQ(page->cards().size(), 1u);
+
+    waitForImport();
+    EXPECT_EQ(runtime->ledger().transactions.size(), 24u);
+    EXPECT_TRUE(page->cards().empty());
+    EXPECT_EQ(page->lastResultLabel()->text(), "Imported 24 transactions from 1 file.");
 }
 
 TEST_F(ImportPage, ReimportedFileSaysWhenAndAddsNothing) {

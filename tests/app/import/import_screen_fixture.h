@@ -140,6 +140,11 @@ class ImportScreenTest : public ::testing::Test {
         QPushButton* button = page->importBar()->importButton();
         ASSERT_TRUE(button->isEnabled());
         QTest::mouseClick(button, Qt::LeftButton);
+        waitForImport();
+    }
+    // The import saves in the background and comes back through the event loop.
+    void waitForImport() {
+        ASSERT_TRUE(waitUntil([this] { return !importer.isCommitting(); }));
     }
 
     TempFolder temp;
