@@ -100,15 +100,17 @@ void runSet(CommandContext& context, const SetOptions& options) {
     runtime->apply([&](Ledger& copy) { return setBudget(copy, categoryID, amount); });
     if (reportFailedChange(*runtime, context))
         return;
+    // What was kept rather than what was typed: a budget of zero is none.
+    const auto kept = monthlyBudget(runtime->ledger(), categoryID);
     if (context.json) {
         boost::json::object result{{"categoryID", categoryID.text()}, {"categoryName", name}};
-        if (amount.value_or(0) >= 1)
-            result["monthlyAmount"] = *amount;
+        if (kept)
+            result["monthlyAmount"] = *kept;
         printJSON(context, result);
         return;
     }
-    if (amount.value_or(0) >= 1)
-        context.out << name << ": " << Money::format(*amount) << " a month.\n";
+    if (kept)
+        context.out << name << ": " << Money::format(*kept) << " a month.\n";
     else
         context.out << name << ": no budget.\n";
 }

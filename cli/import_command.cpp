@@ -25,6 +25,8 @@
 #include "core/model/money.h"
 #include "core/model/record_json.h"
 #include "core/model/text.h"
+#include "core/operations/entry_error.h"
+#include "core/operations/upsert_account.h"
 #include "runtime/import_model.h"
 #include "runtime/instant_text.h"
 
@@ -37,7 +39,7 @@ struct ImportOptions {
     std::string account;
     std::string newAccount;
     std::string type;
-    std::string last4;
+    std::optional<std::string> last4;
     std::string person;
     bool shared = false;
     bool flipSigns = false;
@@ -269,8 +271,8 @@ bool applyOptions(CommandContext& context, LedgerRuntime& runtime, ImportModel& 
                 sharedDraft->name = options.newAccount;
                 if (type)
                     sharedDraft->type = *type;
-                if (!options.last4.empty())
-                    sharedDraft->last4 = options.last4;
+                if (options.last4)
+                    sharedDraft->last4 = *options.last4;
                 if (personID)
                     sharedDraft->personID = personID;
                 sharedDraft->isShared = options.shared;
@@ -289,7 +291,17 @@ bool applyOptions(CommandContext& context, LedgerRuntime& runtime, ImportModel& 
     return true;
 }
 
-void runImport(CommandContext& context, const ImportOptions& options) {
+void runImport(CommandContext& context, ImportOptions options) {
+    // The new account's last four are refused as the account form refuses
+    // them, before a file is read or the ledger opened; blank is none.
+    if (options.last4) {
+        try {
+            options.last4 = lastFourEntered(*options.last4).value_or("");
+        } catch (const EntryError& refusal) {
+            fail(context, refusal.what());
+            return;
+        }
+    }
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
         return;

@@ -1,6 +1,5 @@
 #include "cli/payment_panels.h"
 
-#include <algorithm>
 #include <ostream>
 
 #include <fmt/format.h>
@@ -12,9 +11,6 @@ namespace copperwick::cli {
 
 namespace {
 
-// The panel shows this many lines; the rest are one click away.
-constexpr std::size_t kShownLines = 12;
-
 std::string joinedWords(const std::vector<std::string>& words) {
     std::string out;
     for (const auto& word : words)
@@ -25,7 +21,7 @@ std::string joinedWords(const std::vector<std::string>& words) {
 }  // namespace
 
 void printPaymentServices(std::ostream& out, const Ledger& ledger, const ReportBundle& bundle) {
-    if (ledger.settings->paymentServices.empty())
+    if (!PaymentActivity::panelShown(ledger))
         return;
     const PaymentActivity& activity = bundle.payments;
     const std::string& currency = bundle.filter.currency;
@@ -41,14 +37,12 @@ void printPaymentServices(std::ostream& out, const Ledger& ledger, const ReportB
     } else {
         out << fmt::format("  {:<32}{:<12}{:>14}{:>14}{:>14}\n", "Person or business", "Service",
                            "Sent", "Received", "Net");
-        const std::size_t shown = std::min(activity.lines.size(), kShownLines);
-        for (std::size_t i = 0; i < shown; ++i) {
-            const auto& line = activity.lines[i];
+        for (const auto& line : activity.panelLines()) {
             out << fmt::format("  {:<32}{:<12}{:>14}{:>14}{:>14}\n", line.name, name(line.service),
                                money(line.sent), money(line.received), money(line.net(), true));
         }
-        if (activity.lines.size() > kShownLines)
-            out << "  Use Show in Transactions to see all " << activity.lines.size() << " names.\n";
+        if (const auto note = activity.allNamesNote())
+            out << "  " << *note << '\n';
     }
     out << "  Net = received \u2212 sent. Display choices do not change how payments are filed "
            "or counted.\n";
@@ -56,7 +50,7 @@ void printPaymentServices(std::ostream& out, const Ledger& ledger, const ReportB
 
 void printHouseholdMoney(std::ostream& out, const ReportBundle& bundle) {
     const HouseholdMoney& household = bundle.zelle.household;
-    if (bundle.filter.wholeHousehold || household.isEmpty())
+    if (!bundle.showsHouseholdMoney())
         return;
     const std::string& currency = bundle.filter.currency;
     out << "Money moved within the household\n";

@@ -36,7 +36,7 @@ void runPayments(CommandContext& context, const ReportOptions& options) {
     }
     std::ostream& out = context.out;
     out << filter->span.label() << " \u00B7 " << bundle.report().scopeLabel << "\n\n";
-    if (ledger.settings->paymentServices.empty())
+    if (!PaymentActivity::panelShown(ledger))
         out << "No payment services are selected. Choose them with `copperwick settings "
                "paymentServices`.\n";
     else

@@ -68,7 +68,7 @@ void printOverview(std::ostream& out, const Ledger& ledger, const ReportBundle& 
         out << "  Choose another period or import a bank file.\n";
     row(out, "Income", money(report.incomeWithoutGifts(), currency),
         std::to_string(report.incomeSources.size()) + " sources");
-    if (report.giftsReceived >= 1)
+    if (report.showsGiftsReceived())
         row(out, "Gifts received", money(report.giftsReceived, currency),
             "Counted in net cash flow");
     const auto change = bundle.comparison.spendingChangeTenths();
@@ -90,11 +90,11 @@ void printOverview(std::ostream& out, const Ledger& ledger, const ReportBundle& 
     }
     if (const auto context = HouseholdContext::build(ledger, report, today))
         printHouseholdContext(out, *context);
-    if (!report.filter.wholeHousehold && !bundle.zelle.household.isEmpty()) {
+    if (bundle.showsHouseholdMoney()) {
         out << '\n';
         printHouseholdMoney(out, bundle);
     }
-    if (!ledger.settings->paymentServices.empty()) {
+    if (PaymentActivity::panelShown(ledger)) {
         out << '\n';
         printPaymentServices(out, ledger, bundle);
     }

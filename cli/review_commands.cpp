@@ -301,8 +301,7 @@ void runClassify(CommandContext& context, const ClassifyOptions& options) {
     if (!options.kind.empty()) {
         decision.kind = *enumFromRaw<TransactionKind>(options.kind);
     } else if (category) {
-        decision.kind = category->group == CategoryGroup::income ? TransactionKind::income
-                                                                 : TransactionKind::expense;
+        decision.kind = filingKind(*category);
     } else {
         context.err << "Say what these are: give --category, or --kind transfer or unknown.\n";
         context.exitCode = kExitUsage;
@@ -360,9 +359,7 @@ void runClassifyZelle(CommandContext& context, const ClassifyZelleOptions& optio
             return;
         }
         // The question offers different answers for money in and money out.
-        const LedgerTransaction* example =
-            target->ids.empty() ? nullptr : ledger.transaction(target->ids.front());
-        const bool moneyIn = example && example->amount > 0;
+        const bool moneyIn = asksAboutMoneyIn(ledger, decision);
         context.err << "\u201C" << traits(choice).label << "\u201D isn't offered for money "
                     << (moneyIn ? "in" : "out") << ". Choose " << choiceList(moneyIn) << ".\n";
         context.exitCode = kExitUsage;

@@ -78,8 +78,7 @@ std::optional<Rule> editedRule(const Ledger& ledger, Rule rule, const RuleOption
                           kExitFailure);
         rule.categoryID = category->id;
         if (!options.kind)
-            rule.kind = category->group == CategoryGroup::income ? TransactionKind::income
-                                                                 : TransactionKind::expense;
+            rule.kind = filingKind(*category);
     }
     if (options.kind)
         rule.kind = *enumFromRaw<TransactionKind>(*options.kind);

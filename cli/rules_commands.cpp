@@ -366,8 +366,7 @@ void runAccept(CommandContext& context, const AcceptOptions& options) {
             return;
         }
         suggestion.categoryID = category->id;
-        suggestion.kind = category->group == CategoryGroup::income ? TransactionKind::income
-                                                                   : TransactionKind::expense;
+        suggestion.kind = filingKind(*category);
     }
     const LedgerCategory* category = ledger.category(suggestion.categoryID);
     Rule rule;

@@ -10,7 +10,6 @@
 #include <boost/json/object.hpp>
 
 #include "cli/commands.h"
-#include "cli/ledger_lookup.h"
 #include "cli/runtime_session.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
@@ -55,32 +54,6 @@ std::string summary(const Ledger& ledger, const LedgerTransaction& transaction) 
     if (!transaction.note.empty())
         line += "\nNote: " + transaction.note;
     return line;
-}
-
-// The parts of a split as typed: CATEGORY=AMOUNT, the amount signed like the
-// transaction or given as a positive figure.
-std::optional<std::vector<TransactionSplit>> splitParts(CommandContext& context,
-                                                        const Ledger& ledger,
-                                                        const LedgerTransaction& transaction,
-                                                        const std::vector<std::string>& typed) {
-    std::vector<TransactionSplit> parts;
-    for (const auto& item : typed) {
-        const auto equals = item.rfind('=');
-        const LedgerCategory* category =
-            equals == std::string::npos ? nullptr : findCategory(ledger, item.substr(0, equals));
-        const auto amount =
-            equals == std::string::npos ? std::nullopt : Money::parseCents(item.substr(equals + 1));
-        if (!category || !amount) {
-            context.err << "\u201C" << item
-                        << "\u201D isn't a part: write CATEGORY=AMOUNT with a category of "
-                           "this ledger.\n";
-            context.exitCode = kExitUsage;
-            return std::nullopt;
-        }
-        const int64_t signedAmount = transaction.amount < 0 && *amount > 0 ? -*amount : *amount;
-        parts.push_back(TransactionSplit{Uuid::random(), category->id, signedAmount, ""});
-    }
-    return parts;
 }
 
 LedgerDelta change(Ledger& ledger, const TransactionOptions& options, const Uuid& id,
@@ -222,11 +195,13 @@ void runTransaction(CommandContext& context, const TransactionOptions& options) 
     }
     std::vector<TransactionSplit> parts;
     if (options.action == "split") {
-        const auto typed = splitParts(context, runtime->ledger(),
-                                      *runtime->ledger().transaction(*id), options.text);
-        if (!typed)
+        try {
+            parts = splitPartsEntered(runtime->ledger(), *id, options.text);
+        } catch (const EntryError& refusal) {
+            context.err << refusal.what() << '\n';
+            context.exitCode = kExitUsage;
             return;
-        parts = *typed;
+        }
     }
 
     runtime->setErrorMessage(std::nullopt);  // only this action's outcome counts here

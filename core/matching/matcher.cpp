@@ -311,8 +311,7 @@ std::optional<TransactionKind> Matcher::kindFor(const std::optional<Uuid>& categ
     const auto it = m_categoriesByID.find(*categoryID);
     if (it == m_categoriesByID.end())
         return std::nullopt;
-    return it->second.group == CategoryGroup::income ? TransactionKind::income
-                                                     : TransactionKind::expense;
+    return filingKind(it->second);
 }
 
 std::optional<Uuid> Matcher::merchantIDNamed(std::string_view name) const {

@@ -24,4 +24,11 @@ struct LedgerCategory {
     friend bool operator==(const LedgerCategory&, const LedgerCategory&) = default;
 };
 
+// The kind a line filed under the category takes when nothing else says:
+// income under an income category, spending under any other.
+[[nodiscard]] inline TransactionKind filingKind(const LedgerCategory& category) {
+    return category.group == CategoryGroup::income ? TransactionKind::income
+                                                   : TransactionKind::expense;
+}
+
 }  // namespace copperwick

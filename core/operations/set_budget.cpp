@@ -49,4 +49,12 @@ LedgerDelta setBudget(Ledger& ledger, const Uuid& categoryID,
     return delta;
 }
 
+std::optional<int64_t> monthlyBudget(const Ledger& ledger, const Uuid& categoryID) {
+    for (const auto& budget : ledger.budgets) {
+        if (budget.categoryID == categoryID)
+            return budget.monthlyAmount;
+    }
+    return std::nullopt;
+}
+
 }  // namespace copperwick

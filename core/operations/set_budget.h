@@ -23,4 +23,7 @@ namespace copperwick {
 [[nodiscard]] LedgerDelta setBudget(Ledger& ledger, const Uuid& categoryID,
                                     std::optional<int64_t> monthlyAmount);
 
+// The category's monthly amount as kept; absent when it has no budget.
+[[nodiscard]] std::optional<int64_t> monthlyBudget(const Ledger& ledger, const Uuid& categoryID);
+
 }  // namespace copperwick

@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "core/model/checked.h"
+#include "core/model/ledger_lookup.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
 #include "core/operations/change_history.h"
@@ -70,6 +71,31 @@ LedgerDelta correctTransaction(Ledger& ledger, const Uuid& id, LocalDate date, i
     ledger.transactions.set(id, std::move(corrected));
     delta.merge(record(ledger, changeSetFor(original, delta, "Correct transaction", now)));
     return delta;
+}
+
+std::vector<TransactionSplit> splitPartsEntered(const Ledger& ledger, const Uuid& id,
+                                                const std::vector<std::string>& typed) {
+    const LedgerTransaction* transaction = ledger.transaction(id);
+    if (!transaction)
+        throw EntryError(EntryError::Case::unavailable);
+    std::vector<TransactionSplit> parts;
+    for (const auto& item : typed) {
+        const auto equals = item.rfind('=');
+        const LedgerCategory* category =
+            equals == std::string::npos ? nullptr : findCategory(ledger, item.substr(0, equals));
+        const auto amount =
+            equals == std::string::npos ? std::nullopt : Money::parseCents(item.substr(equals + 1));
+        if (!category || !amount) {
+            throw EntryError(EntryError::Case::splits,
+                             "\u201C" + item +
+                                 "\u201D isn't a part: write CATEGORY=AMOUNT with a category of "
+                                 "this ledger.");
+        }
+        const int64_t signedAmount =
+            transaction->amount < 0 && *amount > 0 ? checked::neg(*amount) : *amount;
+        parts.push_back(TransactionSplit{Uuid::random(), category->id, signedAmount, ""});
+    }
+    return parts;
 }
 
 LedgerDelta splitTransaction(Ledger& ledger, const Uuid& id,

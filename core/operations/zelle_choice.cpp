@@ -39,10 +39,14 @@ std::vector<ZelleChoice> zelleChoices(bool moneyIn) {
     return {spending, giftSent, payingEachOther, dontCount};
 }
 
-void checkZelleDecision(const Ledger& ledger, const ZelleDecision& decision) {
+bool asksAboutMoneyIn(const Ledger& ledger, const ZelleDecision& decision) {
     const LedgerTransaction* example =
         decision.ids.empty() ? nullptr : ledger.transaction(decision.ids.front());
-    const auto offered = zelleChoices(example && example->amount > 0);
+    return example && example->amount > 0;
+}
+
+void checkZelleDecision(const Ledger& ledger, const ZelleDecision& decision) {
+    const auto offered = zelleChoices(asksAboutMoneyIn(ledger, decision));
     if (std::find(offered.begin(), offered.end(), decision.choice) == offered.end())
         throw EntryError(EntryError::Case::choice);
     const ZelleChoiceTraits& choice = traits(decision.choice);

@@ -67,6 +67,10 @@ struct ZelleDecision {
     std::string label;  // what Undo shows
 };
 
+// Whether the question asks about money in: the first payment decides, and
+// only an amount above zero is money in.
+[[nodiscard]] bool asksAboutMoneyIn(const Ledger& ledger, const ZelleDecision& decision);
+
 // What the question refuses: a choice it doesn't offer for the direction of
 // the first payment (choice), or, for a choice that asks for one, no category
 // of the choice's group (category). Throws EntryError.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <string>
 
 #include "core/model/checked.h"
 #include "core/reports/payment_lines.h"
@@ -18,6 +19,20 @@ int64_t PaymentActivityLine::net() const {
 
 int64_t PaymentActivity::net() const {
     return checked::sub(received, sent);
+}
+
+bool PaymentActivity::panelShown(const Ledger& ledger) {
+    return !ledger.settings->paymentServices.empty();
+}
+
+std::span<const PaymentActivityLine> PaymentActivity::panelLines() const {
+    return std::span(lines).first(std::min(lines.size(), kPanelLines));
+}
+
+std::optional<std::string> PaymentActivity::allNamesNote() const {
+    if (lines.size() <= kPanelLines)
+        return std::nullopt;
+    return "Use Show in Transactions to see all " + std::to_string(lines.size()) + " names.";
 }
 
 PaymentActivity PaymentActivity::build(const Ledger& ledger, const ReportFilter& filter) {

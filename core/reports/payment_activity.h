@@ -5,7 +5,10 @@
 // payment was counted. A neutral account of activity that stands beside the
 // budget and never feeds a report's figures. Pure; safe on any thread.
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,6 +39,21 @@ struct PaymentActivity {
     std::vector<Uuid> transactionIDs;  // the lines' ids, in line order
 
     [[nodiscard]] int64_t net() const;
+
+    // The Overview shows the panel whenever the settings track a service,
+    // with or without activity.
+    [[nodiscard]] static bool panelShown(const Ledger& ledger);
+
+    // The Overview's panel lists the biggest lines only; the rest are one
+    // click away, in Transactions.
+    static constexpr std::size_t kPanelLines = 12;
+
+    // The lines the panel lists: the first kPanelLines, in line order.
+    [[nodiscard]] std::span<const PaymentActivityLine> panelLines() const;
+
+    // "Use Show in Transactions to see all 13 names." under a panel that
+    // leaves lines out; absent when it lists them all.
+    [[nodiscard]] std::optional<std::string> allNamesNote() const;
 
     // Payments of every kind, transfers and unreviewed ones too, for the
     // services the settings track. With none tracked, there is no activity.

@@ -83,6 +83,8 @@ struct Report {
     [[nodiscard]] int64_t savings() const;
     // Income other than gifts received: what the overview's Income tile shows.
     [[nodiscard]] int64_t incomeWithoutGifts() const;
+    // The overview shows gifts received beside income only when there are some.
+    [[nodiscard]] bool showsGiftsReceived() const { return giftsReceived >= 1; }
     // Savings as a share of income in tenths of a percent; absent without income.
     [[nodiscard]] std::optional<int64_t> savingsRateTenths() const;
     // Nothing waits for review and nothing is pending.

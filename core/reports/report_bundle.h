@@ -33,6 +33,13 @@ struct ReportBundle {
 
     [[nodiscard]] const Report& report() const { return comparison.current; }
 
+    // The Overview's "Money moved within the household": for a scope short
+    // of the whole household that has such moves, so that its figures line
+    // up with the accounts.
+    [[nodiscard]] bool showsHouseholdMoney() const {
+        return !filter.wholeHousehold && !zelle.household.isEmpty();
+    }
+
     friend bool operator==(const ReportBundle&, const ReportBundle&) = default;
 };
 

@@ -58,8 +58,7 @@ ReviewDecision initial(const Ledger& ledger, const ReviewGroup& group) {
         if (merchant->kind == TransactionKind::transfer) {
             decision.kind = TransactionKind::transfer;
         } else if (const LedgerCategory* category = ledger.category(merchant->categoryID)) {
-            decision.kind = category->group == CategoryGroup::income ? TransactionKind::income
-                                                                     : TransactionKind::expense;
+            decision.kind = filingKind(*category);
             decision.categoryID = category->id;
         }
     }

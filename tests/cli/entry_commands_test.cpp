@@ -139,6 +139,17 @@ TEST_F(EntryCommandsTest, AddCorrectSplitShowAndUndo) {
     EXPECT_FALSE(runtime.ledger().transaction(atm)->originalDetails);
 }
 
+TEST_F(EntryCommandsTest, APartThatCantBeReadIsAUsageErrorAndSavesNothing) {
+    const auto result = run({"transaction", atm.text(), "split", "Groceries=30", "Dining"});
+    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(result.err,
+              "\u201CDining\u201D isn't a part: write CATEGORY=AMOUNT with a category of this "
+              "ledger.\n");
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder.path()});
+    EXPECT_FALSE(runtime.ledger().transaction(atm)->splits);
+    EXPECT_TRUE(runtime.ledger().changes.empty());
+}
+
 // From a bank file to a wallet and back: the ATM line of the import feeds the
 // wallet once, and every step comes undone in turn.
 TEST(EntryCommandsScenario, WalletFedFromAnImportedATMLineThenUndoneStepByStep) {

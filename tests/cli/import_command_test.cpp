@@ -128,6 +128,24 @@ TEST_F(ImportCommandTest, NamedNewAccountAndAccountByName) {
     EXPECT_EQ(result.code, 1);
 }
 
+// An import into a new card with --last4 "123" went through and made the
+// account without any last four, while the accounts command refused it.
+TEST_F(ImportCommandTest, NewAccountsLastFourAreRefusedAsTheAccountsCommandRefusesThem) {
+    for (const char* typed : {"123", "12ab"}) {
+        const auto result = run(
+            {"import", "--new-account", "Joint card", "--last4", typed, sample("chase-card.csv")});
+        EXPECT_EQ(result.code, 1) << typed;
+        EXPECT_EQ(result.err, "The last four are four digits.\n") << typed;
+        EXPECT_FALSE(std::filesystem::exists(folder / "data")) << "nothing was opened or saved";
+    }
+    const auto result = run(
+        {"import", "--new-account", "Joint card", "--last4", " 4242 ", sample("chase-card.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+    ASSERT_EQ(runtime.ledger().accounts.size(), 1u);
+    EXPECT_EQ(runtime.ledger().accounts[0].last4, "4242") << "trimmed, as the form keeps it";
+}
+
 TEST_F(ImportCommandTest, HeldLineIsShownWithItsMatchAndImportedWhenForced) {
     const std::string header =
         "Details,Posting Date,Description,Amount,Type,Balance,Check or Slip #\n";

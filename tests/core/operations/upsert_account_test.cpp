@@ -101,7 +101,9 @@ TEST(AccountEntered, ReadsTypedFieldsByTheSameRules) {
               "A currency is three letters, such as USD.");
     EXPECT_EQ(lastFourEntered(" 0042 "), "0042");
     EXPECT_EQ(lastFourEntered(" "), std::nullopt) << "blank is none";
-    EXPECT_EQ(refusal([] { return lastFourEntered("12a4"); }), "The last four are four digits.");
+    for (const char* typed : {"12a4", "123", "12345", "abcd", "12 4", "\u0661\u0662"})
+        EXPECT_EQ(refusal([&] { return lastFourEntered(typed); }), "The last four are four digits.")
+            << typed;
     EXPECT_EQ(refusal([] { return accountNameEntered(""); }), "Enter the account's name.");
 }
 

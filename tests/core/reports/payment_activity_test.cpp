@@ -213,6 +213,32 @@ TEST_F(PaymentActivityTest, EqualVolumesBreakTiesByIdInActivityAndByNameInZelle)
     EXPECT_EQ(activity.lines[0].id, "zelle:" + std::min(zara.text(), abe.text()));
 }
 
+TEST_F(PaymentActivityTest, ThePanelListsTheBiggestTwelveAndCountsTheRest) {
+    const std::vector<std::string> names{"ADAMS", "BAKER", "CLARK", "DAVIS", "EVANS",
+                                         "FLINT", "GRANT", "HAYES", "IRWIN", "JONES",
+                                         "KEANE", "LOPEZ", "MOORE"};
+    // The thirteenth is the smallest, so it is the one a panel of twelve leaves out.
+    for (std::size_t i = 0; i < 12; ++i)
+        payment("ZELLE TO JAMIE " + names[i], -100 * static_cast<int64_t>(i + 2),
+                TransactionKind::expense);
+    auto activity = PaymentActivity::build(builder.ledger(), filter());
+    ASSERT_EQ(activity.lines.size(), 12u);
+    EXPECT_EQ(activity.panelLines().size(), 12u);
+    EXPECT_EQ(activity.allNamesNote(), std::nullopt) << "twelve lines are all listed";
+
+    payment("ZELLE TO JAMIE " + names[12], -100, TransactionKind::expense);
+    activity = PaymentActivity::build(builder.ledger(), filter());
+    ASSERT_EQ(activity.lines.size(), 13u);
+    const auto shown = activity.panelLines();
+    ASSERT_EQ(shown.size(), 12u);
+    EXPECT_EQ(shown.front().sent, 1300);
+    EXPECT_EQ(shown.back().sent, 200);
+    EXPECT_EQ(activity.allNamesNote(), "Use Show in Transactions to see all 13 names.");
+
+    EXPECT_TRUE(PaymentActivity{}.panelLines().empty());
+    EXPECT_EQ(PaymentActivity{}.allNamesNote(), std::nullopt);
+}
+
 TEST_F(PaymentActivityTest, ZelleLinesTakeTheLatestNameAndRunByDate) {
     const auto earlier =
         payment("ZELLE TO JANE DOE", -100, TransactionKind::unknown, day(2026, 3, 2));
