@@ -3,6 +3,7 @@
 // history of what was imported, and taking one import back out.
 
 #include <algorithm>
+#include <charconv>
 #include <ctime>
 #include <memory>
 #include <ostream>
@@ -226,11 +227,15 @@ bool applyOptions(CommandContext& context, LedgerRuntime& runtime, ImportModel& 
         std::stringstream items(list);
         std::string item;
         while (std::getline(items, item, ',')) {
-            try {
-                forced.insert(std::stoll(std::string(text::trimmed(item))));
-            } catch (const std::exception&) {
+            // Whole and nothing else: "12abc" is no more line 12 than "abc" is.
+            const std::string_view number = text::trimmed(item);
+            int64_t line = 0;
+            const auto [end, error] =
+                std::from_chars(number.data(), number.data() + number.size(), line);
+            if (number.empty() || error != std::errc() || end != number.data() + number.size() ||
+                line < 1)
                 return fail(context, "'" + item + "' isn't a line number.");
-            }
+            forced.insert(line);
         }
     }
     const Account* account = nullptr;

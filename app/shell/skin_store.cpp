@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QStyle>
 #include <QStyleFactory>
-#include <QStyleHints>
 
 #include "app/shell/app_icon.h"
 
@@ -49,7 +48,15 @@ SkinStore::SkinStore(Preferences& preferences, QObject* parent)
     : QObject(parent),
       m_preferences(preferences),
       m_preference(SkinPreference::load(preferences)),
-      m_systemPalette(QGuiApplication::palette()) {}
+      m_systemPalette(QGuiApplication::palette()),
+      m_systemScheme(new SystemColorScheme(this)) {
+    // "Follow the system" follows it live: the desktop's switch to dark
+    // turns the window dark at once.
+    connect(m_systemScheme, &SystemColorScheme::changed, this, [this] {
+        if (m_preference.appearance == AppearanceMode::followMac)
+            applyAppearance();
+    });
+}
 
 void SkinStore::update(const SkinPreference& preference) {
     if (preference == m_preference)
@@ -70,12 +77,9 @@ bool SkinStore::isDark() const {
         case AppearanceMode::followMac:
             break;
     }
-#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
-    if (const auto scheme = QGuiApplication::styleHints()->colorScheme();
-        scheme != Qt::ColorScheme::Unknown)
-        return scheme == Qt::ColorScheme::Dark;
-#endif
-    // Qt 6.4 can't ask the desktop for its scheme; the platform theme's own
+    if (const auto prefersDark = m_systemScheme->prefersDark())
+        return *prefersDark;
+    // A desktop without the portal's setting: the platform theme's own
     // palette (KDE's, or GTK's through its theme plugin) is dark on a dark
     // desktop, and light where there is no such theme.
     return m_systemPalette.color(QPalette::Window).lightness() < 128;

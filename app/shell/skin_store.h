@@ -20,6 +20,7 @@
 #include <QObject>
 #include <QPalette>
 
+#include "app/shell/system_color_scheme.h"
 #include "core/presentation/skin.h"
 #include "runtime/preferences.h"
 #include "runtime/skin_preference.h"
@@ -54,8 +55,9 @@ class SkinStore : public QObject {
     Preferences& m_preferences;
     SkinPreference m_preference;
     // What the platform gave before any skin was applied: how "Follow the
-    // system" tells light from dark.
+    // system" tells light from dark when the desktop doesn't say.
     QPalette m_systemPalette;
+    SystemColorScheme* m_systemScheme;
     // Drawn once for each skin.
     std::map<Skin, QIcon> m_icons;
 };

@@ -1,11 +1,13 @@
 #include "app/shell/skin_store.h"
 
 #include <QApplication>
+#include <QDBusVariant>
 #include <QIcon>
 
 #include <gtest/gtest.h>
 
 #include "app/shell/app_icon.h"
+#include "app/shell/system_color_scheme.h"
 #include "tests/app/app_fixture.h"
 
 namespace copperwick {
@@ -85,6 +87,23 @@ TEST(AppIcon, DrawsTheSkinsTileAndStripe) {
                   name(toColor(colors.stripe)))
             << rawValue(skin);
     }
+}
+
+TEST(SystemColorScheme, ReadsThePortalsValueHoweverItIsWrapped) {
+    using app::SystemColorScheme;
+    // Read answers a variant in a variant; the change signal, a bare one.
+    const auto wrapped = [](const QVariant& value) {
+        return QVariant::fromValue(QDBusVariant(QVariant::fromValue(QDBusVariant(value))));
+    };
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(wrapped(1u)), true);
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(wrapped(2u)), false);
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(QVariant(1u)), true);
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(QVariant(2u)), false);
+    // No preference, or something no desktop should send: the palette decides.
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(wrapped(0u)), std::nullopt);
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(QVariant(7u)), std::nullopt);
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(QVariant(QStringLiteral("dark"))), std::nullopt);
+    EXPECT_EQ(SystemColorScheme::fromPortalValue(QVariant()), std::nullopt);
 }
 
 TEST(SkinStore, StandardIconWhenItDoesNotFollowTheSkin) {

@@ -176,6 +176,13 @@ TEST_F(ImportCommandTest, HeldLineIsShownWithItsMatchAndImportedWhenForced) {
     EXPECT_EQ(row.at("disposition").as_string(), "possibleDuplicate");
     EXPECT_TRUE(row.contains("matchID"));
 
+    // "2x" was read as line 2 and imported the held line.
+    for (const char* notALine : {"2x", "0", "-2", " "}) {
+        result = run({"import", "--force", notALine, second.string()});
+        EXPECT_EQ(result.code, 1) << notALine;
+        EXPECT_EQ(result.err, "'" + std::string(notALine) + "' isn't a line number.\n");
+    }
+
     result = run({"import", "--force", "2", second.string()});
     ASSERT_EQ(result.code, 0) << result.err;
     EXPECT_EQ(result.out, "Imported 2 transactions from 1 file.\n");
