@@ -10,6 +10,7 @@
 #include <optional>
 
 #include <QObject>
+#include <QDBusVariant>
 #include <QVariant>
 
 namespace copperwick::app {
