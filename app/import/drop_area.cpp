@@ -23,6 +23,8 @@ const QString kLine = QStringLiteral(
     "and Bank of Ireland. OFX/QFX checking, savings and credit-card statements are also "
     "supported. For an unfamiliar CSV, Local AI helps on this computer, or you choose its "
     "columns once.");
+// The widest the explanatory line grows, so that it reads as a paragraph.
+constexpr int kLineMeasure = 640;
 
 // The local files among dragged URLs; anything else isn't a bank file here.
 std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
@@ -62,13 +64,21 @@ DropArea::DropArea(QWidget* parent)
     title->setAccessibleName(kTitle);
     layout->addWidget(title);
 
+    // The line grows to its measure and no further, centred by the room on
+    // either side. Laid out with an alignment of its own instead, it was
+    // given the width of its hint but the height of the whole card's width,
+    // and lost its last lines.
     auto* line = new QLabel(kLine, this);
     line->setWordWrap(true);
     line->setAlignment(Qt::AlignHCenter);
     line->setForegroundRole(QPalette::PlaceholderText);
     line->setAccessibleName(kLine);
-    line->setMaximumWidth(640);
-    layout->addWidget(line, 0, Qt::AlignHCenter);
+    line->setMaximumWidth(kLineMeasure);
+    auto* lineRow = new QHBoxLayout;
+    lineRow->addStretch(0);
+    lineRow->addWidget(line, 1);
+    lineRow->addStretch(0);
+    layout->addLayout(lineRow);
 
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(10);

@@ -39,13 +39,6 @@ std::string planCurrency(const ImportFile& file, const Ledger& ledger) {
     return file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
 }
 
-QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
-    QLabel* label = textLabel(text, parent);
-    label->setBuddy(buddy);
-    buddy->setAccessibleName(text);
-    return label;
-}
-
 }  // namespace
 
 ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidget* parent)

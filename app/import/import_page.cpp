@@ -8,12 +8,12 @@
 #include <QTimer>
 
 #include "app/import/bundled_samples.h"
-#include "app/import/tab_order.h"
 #include "app/shell/sections.h"
 #include "app/widgets/card_frame.h"
 #include "app/widgets/page_header.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
 #include "core/import/import_words.h"
 #include "runtime/preferences.h"

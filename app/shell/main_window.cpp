@@ -9,6 +9,7 @@
 #include <QHBoxLayout>
 #include <QMimeData>
 #include <QUrl>
+#include <QVBoxLayout>
 
 #include "app/shell/section_pages.h"
 #include "app/shell/sections.h"
@@ -56,7 +57,16 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
         m_sectionPages[static_cast<std::size_t>(sectionIndex(info.section))] = page;
         m_pages->addWidget(page);
     }
-    splitter->addWidget(m_pages);
+    // The message bars head the screens' column and push the screen down
+    // while they stand.
+    auto* column = new QWidget;
+    auto* columnLayout = new QVBoxLayout(column);
+    columnLayout->setContentsMargins(0, 0, 0, 0);
+    columnLayout->setSpacing(0);
+    m_messageBars = new MessageBarStack(column);
+    columnLayout->addWidget(m_messageBars);
+    columnLayout->addWidget(m_pages, 1);
+    splitter->addWidget(column);
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({210, width() - 210});
@@ -65,7 +75,6 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     layout->addWidget(splitter);
     setCentralWidget(central);
 
-    m_messageBars = new MessageBarStack(central);
     m_menus = new AppMenus(*this, m_bridge);
 
     connect(m_sidebar, &Sidebar::sectionChosen, this,

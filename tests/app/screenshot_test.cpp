@@ -1,0 +1,81 @@
+// Pictures of the built screens on the demo workspace, in the light and the
+// dark form of the default skin, at 1280 by 800 and at the window's smallest
+// size, for a person to look at: written only when COPPERWICK_SCREENSHOT_DIR
+// names a folder. The README's pictures are the 1280 by 800 ones.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QScrollBar>
+
+#include "app/review/review_page.h"
+#include "app/shell/main_window.h"
+#include "app/shell/skin_store.h"
+#include "runtime/import_model.h"
+#include "runtime/ledger_runtime.h"
+#include "tests/support/temp_folder.h"
+
+namespace copperwick::app {
+namespace {
+
+struct Shot {
+    AppSection section;
+    const char* name;
+};
+
+constexpr Shot kShots[] = {{AppSection::importFiles, "import"},
+                           {AppSection::review, "review"},
+                           {AppSection::rules, "rules"}};
+
+TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
+    const QString folder = qEnvironmentVariable("COPPERWICK_SCREENSHOT_DIR");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "COPPERWICK_SCREENSHOT_DIR names no folder";
+    copperwick::testing::TempFolder preferences;
+    RuntimeOptions options;
+    options.demo = true;
+    options.preferencesFolder = preferences.path();
+    LedgerRuntime runtime(std::move(options));
+    ImportModel importer;
+    SkinStore skins(runtime.defaults());
+    const auto save = [&](QWidget* widget, const QString& name) {
+        QApplication::processEvents();
+        EXPECT_TRUE(widget->grab().save(QDir(folder).filePath(name + ".png")))
+            << name.toStdString();
+    };
+
+    for (const bool dark : {false, true}) {
+        SkinPreference preference = skins.preference();
+        preference.appearance = dark ? AppearanceMode::dark : AppearanceMode::light;
+        skins.update(preference);
+        skins.applyAppearance();
+        const QString form = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        MainWindow window(runtime, importer);
+        window.show();
+        for (const Shot& shot : kShots) {
+            runtime.setSection(shot.section);
+            const QString name = QString::fromLatin1(shot.name) + QLatin1Char('-') + form;
+            window.resize(1280, 800);
+            save(&window, name);
+            window.resize(window.minimumSize());
+            save(&window, name + QStringLiteral("-smallest"));
+            // A status standing over the screen, as after an undo.
+            runtime.setStatusMessage("Undone.");
+            save(&window, name + QStringLiteral("-smallest-status"));
+            runtime.setStatusMessage(std::nullopt);
+        }
+        // The end of the Review screen: pending charges and suggested rules.
+        runtime.setSection(AppSection::review);
+        window.resize(1280, 800);
+        auto* page = qobject_cast<ReviewPage*>(window.page(AppSection::review));
+        ASSERT_NE(page, nullptr);
+        QApplication::processEvents();
+        QScrollBar* bar = page->scrollArea()->verticalScrollBar();
+        bar->setValue(bar->maximum());
+        save(&window, QStringLiteral("review-") + form + QStringLiteral("-end"));
+    }
+}
+
+}  // namespace
+}  // namespace copperwick::app
