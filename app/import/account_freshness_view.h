@@ -15,15 +15,14 @@
 #include <vector>
 
 #include <QToolButton>
-#include <QVBoxLayout>
-#include <QWidget>
 
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/section_card.h"
 #include "core/model/uuid.h"
 
 namespace copperwick::app {
 
-class AccountFreshnessView : public QWidget {
+class AccountFreshnessView : public SectionCard {
     Q_OBJECT
 
   public:
@@ -50,8 +49,6 @@ class AccountFreshnessView : public QWidget {
     void fill();
 
     RuntimeBridge& m_bridge;
-    QWidget* m_list;
-    QVBoxLayout* m_rows;
     std::vector<Row> m_shown;
 };
 

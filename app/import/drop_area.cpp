@@ -12,6 +12,7 @@
 
 #include "app/import/file_panels.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/text_styles.h"
 
 namespace copperwick::app {
 
@@ -42,37 +43,30 @@ std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
 
 DropArea::DropArea(QWidget* parent)
     : CardFrame(parent),
-      m_chooseFiles(new QPushButton(QStringLiteral("Choose Files"), this)),
-      m_layouts(new QPushButton(QStringLiteral("Bank File Layouts…"), this)) {
+      m_chooseFiles(pushButton(QStringLiteral("Choose Files"), this)),
+      m_layouts(pushButton(QStringLiteral("Bank File Layouts…"), this)) {
     setAcceptDrops(true);
-    setContentsMargins(24, 22, 24, 22);
     setAccessibleName(kTitle);
 
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    // On the layout, not the frame: a frame puts its own margins back
+    // whenever its style is applied again.
+    layout->setContentsMargins(24, 22, 24, 22);
     layout->setSpacing(8);
 
     auto* symbol = new SymbolView("tray.and.arrow.down", 40, this);
     layout->addWidget(symbol, 0, Qt::AlignHCenter);
 
-    auto* title = new QLabel(kTitle, this);
-    QFont titleFont = title->font();
-    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.15);
-    titleFont.setWeight(QFont::DemiBold);
-    title->setFont(titleFont);
+    QLabel* title = headingLabel(kTitle, this, 1.15);
     title->setAlignment(Qt::AlignHCenter);
-    title->setAccessibleName(kTitle);
     layout->addWidget(title);
 
     // The line grows to its measure and no further, centred by the room on
     // either side. Laid out with an alignment of its own instead, it was
     // given the width of its hint but the height of the whole card's width,
     // and lost its last lines.
-    auto* line = new QLabel(kLine, this);
-    line->setWordWrap(true);
+    QLabel* line = secondaryLabel(kLine, this);
     line->setAlignment(Qt::AlignHCenter);
-    line->setForegroundRole(QPalette::PlaceholderText);
-    line->setAccessibleName(kLine);
     line->setMaximumWidth(kLineMeasure);
     auto* lineRow = new QHBoxLayout;
     lineRow->addStretch(0);
@@ -83,8 +77,6 @@ DropArea::DropArea(QWidget* parent)
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(10);
     buttons->addStretch(1);
-    m_chooseFiles->setAccessibleName(m_chooseFiles->text());
-    m_layouts->setAccessibleName(m_layouts->text());
     buttons->addWidget(m_chooseFiles);
     buttons->addWidget(m_layouts);
     buttons->addStretch(1);

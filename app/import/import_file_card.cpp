@@ -51,7 +51,7 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
       m_remove(new QToolButton(this)),
       m_body(new QWidget(this)),
       m_unrecognized(new QWidget(m_body)),
-      m_chooseColumns(new QPushButton(QStringLiteral("Choose Columns…"), m_unrecognized)),
+      m_chooseColumns(pushButton(QStringLiteral("Choose Columns…"), m_unrecognized)),
       m_account(new QComboBox(m_body)),
       m_draftForm(new QWidget(m_body)),
       m_name(new QLineEdit(m_draftForm)),
@@ -66,9 +66,8 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
       m_flip(new QCheckBox(QStringLiteral("This bank shows purchases the other way around"),
                            m_flipRow)),
       m_summary(new ImportPlanSummary(m_body)) {
-    setContentsMargins(kCardMargins);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(kCardMargins);
     layout->setSpacing(12);
     layout->addWidget(makeHeader());
 
@@ -81,7 +80,6 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
     auto* unrecognized = new QHBoxLayout(m_unrecognized);
     unrecognized->setContentsMargins(0, 0, 0, 0);
     unrecognized->setSpacing(8);
-    m_chooseColumns->setAccessibleName(m_chooseColumns->text());
     unrecognized->addWidget(m_chooseColumns);
     auto* localAIPlace = new QWidget(m_unrecognized);
     localAIPlace->setObjectName(QStringLiteral("localAILayoutHelpPlace"));

@@ -117,9 +117,8 @@ void ImportLayoutsSheet::fill() {
 
 QWidget* ImportLayoutsSheet::makeRow(const ImportProfile& profile, QPushButton*& exportButton) {
     auto* card = new CardFrame(m_list);
-    card->setContentsMargins(14, 10, 14, 10);
     auto* layout = new QHBoxLayout(card);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(14, 10, 14, 10);
     layout->setSpacing(12);
 
     auto* text = new QVBoxLayout;

@@ -58,7 +58,7 @@ ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& grou
       m_asksPurpose(ReviewDecisions::asksPurpose(group)) {
     setAccessibleName(toQString(group.displayName));
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(18, 16, 18, 16);
+    layout->setContentsMargins(kCardMargins);
     layout->setSpacing(14);
     layout->addWidget(buildHeader());
     layout->addWidget(buildBanner());

@@ -7,6 +7,7 @@
 #include "app/widgets/qt_text.h"
 #include "app/widgets/section_page.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/text_styles.h"
 
 namespace copperwick::app {
 
@@ -23,7 +24,7 @@ MessageBar::MessageBar(bool isError, QWidget* parent)
       m_icon(new SymbolView(isError ? "exclamationmark.triangle.fill" : "checkmark.circle.fill", 18,
                             this)),
       m_text(new QLabel(this)),
-      m_dismiss(new QPushButton(QStringLiteral("Dismiss"), this)) {
+      m_dismiss(pushButton(QStringLiteral("Dismiss"), this)) {
     setFrameShape(QFrame::NoFrame);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 8, 8, 8);
@@ -34,7 +35,6 @@ MessageBar::MessageBar(bool isError, QWidget* parent)
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_text, 1);
     m_dismiss->setFlat(true);
-    m_dismiss->setAccessibleName(QStringLiteral("Dismiss"));
     layout->addWidget(m_dismiss, 0, Qt::AlignVCenter);
     connect(m_dismiss, &QPushButton::clicked, this, &MessageBar::dismissed);
 }

@@ -5,11 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <QApplication>
 #include <QDir>
+#include <QScrollArea>
 #include <QScrollBar>
 
-#include "app/review/review_page.h"
 #include "app/shell/main_window.h"
 #include "app/shell/skin_store.h"
 #include "runtime/import_model.h"
@@ -27,6 +29,16 @@ struct Shot {
 constexpr Shot kShots[] = {{AppSection::importFiles, "import"},
                            {AppSection::review, "review"},
                            {AppSection::rules, "rules"}};
+
+// The area a screen scrolls in: the largest one on it.
+QScrollArea* scrollingArea(QWidget* page) {
+    QScrollArea* largest = nullptr;
+    for (auto* area : page->findChildren<QScrollArea*>()) {
+        if (area->isVisible() && (!largest || area->height() > largest->height()))
+            largest = area;
+    }
+    return largest;
+}
 
 TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
     const QString folder = qEnvironmentVariable("COPPERWICK_SCREENSHOT_DIR");
@@ -58,6 +70,13 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
             const QString name = QString::fromLatin1(shot.name) + QLatin1Char('-') + form;
             window.resize(1280, 800);
             save(&window, name);
+            // The end of the screen, where it scrolls.
+            if (QScrollArea* area = scrollingArea(window.page(shot.section))) {
+                QScrollBar* bar = area->verticalScrollBar();
+                bar->setValue(bar->maximum());
+                save(&window, name + QStringLiteral("-end"));
+                bar->setValue(0);
+            }
             window.resize(window.minimumSize());
             save(&window, name + QStringLiteral("-smallest"));
             // A status standing over the screen, as after an undo.
@@ -65,15 +84,15 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
             save(&window, name + QStringLiteral("-smallest-status"));
             runtime.setStatusMessage(std::nullopt);
         }
-        // The end of the Review screen: pending charges and suggested rules.
-        runtime.setSection(AppSection::review);
+        // A bank file's card on the Import screen, at both sizes.
+        runtime.setSection(AppSection::importFiles);
+        importer.add({std::filesystem::path(COPPERWICK_SAMPLES) / "chase-checking.csv"}, runtime);
+        importer.waitForAnalyses(runtime);
         window.resize(1280, 800);
-        auto* page = qobject_cast<ReviewPage*>(window.page(AppSection::review));
-        ASSERT_NE(page, nullptr);
-        QApplication::processEvents();
-        QScrollBar* bar = page->scrollArea()->verticalScrollBar();
-        bar->setValue(bar->maximum());
-        save(&window, QStringLiteral("review-") + form + QStringLiteral("-end"));
+        save(&window, QStringLiteral("import-") + form + QStringLiteral("-file"));
+        window.resize(window.minimumSize());
+        save(&window, QStringLiteral("import-") + form + QStringLiteral("-file-smallest"));
+        importer.clear();
     }
 }
 
