@@ -4,10 +4,8 @@
 #include <QDropEvent>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
-#include <QUrl>
 #include <QVBoxLayout>
 
 #include "app/import/file_panels.h"
@@ -26,18 +24,6 @@ const QString kLine = QStringLiteral(
     "columns once.");
 // The widest the explanatory line grows, so that it reads as a paragraph.
 constexpr int kLineMeasure = 640;
-
-// The local files among dragged URLs; anything else isn't a bank file here.
-std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
-    std::vector<std::filesystem::path> files;
-    if (!data || !data->hasUrls())
-        return files;
-    for (const QUrl& url : data->urls()) {
-        if (url.isLocalFile())
-            files.push_back(localPath(url.toLocalFile()));
-    }
-    return files;
-}
 
 }  // namespace
 

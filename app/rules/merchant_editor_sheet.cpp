@@ -80,9 +80,7 @@ void MerchantEditorSheet::makeFields() {
     form->addRow(nameLabel, withRefusalLine(m_name, m_nameRefusal, fields));
 
     auto* filing = new QWidget(fields);
-    auto* filingLayout = new QHBoxLayout(filing);
-    filingLayout->setContentsMargins(0, 0, 0, 0);
-    filingLayout->setSpacing(8);
+    QHBoxLayout* filingLayout = fieldRowLayout(filing);
     m_filing = new QComboBox(filing);
     m_filing->addItem(QStringLiteral("No default"), kNoDefault);
     for (const TransactionKind kind :
@@ -108,9 +106,7 @@ void MerchantEditorSheet::makeFields() {
     form->addRow(keysLabel, keys);
 
     auto* merge = new QWidget(fields);
-    auto* mergeLayout = new QHBoxLayout(merge);
-    mergeLayout->setContentsMargins(0, 0, 0, 0);
-    mergeLayout->setSpacing(8);
+    QHBoxLayout* mergeLayout = fieldRowLayout(merge);
     m_mergeTarget = new QComboBox(merge);
     m_mergeTarget->setPlaceholderText(QStringLiteral("Choose a merchant\u2026"));
     m_mergeTarget->setMinimumContentsLength(20);
@@ -178,9 +174,7 @@ void MerchantEditorSheet::showKeys() {
     m_forget.clear();
     for (std::size_t index = 0; index < m_keys.size(); ++index) {
         auto* row = new QWidget(m_noKeys->parentWidget());
-        auto* rowLayout = new QHBoxLayout(row);
-        rowLayout->setContentsMargins(0, 0, 0, 0);
-        rowLayout->setSpacing(8);
+        QHBoxLayout* rowLayout = fieldRowLayout(row);
         QLabel* key = textLabel(toQString(m_keys[index]), row);
         key->setTextInteractionFlags(Qt::TextSelectableByMouse);
         rowLayout->addWidget(key, 1);

@@ -131,9 +131,7 @@ void RuleEditorSheet::makeFields() {
 
     // The match mode and the pattern share the row of the bank text.
     auto* patternRow = new QWidget(fields);
-    auto* patternLayout = new QHBoxLayout(patternRow);
-    patternLayout->setContentsMargins(0, 0, 0, 0);
-    patternLayout->setSpacing(8);
+    QHBoxLayout* patternLayout = fieldRowLayout(patternRow);
     m_match = new QComboBox(patternRow);
     for (const TextMatch match :
          {TextMatch::contains, TextMatch::startsWith, TextMatch::exact, TextMatch::regex})
@@ -176,9 +174,7 @@ void RuleEditorSheet::makeFields() {
     form->addRow(fieldLabel(QStringLiteral("Merchant (optional)"), m_merchant, fields), m_merchant);
 
     auto* filing = new QWidget(fields);
-    auto* filingLayout = new QHBoxLayout(filing);
-    filingLayout->setContentsMargins(0, 0, 0, 0);
-    filingLayout->setSpacing(8);
+    QHBoxLayout* filingLayout = fieldRowLayout(filing);
     m_outcome = new QComboBox(filing);
     for (const TransactionKind outcome : kOutcomes)
         addChoice(m_outcome, outcome);

@@ -7,31 +7,14 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
-#include <QMimeData>
-#include <QUrl>
 #include <QVBoxLayout>
 
+#include "app/import/file_panels.h"
 #include "app/shell/section_pages.h"
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
 
 namespace copperwick::app {
-
-namespace {
-
-// The local files among dropped URLs; anything else isn't a bank file here.
-std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
-    std::vector<std::filesystem::path> files;
-    if (!data || !data->hasUrls())
-        return files;
-    for (const QUrl& url : data->urls()) {
-        if (url.isLocalFile())
-            files.emplace_back(url.toLocalFile().toStdString());
-    }
-    return files;
-}
-
-}  // namespace
 
 MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* parent)
     : QMainWindow(parent),
@@ -163,7 +146,7 @@ void MainWindow::chooseFilesIfStillAsked() {
         QStringLiteral("Bank files (*.csv *.tsv *.txt *.ofx *.qfx);;All files (*)"));
     std::vector<std::filesystem::path> files;
     for (const QString& name : chosen)
-        files.emplace_back(name.toStdString());
+        files.push_back(localPath(name));
     m_importer.add(files, m_runtime);
 }
 

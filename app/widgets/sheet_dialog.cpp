@@ -83,6 +83,13 @@ void SheetDialog::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
 }
 
+QHBoxLayout* fieldRowLayout(QWidget* box) {
+    auto* layout = new QHBoxLayout(box);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+    return layout;
+}
+
 QWidget* withRefusalLine(QWidget* field, RefusalLine*& refusal, QWidget* parent) {
     auto* box = new QWidget(parent);
     auto* layout = new QVBoxLayout(box);

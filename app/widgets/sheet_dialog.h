@@ -59,6 +59,9 @@ class SheetDialog : public QDialog {
     QHBoxLayout* m_trail;
 };
 
+// Lays the fields of one form row side by side in `box`, flush with the
+// form's column.
+QHBoxLayout* fieldRowLayout(QWidget* box);
 // A form's field with the line of its refusal under it, as one row's field.
 // `refusal` is set to the line, hidden until the form says why.
 [[nodiscard]] QWidget* withRefusalLine(QWidget* field, RefusalLine*& refusal, QWidget* parent);
