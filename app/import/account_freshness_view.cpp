@@ -5,6 +5,7 @@
 
 #include "app/import/saved_change.h"
 #include "app/widgets/elided_label.h"
+#include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
 #include "app/widgets/text_styles.h"
@@ -91,6 +92,7 @@ void AccountFreshnessView::fill() {
         status->setPopupMode(QToolButton::InstantPopup);
         status->setToolButtonStyle(Qt::ToolButtonTextOnly);
         status->setAutoRaise(true);
+        pressOnEnter(status);
         if (line.state == AccountFreshness::State::mayNeedImport)
             status->setForegroundRole(QPalette::Link);
         auto* menu = new QMenu(status);

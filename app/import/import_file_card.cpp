@@ -8,6 +8,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_icons.h"
 #include "app/widgets/symbol_view.h"
@@ -168,6 +169,7 @@ QWidget* ImportFileCard::makeHeader() {
     m_remove->setAutoRaise(true);
     m_remove->setToolTip(kRemoveHelp);
     m_remove->setAccessibleName(kRemoveHelp);
+    pressOnEnter(m_remove);
     row->addWidget(m_remove, 0, Qt::AlignTop);
     return header;
 }

@@ -60,6 +60,8 @@ ImportLayoutsSheet::ImportLayoutsSheet(RuntimeBridge& bridge, FilePanels panels,
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The rows' buttons take the keyboard, not the area around them.
+    scroll->setFocusPolicy(Qt::NoFocus);
     m_rows->setContentsMargins(0, 4, 0, 4);
     m_rows->setSpacing(8);
     scroll->setWidget(m_list);

@@ -7,6 +7,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/reflow_grid_layout.h"
 #include "app/widgets/symbol_view.h"
@@ -109,6 +110,7 @@ ImportPlanSummary::ImportPlanSummary(QWidget* parent)
     m_previewToggle->setAutoRaise(true);
     m_previewToggle->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_previewToggle->setArrowType(Qt::RightArrow);
+    pressOnEnter(m_previewToggle);
     layout->addWidget(m_previewToggle, 0, Qt::AlignLeft);
     m_preview->setAccessibleName(previewTitle);
     m_preview->setColumnCount(4);
