@@ -77,7 +77,8 @@ ColumnMappingSheet::ColumnMappingSheet(RuntimeBridge& bridge, const ImportFile& 
     m_columns[static_cast<std::size_t>(Column::description)] =
         makeColumnPicker(QStringLiteral("Description"), choose);
     m_split->setAccessibleName(m_split->text());
-    m_form->addRow(m_split);
+    // In the fields' column, under the columns it changes.
+    m_form->addRow(static_cast<QWidget*>(nullptr), m_split);
     m_columns[static_cast<std::size_t>(Column::amount)] =
         makeColumnPicker(QStringLiteral("Amount"), choose);
     m_columns[static_cast<std::size_t>(Column::moneyOut)] =

@@ -178,8 +178,9 @@ void ImportPage::showCards() {
             card->show();
         }
         m_order = std::move(order);
-        orderTabs();
     }
+    // Cards come and go, and the freshness rows are made again after a save.
+    orderTabs();
 
     const bool hasFiles = !importer.files().empty();
     m_filesHeader->setVisible(hasFiles);

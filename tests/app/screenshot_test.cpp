@@ -11,8 +11,12 @@
 #include <QDir>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTest>
 
+#include "app/import/import_page.h"
+#include "app/rules/rules_page.h"
 #include "app/shell/main_window.h"
+#include "app/shell/qt_main_queue.h"
 #include "app/shell/skin_store.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
@@ -48,6 +52,8 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
     RuntimeOptions options;
     options.demo = true;
     options.preferencesFolder = preferences.path();
+    // Work of other threads comes back through the event loop, as in the application.
+    options.mainQueue = std::make_shared<QtMainQueue>(qApp);
     LedgerRuntime runtime(std::move(options));
     ImportModel importer;
     SkinStore skins(runtime.defaults());
@@ -93,6 +99,41 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         window.resize(window.minimumSize());
         save(&window, QStringLiteral("import-") + form + QStringLiteral("-file-smallest"));
         importer.clear();
+
+        // The sheets, each as it opens.
+        runtime.setSection(AppSection::rules);
+        auto* rules = qobject_cast<RulesPage*>(window.page(AppSection::rules));
+        ASSERT_NE(rules, nullptr);
+        RuleEditorSheet* ruleEditor = rules->openRuleEditor();
+        ASSERT_NE(ruleEditor, nullptr);
+        QTest::keyClicks(ruleEditor->patternField(), QStringLiteral("DEMO COFFEE"));
+        ruleEditor->minimumField()->setText(QStringLiteral("ten"));
+        for (int wait = 0; wait < 500 && ruleEditor->isPreviewPending(); ++wait)
+            QTest::qWait(10);
+        save(ruleEditor, QStringLiteral("sheet-rule-") + form);
+        ruleEditor->reject();
+        MerchantEditorSheet* merchantEditor =
+            rules->openMerchantEditor((*runtime.ledger().merchants.begin()).id);
+        ASSERT_NE(merchantEditor, nullptr);
+        save(merchantEditor, QStringLiteral("sheet-merchant-") + form);
+        merchantEditor->reject();
+        runtime.setSection(AppSection::importFiles);
+        auto* import = qobject_cast<ImportPage*>(window.page(AppSection::importFiles));
+        import->showLayouts();
+        save(import->layoutsSheet(), QStringLiteral("sheet-layouts-") + form);
+        import->layoutsSheet()->reject();
+        const auto unknown = preferences.path() / "credit-union.csv";
+        copperwick::testing::writeFile(unknown,
+                                       "Posted On,Narrative,Sum\n2026-01-03,CORNER COFFEE,-4.50\n");
+        importer.add({unknown}, runtime);
+        importer.waitForAnalyses(runtime);
+        importer.setMappingFileID(import->cards().back()->fileID());
+        QApplication::processEvents();
+        ASSERT_NE(import->mappingSheet(), nullptr);
+        save(import->mappingSheet(), QStringLiteral("sheet-columns-") + form);
+        import->mappingSheet()->reject();
+        importer.clear();
+        QApplication::processEvents();
     }
 }
 
