@@ -57,7 +57,7 @@ ColumnMappingSheet::ColumnMappingSheet(RuntimeBridge& bridge, const ImportFile& 
       m_previewRows(secondaryLabel({}, this)),
       m_save(addDefaultButton(QStringLiteral("Save Layout"))),
       m_cancel(addCancelButton()) {
-    setMinimumWidth(520);
+    keepAtLeastWide(520);
     // What the form asks of the person, rather than a note beside it.
     introLabel()->setForegroundRole(QPalette::WindowText);
 

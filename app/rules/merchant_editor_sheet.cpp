@@ -49,7 +49,7 @@ MerchantEditorSheet::MerchantEditorSheet(RuntimeBridge& bridge, Uuid merchantID,
     m_keys = m_merchant.keys;
 
     setModal(true);
-    setMinimumWidth(520);
+    keepAtLeastWide(520);
 
     makeFields();
     body()->addStretch(1);

@@ -83,7 +83,7 @@ RuleEditorSheet::RuleEditorSheet(RuntimeBridge& bridge, std::optional<Rule> draf
                            .kind = TransactionKind::expense,
                            .createdAt = m_bridge.runtime().now()};
     setModal(true);
-    setMinimumWidth(560);
+    keepAtLeastWide(560);
 
     makeFields();
     body()->addWidget(makePreview());

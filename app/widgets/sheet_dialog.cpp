@@ -1,5 +1,7 @@
 #include "app/widgets/sheet_dialog.h"
 
+#include <algorithm>
+
 #include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
 
@@ -15,6 +17,7 @@ SheetDialog::SheetDialog(const QString& title, const QString& intro, QWidget* pa
     : QDialog(parent),
       m_title(headingLabel(title, this, kTitleScale)),
       m_intro(secondaryLabel(intro, this)),
+      m_width(new QSpacerItem(0, 0, QSizePolicy::Minimum, QSizePolicy::Fixed)),
       m_body(new QVBoxLayout),
       m_lead(new QHBoxLayout),
       m_trail(new QHBoxLayout) {
@@ -40,6 +43,14 @@ SheetDialog::SheetDialog(const QString& title, const QString& intro, QWidget* pa
     foot->addStretch(1);
     foot->addLayout(m_trail);
     layout->addLayout(foot);
+    layout->addItem(m_width);
+}
+
+void SheetDialog::keepAtLeastWide(int width) {
+    const QMargins margins = layout()->contentsMargins();
+    m_width->changeSize(std::max(0, width - margins.left() - margins.right()), 0,
+                        QSizePolicy::Minimum, QSizePolicy::Fixed);
+    layout()->invalidate();
 }
 
 QFormLayout* SheetDialog::addForm() {

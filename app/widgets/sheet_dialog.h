@@ -15,6 +15,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QSpacerItem>
 #include <QString>
 #include <QVBoxLayout>
 
@@ -35,6 +36,10 @@ class SheetDialog : public QDialog {
   protected:
     // The sheet's own part, between the intro and the foot.
     [[nodiscard]] QVBoxLayout* body() const { return m_body; }
+    // At least `width` wide, and wider when its fields need it. (A minimum
+    // set on the dialog itself would stand in place of what the fields need,
+    // and cut them off.)
+    void keepAtLeastWide(int width);
     // A form added to the body: labels at the right, beside fields that
     // take the rest of the width.
     [[nodiscard]] QFormLayout* addForm();
@@ -54,6 +59,7 @@ class SheetDialog : public QDialog {
   private:
     QLabel* m_title;
     QLabel* m_intro;
+    QSpacerItem* m_width;
     QVBoxLayout* m_body;
     QHBoxLayout* m_lead;
     QHBoxLayout* m_trail;

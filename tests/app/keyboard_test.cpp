@@ -115,6 +115,8 @@ TEST_F(Keyboard, EachScreenIsWalkedInReadingOrderAndNamedByItsWords) {
 TEST_F(Keyboard, EverySheetIsWalkedInReadingOrderNamedByItsWordsAndEscapeCloses) {
     open();
     const auto closesOnEscape = [&](QDialog* sheet) {
+        EXPECT_EQ(layoutFaults(sheet).join(QLatin1Char('\n')), QString())
+            << describe(sheet).toStdString();
         const std::size_t changes = runtime->ledger().changes.size();
         press(Qt::Key_Escape);
         EXPECT_TRUE(waitUntil([&] { return !sheet->isVisible(); }));

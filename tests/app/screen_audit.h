@@ -129,7 +129,8 @@ inline QStringList misnamedControls(QWidget* root) {
     return faults;
 }
 
-// Every shown label cut short (a wrapped one lower than its lines need), and
+// Every shown label or button cut short (a wrapped label lower than its
+// lines need, a line of words narrower than its words), and
 // every label, field or button that stands partly outside its parent or
 // over another one beside it.
 inline QStringList layoutFaults(QWidget* root) {
@@ -166,6 +167,15 @@ inline QStringList layoutFaults(QWidget* root) {
                                                     .arg(label->height())
                                                     .arg(needed));
         }
+        // A line of words or a button narrower than its words.
+        const auto* label = qobject_cast<const QLabel*>(widget);
+        const bool oneLine =
+            qobject_cast<const QAbstractButton*>(widget) ||
+            (label && !label->wordWrap() && !qobject_cast<const app::ElidedLabel*>(widget));
+        if (oneLine && widget->width() < widget->minimumSizeHint().width())
+            faults.append(describe(widget) + QStringLiteral(" is cut short: %1 of %2 wide")
+                                                 .arg(widget->width())
+                                                 .arg(widget->minimumSizeHint().width()));
         if (!parent->rect().adjusted(-1, -1, 1, 1).contains(widget->geometry()))
             faults.append(describe(widget) + where(widget) + QStringLiteral(" stands outside ") +
                           describe(parent) + where(parent));
