@@ -18,6 +18,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <gtest/gtest.h>
+
 #include "app/shell/main_window.h"
 #include "app/shell/qt_main_queue.h"
 #include "app/shell/runtime_bridge.h"
@@ -104,6 +106,26 @@ class AppWorkspace {
         m_page->resize(900, 1400);
         showActive(*m_page);
         return shown;
+    }
+
+    // A bank line on the first account that waits for review, saved as an
+    // import would save it.
+    Uuid addWaitingLine(const std::string& text, int64_t cents) {
+        LedgerTransaction line{.id = Uuid::random(),
+                               .accountID = runtime->ledger().accounts.front().id,
+                               .date = runtime->today(),
+                               .amount = cents,
+                               .rawDescription = text};
+        const bool saved = runtime
+                               ->apply([&](Ledger& copy) {
+                                   copy.transactions.set(line.id, line);
+                                   LedgerDelta delta;
+                                   delta.change(RecordKind::transaction, line.id);
+                                   return delta;
+                               })
+                               .saved;
+        EXPECT_TRUE(saved) << text;
+        return line.id;
     }
 
     // Everything that watches the runtime goes first, then the runtime.

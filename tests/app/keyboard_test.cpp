@@ -95,6 +95,8 @@ class Keyboard : public ::testing::Test, protected AppWorkspace {
 
 TEST_F(Keyboard, EachScreenIsWalkedInReadingOrderAndNamedByItsWords) {
     open();
+    // A payment to a person too: its card asks what it was for.
+    addWaitingLine("Zelle payment to Robin Sample", -4500);
     for (const QSize size : {window->minimumSize(), QSize(1280, 800)}) {
         window->resize(size);
         for (const AppSection section : kBuiltScreens) {

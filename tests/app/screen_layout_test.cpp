@@ -2,6 +2,7 @@
 // the window's smallest size to a wide one: nothing cut short, nothing drawn
 // over anything else, and the message bars never over a screen.
 
+#include <algorithm>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <QScrollArea>
 
 #include "app/import/import_page.h"
+#include "app/review/review_page.h"
 #include "app/shell/sections.h"
 #include "app/widgets/page_header.h"
 #include "tests/app/app_fixture.h"
@@ -46,11 +48,18 @@ class ScreenLayout : public ::testing::Test, protected AppWorkspace {
 
 // Every screen at every size, with each of its parts in view in turn.
 TEST_F(ScreenLayout, NothingIsCutShortOrDrawnOverAnythingAtAnySize) {
-    // A bank file's card too, with its figures and its new account's fields.
+    // A bank file's card too, with its figures and its new account's fields,
+    // and a payment to a person, whose card asks what it was for.
     importer.add({std::filesystem::path(COPPERWICK_SAMPLES) / "chase-checking.csv"}, *runtime);
     importer.waitForAnalyses(*runtime);
+    addWaitingLine("Zelle payment to Robin Sample", -4500);
     for (const AppSection section : kBuiltScreens) {
         runtime->setSection(section);
+        if (section == AppSection::review) {
+            const auto cards = qobject_cast<app::ReviewPage*>(window->page(section))->cards();
+            ASSERT_TRUE(std::any_of(cards.begin(), cards.end(),
+                                    [](auto* card) { return card->asksPurpose(); }));
+        }
         for (const QSize& size : sizes()) {
             resize(size);
             app::SectionPage* page = window->page(section);
