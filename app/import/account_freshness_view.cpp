@@ -4,8 +4,8 @@
 #include <QMenu>
 
 #include "app/import/saved_change.h"
-#include "app/widgets/card_frame.h"
 #include "app/widgets/elided_label.h"
+#include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
 #include "app/widgets/text_styles.h"
@@ -24,26 +24,10 @@ const QString kNote = QStringLiteral(
 }  // namespace
 
 AccountFreshnessView::AccountFreshnessView(RuntimeBridge& bridge, QWidget* parent)
-    : QWidget(parent),
+    : SectionCard(QStringLiteral("Account freshness"), kNote, {}, parent),
       m_bridge(bridge),
-      m_list(new CardFrame(this)),
-      m_rows(new QVBoxLayout),
       m_reading(bridge.runtime(), &AccountFreshness::build,
-                [this](const std::vector<AccountFreshness>& lines) { show(lines); }) {
-    m_list->setContentsMargins(kCardMargins);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(8);
-    const QString title = QStringLiteral("Account freshness");
-    layout->addWidget(headingLabel(title, this, 1.2));
-    layout->addWidget(secondaryLabel(kNote, this));
-    m_list->setAccessibleName(title);
-    m_list->setContentsMargins(16, 6, 12, 6);
-    m_list->setLayout(m_rows);
-    m_rows->setContentsMargins(0, 0, 0, 0);
-    m_rows->setSpacing(0);
-    layout->addWidget(m_list);
-
+                [this](const std::vector<AccountFreshness>& lines) { showLines(lines); }) {
     connect(&m_bridge, &RuntimeBridge::changeSaved, this, [this](const SavedChange& change) {
         if (touches(change, {RecordKind::account, RecordKind::transaction, RecordKind::batch}))
             m_reading.start();
@@ -68,20 +52,15 @@ QStringList AccountFreshnessView::rowTexts() const {
     return texts;
 }
 
-void AccountFreshnessView::show(const std::vector<AccountFreshness>& lines) {
+void AccountFreshnessView::showLines(const std::vector<AccountFreshness>& lines) {
     // A menu's answer saves, and the save brings us here while that menu's
-    // button is still on the stack: old rows go once the event is over.
-    for (auto& row : m_shown) {
-        m_rows->removeWidget(row.widget);
-        row.widget->hide();
-        row.widget->deleteLater();
-    }
+    // button is still on the stack: the old rows go once the event is over.
+    clearRows();
     m_shown.clear();
 
-    m_list->setVisible(!lines.empty());
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const AccountFreshness& line = lines[i];
-        auto* widget = new QWidget(m_list);
+        auto* widget = new QWidget(this);
         auto* row = new QHBoxLayout(widget);
         row->setContentsMargins(0, 10, 0, 10);
         row->setSpacing(12);
@@ -114,6 +93,7 @@ void AccountFreshnessView::show(const std::vector<AccountFreshness>& lines) {
         status->setPopupMode(QToolButton::InstantPopup);
         status->setToolButtonStyle(Qt::ToolButtonTextOnly);
         status->setAutoRaise(true);
+        pressOnEnter(status);
         if (line.state == AccountFreshness::State::mayNeedImport)
             status->setForegroundRole(QPalette::Link);
         auto* menu = new QMenu(status);
@@ -130,14 +110,14 @@ void AccountFreshnessView::show(const std::vector<AccountFreshness>& lines) {
         widget->setAccessibleName(words);
 
         if (i > 0) {
-            auto* rule = new QFrame(m_list);
+            auto* rule = new QFrame(this);
             rule->setFrameShape(QFrame::HLine);
             rule->setFrameShadow(QFrame::Plain);
             rule->setForegroundRole(QPalette::Midlight);
-            m_rows->addWidget(rule);
+            addRow(rule);
             m_shown.push_back({rule, {}, {}, nullptr});
         }
-        m_rows->addWidget(widget);
+        addRow(widget);
         m_shown.push_back({widget, name->fullText(), words, status});
     }
 }

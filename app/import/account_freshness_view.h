@@ -16,17 +16,16 @@
 #include <vector>
 
 #include <QToolButton>
-#include <QVBoxLayout>
-#include <QWidget>
 
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/section_card.h"
 #include "core/model/uuid.h"
 #include "core/reports/account_freshness.h"
 #include "runtime/ledger_reading.h"
 
 namespace copperwick::app {
 
-class AccountFreshnessView : public QWidget {
+class AccountFreshnessView : public SectionCard {
     Q_OBJECT
 
   public:
@@ -50,11 +49,9 @@ class AccountFreshnessView : public QWidget {
         QToolButton* status;
     };
 
-    void show(const std::vector<AccountFreshness>& lines);
+    void showLines(const std::vector<AccountFreshness>& lines);
 
     RuntimeBridge& m_bridge;
-    QWidget* m_list;
-    QVBoxLayout* m_rows;
     std::vector<Row> m_shown;
     LedgerReading<std::vector<AccountFreshness>> m_reading;
 };

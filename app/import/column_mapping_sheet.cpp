@@ -1,6 +1,5 @@
 #include "app/import/column_mapping_sheet.h"
 
-#include <QDialogButtonBox>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -41,7 +40,7 @@ void choose(QComboBox* picker, const std::optional<std::string>& header) {
 
 ColumnMappingSheet::ColumnMappingSheet(RuntimeBridge& bridge, const ImportFile& file,
                                        QWidget* parent)
-    : QDialog(parent),
+    : SheetDialog(QStringLiteral("Choose columns"), toQString(kLayoutFormIntro), parent),
       m_bridge(bridge),
       m_fileID(file.id),
       m_fileName(file.url.filename().string()),
@@ -53,31 +52,17 @@ ColumnMappingSheet::ColumnMappingSheet(RuntimeBridge& bridge, const ImportFile& 
       m_type(new QComboBox(this)),
       m_split(new QCheckBox(QStringLiteral("Money in and out are in separate columns"), this)),
       m_sign(new QComboBox(this)),
-      m_form(new QFormLayout),
+      m_form(addForm()),
       m_preview(textLabel({}, this)),
       m_previewRows(secondaryLabel({}, this)),
-      m_save(new QPushButton(QStringLiteral("Save Layout"), this)),
-      m_cancel(new QPushButton(QStringLiteral("Cancel"), this)) {
-    const QString title = QStringLiteral("Choose columns");
-    setWindowTitle(title);
-    setAccessibleName(title);
-    setMinimumWidth(520);
+      m_save(addDefaultButton(QStringLiteral("Save Layout"))),
+      m_cancel(addCancelButton()) {
+    keepAtLeastWide(520);
+    // What the form asks of the person, rather than a note beside it.
+    introLabel()->setForegroundRole(QPalette::WindowText);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
-    layout->setSpacing(12);
-    layout->addWidget(headingLabel(title, this, 1.3));
-    QLabel* intro = secondaryLabel(toQString(kLayoutFormIntro), this);
-    intro->setForegroundRole(QPalette::WindowText);
-    layout->addWidget(intro);
-
-    m_form->setLabelAlignment(Qt::AlignRight);
-    m_form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    m_form->setHorizontalSpacing(12);
-    m_form->setVerticalSpacing(8);
     const auto row = [this](const QString& label, QWidget* field) {
-        field->setAccessibleName(label);
-        m_form->addRow(textLabel(label, this), field);
+        m_form->addRow(fieldLabel(label, field, this), field);
     };
     m_name->setPlaceholderText(QStringLiteral("e.g. Credit union checking"));
     row(QStringLiteral("Layout name"), m_name);
@@ -92,7 +77,8 @@ ColumnMappingSheet::ColumnMappingSheet(RuntimeBridge& bridge, const ImportFile& 
     m_columns[static_cast<std::size_t>(Column::description)] =
         makeColumnPicker(QStringLiteral("Description"), choose);
     m_split->setAccessibleName(m_split->text());
-    m_form->addRow(m_split);
+    // In the fields' column, under the columns it changes.
+    m_form->addRow(static_cast<QWidget*>(nullptr), m_split);
     m_columns[static_cast<std::size_t>(Column::amount)] =
         makeColumnPicker(QStringLiteral("Amount"), choose);
     m_columns[static_cast<std::size_t>(Column::moneyOut)] =
@@ -110,25 +96,15 @@ ColumnMappingSheet::ColumnMappingSheet(RuntimeBridge& bridge, const ImportFile& 
         makeColumnPicker(QStringLiteral("Cardholder (optional)"), none);
     m_columns[static_cast<std::size_t>(Column::cardNumber)] =
         makeColumnPicker(QStringLiteral("Card number (optional)"), none);
-    layout->addLayout(m_form);
 
-    layout->addWidget(secondaryLabel(toQString(kLayoutFormHeaderNote), this));
-
-    layout->addWidget(headingLabel(QStringLiteral("Preview"), this));
+    body()->addWidget(secondaryLabel(toQString(kLayoutFormHeaderNote), this));
+    body()->addWidget(headingLabel(QStringLiteral("Preview"), this));
     m_preview->setWordWrap(true);
-    layout->addWidget(m_preview);
+    body()->addWidget(m_preview);
     m_previewRows->setWordWrap(false);
-    layout->addWidget(m_previewRows);
-    layout->addStretch(1);
+    body()->addWidget(m_previewRows);
+    body()->addStretch(1);
 
-    auto* buttons = new QDialogButtonBox(this);
-    m_cancel->setAccessibleName(m_cancel->text());
-    m_save->setAccessibleName(m_save->text());
-    buttons->addButton(m_cancel, QDialogButtonBox::RejectRole);
-    buttons->addButton(m_save, QDialogButtonBox::AcceptRole);
-    m_save->setDefault(true);
-    layout->addWidget(buttons);
-    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_save, &QPushButton::clicked, this, &ColumnMappingSheet::save);
 
     LayoutDraft start = preselect(file.analysis, file.proposedProfile);
@@ -155,8 +131,7 @@ QComboBox* ColumnMappingSheet::makeColumnPicker(const QString& name, const QStri
     picker->addItem(empty);
     for (const auto& header : m_offered)
         picker->addItem(toQString(header), toQString(header));
-    picker->setAccessibleName(name);
-    m_form->addRow(textLabel(name, this), picker);
+    m_form->addRow(fieldLabel(name, picker, this), picker);
     return picker;
 }
 

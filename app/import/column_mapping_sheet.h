@@ -19,20 +19,20 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialog>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/sheet_dialog.h"
 #include "core/import/layout_teaching.h"
 #include "runtime/import_model.h"
 #include "runtime/main_queue.h"
 
 namespace copperwick::app {
 
-class ColumnMappingSheet : public QDialog {
+class ColumnMappingSheet : public SheetDialog {
     Q_OBJECT
 
   public:

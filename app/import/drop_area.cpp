@@ -4,14 +4,13 @@
 #include <QDropEvent>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
-#include <QUrl>
 #include <QVBoxLayout>
 
 #include "app/import/file_panels.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/text_styles.h"
 
 namespace copperwick::app {
 
@@ -23,58 +22,47 @@ const QString kLine = QStringLiteral(
     "and Bank of Ireland. OFX/QFX checking, savings and credit-card statements are also "
     "supported. For an unfamiliar CSV, Local AI helps on this computer, or you choose its "
     "columns once.");
-
-// The local files among dragged URLs; anything else isn't a bank file here.
-std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
-    std::vector<std::filesystem::path> files;
-    if (!data || !data->hasUrls())
-        return files;
-    for (const QUrl& url : data->urls()) {
-        if (url.isLocalFile())
-            files.push_back(localPath(url.toLocalFile()));
-    }
-    return files;
-}
+// The widest the explanatory line grows, so that it reads as a paragraph.
+constexpr int kLineMeasure = 640;
 
 }  // namespace
 
 DropArea::DropArea(QWidget* parent)
     : CardFrame(parent),
-      m_chooseFiles(new QPushButton(QStringLiteral("Choose Files"), this)),
-      m_layouts(new QPushButton(QStringLiteral("Bank File Layouts…"), this)) {
+      m_chooseFiles(pushButton(QStringLiteral("Choose Files"), this)),
+      m_layouts(pushButton(QStringLiteral("Bank File Layouts…"), this)) {
     setAcceptDrops(true);
-    setContentsMargins(24, 22, 24, 22);
     setAccessibleName(kTitle);
 
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    // On the layout, not the frame: a frame puts its own margins back
+    // whenever its style is applied again.
+    layout->setContentsMargins(24, 22, 24, 22);
     layout->setSpacing(8);
 
     auto* symbol = new SymbolView("tray.and.arrow.down", 40, this);
     layout->addWidget(symbol, 0, Qt::AlignHCenter);
 
-    auto* title = new QLabel(kTitle, this);
-    QFont titleFont = title->font();
-    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.15);
-    titleFont.setWeight(QFont::DemiBold);
-    title->setFont(titleFont);
+    QLabel* title = headingLabel(kTitle, this, 1.15);
     title->setAlignment(Qt::AlignHCenter);
-    title->setAccessibleName(kTitle);
     layout->addWidget(title);
 
-    auto* line = new QLabel(kLine, this);
-    line->setWordWrap(true);
+    // The line grows to its measure and no further, centred by the room on
+    // either side. Laid out with an alignment of its own instead, it was
+    // given the width of its hint but the height of the whole card's width,
+    // and lost its last lines.
+    QLabel* line = secondaryLabel(kLine, this);
     line->setAlignment(Qt::AlignHCenter);
-    line->setForegroundRole(QPalette::PlaceholderText);
-    line->setAccessibleName(kLine);
-    line->setMaximumWidth(640);
-    layout->addWidget(line, 0, Qt::AlignHCenter);
+    line->setMaximumWidth(kLineMeasure);
+    auto* lineRow = new QHBoxLayout;
+    lineRow->addStretch(0);
+    lineRow->addWidget(line, 1);
+    lineRow->addStretch(0);
+    layout->addLayout(lineRow);
 
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(10);
     buttons->addStretch(1);
-    m_chooseFiles->setAccessibleName(m_chooseFiles->text());
-    m_layouts->setAccessibleName(m_layouts->text());
     buttons->addWidget(m_chooseFiles);
     buttons->addWidget(m_layouts);
     buttons->addStretch(1);

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileDialog>
+#include <QUrl>
 
 namespace copperwick::app {
 
@@ -9,6 +10,17 @@ std::filesystem::path localPath(const QString& fileName) {
     // Through the file system's own encoding: a name that isn't UTF-8 still
     // names its file.
     return std::filesystem::path(QFile::encodeName(fileName).toStdString());
+}
+
+std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
+    std::vector<std::filesystem::path> files;
+    if (!data || !data->hasUrls())
+        return files;
+    for (const QUrl& url : data->urls()) {
+        if (url.isLocalFile())
+            files.push_back(localPath(url.toLocalFile()));
+    }
+    return files;
 }
 
 FilePanels FilePanels::standard() {

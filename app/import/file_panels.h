@@ -10,6 +10,7 @@
 #include <optional>
 #include <vector>
 
+#include <QMimeData>
 #include <QString>
 #include <QWidget>
 
@@ -30,5 +31,8 @@ struct FilePanels {
 
 // A path as the file system spells it, for a name a Qt dialog gave.
 [[nodiscard]] std::filesystem::path localPath(const QString& fileName);
+// The local files among dragged or dropped URLs, as the file system spells
+// them; anything else isn't a bank file.
+[[nodiscard]] std::vector<std::filesystem::path> localFiles(const QMimeData* data);
 
 }  // namespace copperwick::app

@@ -8,6 +8,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_icons.h"
 #include "app/widgets/symbol_view.h"
@@ -39,13 +40,6 @@ std::string planCurrency(const ImportFile& file, const Ledger& ledger) {
     return file.analysis.currencyHint.value_or(ledger.settings->reportCurrency);
 }
 
-QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
-    QLabel* label = textLabel(text, parent);
-    label->setBuddy(buddy);
-    buddy->setAccessibleName(text);
-    return label;
-}
-
 }  // namespace
 
 ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidget* parent)
@@ -58,7 +52,7 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
       m_remove(new QToolButton(this)),
       m_body(new QWidget(this)),
       m_unrecognized(new QWidget(m_body)),
-      m_chooseColumns(new QPushButton(QStringLiteral("Choose Columns…"), m_unrecognized)),
+      m_chooseColumns(pushButton(QStringLiteral("Choose Columns…"), m_unrecognized)),
       m_account(new QComboBox(m_body)),
       m_draftForm(new QWidget(m_body)),
       m_name(new QLineEdit(m_draftForm)),
@@ -73,9 +67,8 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
       m_flip(new QCheckBox(QStringLiteral("This bank shows purchases the other way around"),
                            m_flipRow)),
       m_summary(new ImportPlanSummary(m_body)) {
-    setContentsMargins(kCardMargins);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(kCardMargins);
     layout->setSpacing(12);
     layout->addWidget(makeHeader());
 
@@ -88,7 +81,6 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
     auto* unrecognized = new QHBoxLayout(m_unrecognized);
     unrecognized->setContentsMargins(0, 0, 0, 0);
     unrecognized->setSpacing(8);
-    m_chooseColumns->setAccessibleName(m_chooseColumns->text());
     unrecognized->addWidget(m_chooseColumns);
     auto* localAIPlace = new QWidget(m_unrecognized);
     localAIPlace->setObjectName(QStringLiteral("localAILayoutHelpPlace"));
@@ -177,6 +169,7 @@ QWidget* ImportFileCard::makeHeader() {
     m_remove->setAutoRaise(true);
     m_remove->setToolTip(kRemoveHelp);
     m_remove->setAccessibleName(kRemoveHelp);
+    pressOnEnter(m_remove);
     row->addWidget(m_remove, 0, Qt::AlignTop);
     return header;
 }

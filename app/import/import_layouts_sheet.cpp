@@ -1,6 +1,5 @@
 #include "app/import/import_layouts_sheet.h"
 
-#include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QScrollArea>
 
@@ -36,23 +35,18 @@ QString recognizedText(const ImportProfile& profile) {
 }  // namespace
 
 ImportLayoutsSheet::ImportLayoutsSheet(RuntimeBridge& bridge, FilePanels panels, QWidget* parent)
-    : QDialog(parent),
+    : SheetDialog(kTitle, {}, parent),
       m_bridge(bridge),
       m_panels(std::move(panels)),
       m_search(new QLineEdit(this)),
       m_list(new QWidget),
       m_rows(new QVBoxLayout(m_list)),
       m_refusal(textLabel({}, this)),
-      m_import(new QPushButton(QStringLiteral("Import Saved Layout…"), this)),
-      m_done(new QPushButton(QStringLiteral("Done"), this)) {
-    setWindowTitle(kTitle);
-    setAccessibleName(kTitle);
+      m_import(addFootButton(QStringLiteral("Import Saved Layout…"))),
+      m_done(addDefaultButton(QStringLiteral("Done"))) {
     resize(640, 620);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
+    QVBoxLayout* layout = body();
     layout->setSpacing(10);
-    layout->addWidget(headingLabel(kTitle, this, 1.3));
 
     const QString find = QStringLiteral("Find a bank or saved layout");
     m_search->setPlaceholderText(find);
@@ -66,6 +60,8 @@ ImportLayoutsSheet::ImportLayoutsSheet(RuntimeBridge& bridge, FilePanels panels,
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The rows' buttons take the keyboard, not the area around them.
+    scroll->setFocusPolicy(Qt::NoFocus);
     m_rows->setContentsMargins(0, 4, 0, 4);
     m_rows->setSpacing(8);
     scroll->setWidget(m_list);
@@ -74,15 +70,6 @@ ImportLayoutsSheet::ImportLayoutsSheet(RuntimeBridge& bridge, FilePanels panels,
     m_refusal->setWordWrap(true);
     m_refusal->setVisible(false);
     layout->addWidget(m_refusal);
-
-    auto* foot = new QHBoxLayout;
-    m_import->setAccessibleName(m_import->text());
-    m_done->setAccessibleName(m_done->text());
-    foot->addWidget(m_import);
-    foot->addStretch(1);
-    foot->addWidget(m_done);
-    m_done->setDefault(true);
-    layout->addLayout(foot);
 
     connect(m_search, &QLineEdit::textChanged, this, &ImportLayoutsSheet::applyFilter);
     connect(m_import, &QPushButton::clicked, this, &ImportLayoutsSheet::importLayout);
@@ -127,14 +114,13 @@ void ImportLayoutsSheet::fill() {
     }
     m_rows->addStretch(1);
     applyFilter();
+    orderTabsAsLaidOut();
 }
 
 QWidget* ImportLayoutsSheet::makeRow(const ImportProfile& profile, QPushButton*& exportButton) {
     auto* card = new CardFrame(m_list);
-    card->setContentsMargins(kCardMargins);
-    card->setContentsMargins(14, 10, 14, 10);
     auto* layout = new QHBoxLayout(card);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(14, 10, 14, 10);
     layout->setSpacing(12);
 
     auto* text = new QVBoxLayout;
@@ -156,9 +142,8 @@ QWidget* ImportLayoutsSheet::makeRow(const ImportProfile& profile, QPushButton*&
     layout->addLayout(text, 1);
 
     if (!profile.isBuiltIn) {
-        exportButton = new QPushButton(QStringLiteral("Export Layout…"), card);
-        exportButton->setAccessibleName(exportButton->text() + QLatin1Char(' ') +
-                                        toQString(profile.name));
+        exportButton = pushButton(QStringLiteral("Export Layout…"), card);
+        exportButton->setAccessibleDescription(toQString(profile.name));
         connect(exportButton, &QPushButton::clicked, this,
                 [this, profile] { exportLayout(profile); });
         layout->addWidget(exportButton, 0, Qt::AlignVCenter);

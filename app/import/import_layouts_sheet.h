@@ -12,7 +12,6 @@
 
 #include <vector>
 
-#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -20,11 +19,12 @@
 
 #include "app/import/file_panels.h"
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/sheet_dialog.h"
 #include "core/model/import_profile.h"
 
 namespace copperwick::app {
 
-class ImportLayoutsSheet : public QDialog {
+class ImportLayoutsSheet : public SheetDialog {
     Q_OBJECT
 
   public:

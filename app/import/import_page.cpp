@@ -8,12 +8,12 @@
 #include <QTimer>
 
 #include "app/import/bundled_samples.h"
-#include "app/import/tab_order.h"
 #include "app/shell/sections.h"
 #include "app/widgets/card_frame.h"
 #include "app/widgets/page_header.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
 #include "core/import/import_words.h"
 #include "runtime/preferences.h"
@@ -25,30 +25,16 @@ namespace {
 const QString kSubtitle = QStringLiteral(
     "Add bank CSV, OFX or QFX files. Copperwick shows exactly what it found, and nothing is "
     "saved until you choose Import.");
-constexpr int kSideMargin = 28;
 
 }  // namespace
 
 ImportPage::ImportPage(RuntimeBridge& bridge, QWidget* parent)
     : SectionPage(parent), m_bridge(bridge) {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-
-    auto* header =
-        new PageHeader(toQString(sectionInfo(AppSection::importFiles).label), kSubtitle, this);
-    header->setContentsMargins(kSideMargin, 24, kSideMargin, 14);
-    layout->addWidget(header);
-
-    m_scroll = new QScrollArea(this);
-    m_scroll->setWidgetResizable(true);
-    m_scroll->setFrameShape(QFrame::NoFrame);
-    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_scroll->setFocusPolicy(Qt::NoFocus);
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
-    column->setContentsMargins(kSideMargin, 4, kSideMargin, 24);
-    column->setSpacing(14);
+    // The title scrolls with the rest, as on every screen; the import bar
+    // stays at the foot.
+    QVBoxLayout* column =
+        makeScrollingColumn(toQString(sectionInfo(AppSection::importFiles).label), kSubtitle);
+    QWidget* content = scrollArea()->widget();
 
     m_dropArea = new DropArea(content);
     column->addWidget(m_dropArea);
@@ -68,8 +54,7 @@ ImportPage::ImportPage(RuntimeBridge& bridge, QWidget* parent)
     auto* filesRow = new QHBoxLayout(m_filesHeader);
     filesRow->setContentsMargins(0, 0, 0, 0);
     filesRow->addStretch(1);
-    m_clear = new QPushButton(QStringLiteral("Clear"), m_filesHeader);
-    m_clear->setAccessibleName(m_clear->text());
+    m_clear = pushButton(QStringLiteral("Clear"), m_filesHeader);
     filesRow->addWidget(m_clear);
     m_filesHeader->setVisible(false);
     column->addWidget(m_filesHeader);
@@ -84,19 +69,15 @@ ImportPage::ImportPage(RuntimeBridge& bridge, QWidget* parent)
     m_cardRows->setSpacing(14);
     column->addWidget(m_cardsBox);
 
-    column->addSpacing(10);
     m_history = new RecentImportsSection(bridge, content);
     column->addWidget(m_history);
-    column->addSpacing(10);
     m_freshness = new AccountFreshnessView(bridge, content);
     column->addWidget(m_freshness);
     column->addStretch(1);
-    m_scroll->setWidget(content);
-    layout->addWidget(m_scroll, 1);
 
     m_bar = new ImportBar(this);
     m_bar->setVisible(false);
-    layout->addWidget(m_bar);
+    layout()->addWidget(m_bar);
 
     connect(m_dropArea, &DropArea::filesDropped, this,
             [this](const std::vector<std::filesystem::path>& files) {
@@ -134,15 +115,17 @@ void ImportPage::showPending() {
     if (texts == m_pendingTexts)
         return;
     for (QWidget* row : m_pendingShown) {
+        // Out of sight at once: until it goes, it would stand over the card
+        // that takes its place.
         m_pendingRows->removeWidget(row);
+        row->hide();
         row->deleteLater();
     }
     m_pendingShown.clear();
     for (const QString& text : texts) {
         auto* card = new CardFrame(m_cardsBox->parentWidget());
-        card->setContentsMargins(kCardMargins);
         auto* row = new QHBoxLayout(card);
-        row->setContentsMargins(0, 0, 0, 0);
+        row->setContentsMargins(kCardMargins);
         row->setSpacing(12);
         row->addWidget(new SymbolView("doc.text", 22, card));
         row->addWidget(textLabel(text, card), 1);
@@ -195,11 +178,14 @@ void ImportPage::showCards() {
             card->show();
         }
         m_order = std::move(order);
-        orderTabs();
     }
+    // Cards come and go, and the freshness rows are made again after a save.
+    orderTabs();
 
     const bool hasFiles = !importer.files().empty();
     m_filesHeader->setVisible(hasFiles);
+    // Empty, it would still take the column's spacing twice.
+    m_cardsBox->setVisible(hasFiles);
     m_bar->setVisible(hasFiles);
     m_bar->showModel(importer);
     m_lastResult->setVisible(importer.lastResult().has_value());

@@ -77,7 +77,6 @@ class ImportPage : public SectionPage {
 
     RuntimeBridge& m_bridge;
     FilePanels m_panels = FilePanels::standard();
-    QScrollArea* m_scroll;
     DropArea* m_dropArea;
     QWidget* m_lastResult;
     QLabel* m_lastResultText;

@@ -2,13 +2,14 @@
 
 #include <array>
 
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/reflow_grid_layout.h"
 #include "app/widgets/symbol_view.h"
 #include "app/widgets/text_styles.h"
 #include "core/import/import_words.h"
@@ -109,6 +110,7 @@ ImportPlanSummary::ImportPlanSummary(QWidget* parent)
     m_previewToggle->setAutoRaise(true);
     m_previewToggle->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_previewToggle->setArrowType(Qt::RightArrow);
+    pressOnEnter(m_previewToggle);
     layout->addWidget(m_previewToggle, 0, Qt::AlignLeft);
     m_preview->setAccessibleName(previewTitle);
     m_preview->setColumnCount(4);
@@ -160,11 +162,11 @@ ImportPlanSummary::ImportPlanSummary(QWidget* parent)
 }
 
 QWidget* ImportPlanSummary::makeFigures() {
+    // As many columns as fit, up to five: a narrow window moves figures to
+    // the next row rather than holding the whole screen wider than itself.
     auto* figures = new QWidget(this);
-    auto* grid = new QGridLayout(figures);
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setHorizontalSpacing(24);
-    grid->setVerticalSpacing(10);
+    auto* grid = new ReflowGridLayout(kFigureColumns, figures);
+    grid->setSpacings(24, 10);
     for (std::size_t i = 0; i < kFigureCount; ++i) {
         auto* cell = new QWidget(figures);
         auto* column = new QVBoxLayout(cell);
@@ -175,12 +177,9 @@ QWidget* ImportPlanSummary::makeFigures() {
         QLabel* value = headingLabel({}, cell);
         column->addWidget(caption);
         column->addWidget(value);
-        const int index = static_cast<int>(i);
-        grid->addWidget(cell, index / kFigureColumns, index % kFigureColumns);
+        grid->addWidget(cell);
         m_figures.push_back({caption, value});
     }
-    for (int column = 0; column < kFigureColumns; ++column)
-        grid->setColumnStretch(column, 1);
     return figures;
 }
 

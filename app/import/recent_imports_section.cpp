@@ -201,28 +201,26 @@ void ImportHistoryView::keyPressEvent(QKeyEvent* event) {
 }
 
 RecentImportsSection::RecentImportsSection(RuntimeBridge& bridge, QWidget* parent)
-    : QWidget(parent),
+    : SectionCard(QStringLiteral("Import history"), {}, {}, parent),
       m_bridge(bridge),
       m_model(new ImportHistoryModel(bridge.runtime(), this)),
       m_view(new ImportHistoryView(this)),
       m_empty(secondaryLabel(toQString(kNothingImportedYet), this)) {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(8);
-    const QString title = QStringLiteral("Import history");
-    layout->addWidget(headingLabel(title, this, 1.2));
+    QVBoxLayout* layout = body();
     layout->addWidget(m_empty);
 
     auto* delegate = new ImportHistoryDelegate(m_view);
     m_view->setModel(m_model);
     m_view->setItemDelegate(delegate);
-    m_view->setAccessibleName(title);
+    m_view->setAccessibleName(titleLabel()->text());
     m_view->setSelectionMode(QAbstractItemView::SingleSelection);
     m_view->setUniformItemSizes(true);
     m_view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_view->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_view->setFrameShape(QFrame::StyledPanel);
+    // The list sits on its card's surface rather than a field of its own.
+    m_view->setFrameShape(QFrame::NoFrame);
+    m_view->viewport()->setAutoFillBackground(false);
     layout->addWidget(m_view);
 
     connect(delegate, &ImportHistoryDelegate::undoClicked, this,

@@ -22,6 +22,7 @@
 #include <QWidget>
 
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/section_card.h"
 #include "core/model/import_batch.h"
 
 namespace copperwick::app {
@@ -89,7 +90,7 @@ class ImportHistoryView : public QListView {
     void keyPressEvent(QKeyEvent* event) override;
 };
 
-class RecentImportsSection : public QWidget {
+class RecentImportsSection : public SectionCard {
     Q_OBJECT
 
   public:

@@ -1,5 +1,4 @@
 #include "app/review/review_group_card.h"
-#include "app/widgets/text_styles.h"
 
 #include <QCompleter>
 #include <QGridLayout>
@@ -10,6 +9,7 @@
 #include "app/review/review_styles.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/text_styles.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
 #include "core/operations/classification.h"
@@ -25,14 +25,14 @@ constexpr int kBadgeSize = 40;
 constexpr TransactionKind kKinds[] = {TransactionKind::expense, TransactionKind::income,
                                       TransactionKind::transfer};
 
-QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
+// A field's label over the field, a little smaller and stronger than the
+// card's text.
+QLabel* captionLabel(const QString& text, QWidget* buddy, QWidget* parent) {
+    QLabel* label = fieldLabel(text, buddy, parent);
     QFont font = label->font();
     font.setWeight(QFont::DemiBold);
     font.setPointSizeF(font.pointSizeF() * 0.92);
     label->setFont(font);
-    label->setBuddy(buddy);
-    label->setAccessibleName(text);
     return label;
 }
 
@@ -58,7 +58,7 @@ ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& grou
       m_asksPurpose(ReviewDecisions::asksPurpose(group)) {
     setAccessibleName(toQString(group.displayName));
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(18, 16, 18, 16);
+    layout->setContentsMargins(kCardMargins);
     layout->setSpacing(14);
     layout->addWidget(buildHeader());
     layout->addWidget(buildBanner());
@@ -76,18 +76,14 @@ ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& grou
 
     auto* actions = new QHBoxLayout;
     actions->setSpacing(8);
-    m_showTransactions = new QPushButton(QStringLiteral("Show Transactions"), this);
-    m_showTransactions->setAccessibleName(m_showTransactions->text());
-    m_showTransactions->setAutoDefault(true);
+    m_showTransactions = pushButton(QStringLiteral("Show Transactions"), this);
     actions->addWidget(m_showTransactions);
     m_askPlace = new QWidget(this);
     m_askPlace->setObjectName(QStringLiteral("askLocalAIPlace"));
     m_askPlace->hide();
     actions->addWidget(m_askPlace);
     actions->addStretch(1);
-    m_save = new QPushButton(QStringLiteral("Save"), this);
-    m_save->setAccessibleName(m_save->text());
-    m_save->setAutoDefault(true);
+    m_save = pushButton(QStringLiteral("Save"), this);
     makePrimary(m_save);
     actions->addWidget(m_save);
     layout->addLayout(actions);
@@ -174,9 +170,7 @@ QWidget* ReviewGroupCard::buildBanner() {
     words->addWidget(m_bannerFiling);
     words->addWidget(m_bannerReason);
     layout->addLayout(words, 1);
-    m_approve = new QPushButton(QStringLiteral("Approve"), m_banner);
-    m_approve->setAccessibleName(m_approve->text());
-    m_approve->setAutoDefault(true);
+    m_approve = pushButton(QStringLiteral("Approve"), m_banner);
     layout->addWidget(m_approve, 0, Qt::AlignVCenter);
     connect(m_approve, &QPushButton::clicked, this, [this] { approve(); });
     return m_banner;
@@ -190,7 +184,6 @@ QWidget* ReviewGroupCard::buildStandardEditor(QAbstractItemModel* merchantNames)
     grid->setVerticalSpacing(4);
 
     m_merchant = new QLineEdit(editor);
-    m_merchant->setAccessibleName(QStringLiteral("Merchant"));
     m_merchant->setClearButtonEnabled(true);
     if (merchantNames) {
         auto* completer = new QCompleter(merchantNames, m_merchant);
@@ -198,17 +191,14 @@ QWidget* ReviewGroupCard::buildStandardEditor(QAbstractItemModel* merchantNames)
         completer->setFilterMode(Qt::MatchContains);
         m_merchant->setCompleter(completer);
     }
-    m_category = new QComboBox(editor);
-    m_category->setAccessibleName(QStringLiteral("Category"));
-    m_category->setPlaceholderText(QStringLiteral("Choose"));
+    makeCategoryBox(editor);
     m_kind = new QComboBox(editor);
-    m_kind->setAccessibleName(QStringLiteral("File as"));
     for (const TransactionKind kind : kKinds)
         m_kind->addItem(toQString(label(kind)), QString::fromLatin1(rawValue(kind).data()));
 
-    grid->addWidget(fieldLabel(QStringLiteral("Merchant"), m_merchant, editor), 0, 0);
-    grid->addWidget(fieldLabel(QStringLiteral("Category"), m_category, editor), 0, 1);
-    grid->addWidget(fieldLabel(QStringLiteral("File as"), m_kind, editor), 0, 2);
+    grid->addWidget(captionLabel(QStringLiteral("Merchant"), m_merchant, editor), 0, 0);
+    grid->addWidget(captionLabel(QStringLiteral("Category"), m_category, editor), 0, 1);
+    grid->addWidget(captionLabel(QStringLiteral("File as"), m_kind, editor), 0, 2);
     grid->addWidget(m_merchant, 1, 0);
     grid->addWidget(m_category, 1, 1);
     grid->addWidget(m_kind, 1, 2);
@@ -238,6 +228,12 @@ QWidget* ReviewGroupCard::buildStandardEditor(QAbstractItemModel* merchantNames)
         fillCategories();
         decisionChanged();
     });
+    return editor;
+}
+
+void ReviewGroupCard::makeCategoryBox(QWidget* parent) {
+    m_category = new QComboBox(parent);
+    m_category->setPlaceholderText(QStringLiteral("Choose"));
     connect(m_category, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int index) {
         if (m_updating)
             return;
@@ -246,7 +242,6 @@ QWidget* ReviewGroupCard::buildStandardEditor(QAbstractItemModel* merchantNames)
                       : Uuid::parse(toStdString(m_category->itemData(index).toString()));
         decisionChanged();
     });
-    return editor;
 }
 
 QWidget* ReviewGroupCard::buildPurposeEditor() {
@@ -254,7 +249,7 @@ QWidget* ReviewGroupCard::buildPurposeEditor() {
     auto* layout = new QVBoxLayout(m_purposeEditor);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(4);
-    auto* question = fieldLabel(QStringLiteral("What was this for?"), nullptr, m_purposeEditor);
+    auto* question = captionLabel(QStringLiteral("What was this for?"), nullptr, m_purposeEditor);
     layout->addWidget(question);
     m_purposes = new QButtonGroup(this);
     m_purposes->setExclusive(true);
@@ -271,11 +266,10 @@ QWidget* ReviewGroupCard::buildPurposeEditor() {
     auto* categoryLayout = new QVBoxLayout(m_categoryField);
     categoryLayout->setContentsMargins(0, 4, 0, 0);
     categoryLayout->setSpacing(4);
-    m_category = new QComboBox(m_categoryField);
-    m_category->setAccessibleName(QStringLiteral("Category"));
-    m_category->setPlaceholderText(QStringLiteral("Choose"));
+    makeCategoryBox(m_categoryField);
     m_category->setMinimumWidth(220);
-    categoryLayout->addWidget(fieldLabel(QStringLiteral("Category"), m_category, m_categoryField));
+    categoryLayout->addWidget(
+        captionLabel(QStringLiteral("Category"), m_category, m_categoryField));
     categoryLayout->addWidget(m_category, 0, Qt::AlignLeft);
     m_categoryRefusal = refusalLabel(m_categoryField);
     categoryLayout->addWidget(m_categoryRefusal);
@@ -286,14 +280,6 @@ QWidget* ReviewGroupCard::buildPurposeEditor() {
             return;
         m_decision.purpose = static_cast<ZelleChoice>(id);
         fillCategories();
-        decisionChanged();
-    });
-    connect(m_category, qOverload<int>(&QComboBox::currentIndexChanged), this, [this](int index) {
-        if (m_updating)
-            return;
-        m_decision.categoryID =
-            index < 0 ? std::nullopt
-                      : Uuid::parse(toStdString(m_category->itemData(index).toString()));
         decisionChanged();
     });
     return m_purposeEditor;

@@ -95,6 +95,8 @@ class ReviewGroupCard : public CardFrame {
     QWidget* buildBanner();
     QWidget* buildStandardEditor(QAbstractItemModel* merchantNames);
     QWidget* buildPurposeEditor();
+    // The category's list, which both editors have; the decision follows it.
+    void makeCategoryBox(QWidget* parent);
     void updateHeader();
     // The categories that fit what is being decided, keeping the choice.
     void fillCategories();

@@ -9,9 +9,10 @@
 #include <QShowEvent>
 
 #include "app/shell/sections.h"
-#include "app/widgets/page_header.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/symbol_view.h"
+#include "app/widgets/tab_order.h"
+#include "app/widgets/text_styles.h"
 #include "core/presentation/review_text.h"
 
 namespace copperwick::app {
@@ -50,21 +51,9 @@ ReviewSnapshot readReviewQueue(const Ledger& ledger, LocalDate today) {
 
 ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
     : SectionPage(parent), m_bridge(bridge), m_runtime(bridge.runtime()) {
-    auto* outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    m_scroll = new QScrollArea(this);
-    m_scroll->setFrameShape(QFrame::NoFrame);
-    m_scroll->setWidgetResizable(true);
-    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    outer->addWidget(m_scroll);
-
-    auto* content = new QWidget(m_scroll);
-    content->setBackgroundRole(QPalette::Window);
-    auto* layout = new QVBoxLayout(content);
-    layout->setContentsMargins(28, 24, 28, 28);
-    layout->setSpacing(14);
-    const auto& info = sectionInfo(AppSection::review);
-    layout->addWidget(new PageHeader(toQString(info.label), toQString(kSubtitle), content));
+    QVBoxLayout* layout =
+        makeScrollingColumn(toQString(sectionInfo(AppSection::review).label), toQString(kSubtitle));
+    QWidget* content = scrollArea()->widget();
 
     m_count = new QLabel(content);
     QFont countFont = m_count->font();
@@ -90,9 +79,7 @@ ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
     m_cardList->setSpacing(12);
     layout->addLayout(m_cardList);
 
-    m_showMore = new QPushButton(QStringLiteral("Show More"), content);
-    m_showMore->setAccessibleName(m_showMore->text());
-    m_showMore->setAutoDefault(true);
+    m_showMore = pushButton(QStringLiteral("Show More"), content);
     m_showMore->hide();
     layout->addWidget(m_showMore, 0, Qt::AlignHCenter);
 
@@ -106,10 +93,10 @@ ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
     m_rules = new RuleSuggestionsSection(m_runtime, content);
     layout->addWidget(m_rules);
     layout->addStretch(1);
-    m_scroll->setWidget(content);
 
     connect(m_showMore, &QPushButton::clicked, this, &ReviewPage::showMore);
-    connect(m_scroll->verticalScrollBar(), &QScrollBar::valueChanged, this, &ReviewPage::scrolled);
+    connect(scrollArea()->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &ReviewPage::scrolled);
     connect(&m_bridge, &RuntimeBridge::changeSaved, this, &ReviewPage::changeSaved);
     connect(m_rules, &RuleSuggestionsSection::create, this,
             [this](const RuleSuggestion& suggestion) {
@@ -128,31 +115,19 @@ QWidget* ReviewPage::buildCaughtUp(QWidget* parent) {
     layout->setContentsMargins(0, 40, 0, 40);
     layout->setSpacing(10);
     layout->addWidget(new SymbolView("checkmark.seal.fill", 56, panel), 0, Qt::AlignHCenter);
-    const QString title = toQString(ReviewText::kAllCaughtUp);
-    auto* heading = new QLabel(title, panel);
-    QFont font = heading->font();
-    font.setWeight(QFont::DemiBold);
-    font.setPointSizeF(font.pointSizeF() * 1.35);
-    heading->setFont(font);
-    heading->setAccessibleName(title);
-    layout->addWidget(heading, 0, Qt::AlignHCenter);
-    auto* detail = new QLabel(toQString(ReviewText::kAllCaughtUpDetail), panel);
-    detail->setForegroundRole(QPalette::PlaceholderText);
-    detail->setWordWrap(true);
+    layout->addWidget(headingLabel(toQString(ReviewText::kAllCaughtUp), panel, 1.35), 0,
+                      Qt::AlignHCenter);
+    QLabel* detail = secondaryLabel(toQString(ReviewText::kAllCaughtUpDetail), panel);
     detail->setAlignment(Qt::AlignHCenter);
-    detail->setAccessibleName(detail->text());
     layout->addWidget(detail);
 
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(10);
     buttons->addStretch(1);
-    auto* reports = new QPushButton(QStringLiteral("View Reports"), panel);
-    auto* import = new QPushButton(QStringLiteral("Import Files"), panel);
-    for (QPushButton* button : {reports, import}) {
-        button->setAccessibleName(button->text());
-        button->setAutoDefault(true);
-        buttons->addWidget(button);
-    }
+    QPushButton* reports = pushButton(QStringLiteral("View Reports"), panel);
+    QPushButton* import = pushButton(QStringLiteral("Import Files"), panel);
+    buttons->addWidget(reports);
+    buttons->addWidget(import);
     buttons->addStretch(1);
     layout->addSpacing(6);
     layout->addLayout(buttons);
@@ -227,6 +202,7 @@ void ReviewPage::install(ReviewSnapshot snapshot, bool choicesChanged) {
     layoutCards(choicesChanged);
     m_stale->setTransactions(m_snapshot.stalePending);
     m_rules->setSuggestions(m_snapshot.ruleSuggestions);
+    orderTabs({scrollArea()});
 }
 
 void ReviewPage::layoutCards(bool choicesChanged) {
@@ -300,13 +276,14 @@ void ReviewPage::showMore() {
         return;
     m_limit += kCardsAtOnce;
     layoutCards(false);
+    orderTabs({scrollArea()});
 }
 
 void ReviewPage::scrolled(int value) {
     // Near the end of what is made, the next batch is made before the
     // person reaches it.
-    const QScrollBar* bar = m_scroll->verticalScrollBar();
-    if (m_showMore->isVisible() && value >= bar->maximum() - m_scroll->viewport()->height() / 2)
+    const QScrollBar* bar = scrollArea()->verticalScrollBar();
+    if (m_showMore->isVisible() && value >= bar->maximum() - scrollArea()->viewport()->height() / 2)
         showMore();
 }
 

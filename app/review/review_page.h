@@ -82,7 +82,6 @@ class ReviewPage : public SectionPage {
     [[nodiscard]] QPushButton* showMoreButton() const { return m_showMore; }
     [[nodiscard]] StalePendingSection* stalePendingSection() const { return m_stale; }
     [[nodiscard]] RuleSuggestionsSection* ruleSuggestionsSection() const { return m_rules; }
-    [[nodiscard]] QScrollArea* scrollArea() const { return m_scroll; }
 
     // Makes one more batch of cards.
     void showMore();
@@ -125,7 +124,6 @@ class ReviewPage : public SectionPage {
     uint64_t m_readingNumber = 0;
     std::unique_ptr<BackgroundWork> m_work;
 
-    QScrollArea* m_scroll = nullptr;
     QLabel* m_count = nullptr;
     // Where the Local AI bar stands while Local AI is on; empty and hidden
     // until that work lands, and hidden with Local AI off.

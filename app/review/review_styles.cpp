@@ -4,17 +4,13 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include "app/widgets/colour_mix.h"
+
 namespace copperwick::app {
 
 namespace {
 
 constexpr qreal kRadius = 7;
-
-QColor mix(const QColor& from, const QColor& to, double t) {
-    const auto channel = [t](float a, float b) { return static_cast<float>(a + (b - a) * t); };
-    return QColor::fromRgbF(channel(from.redF(), to.redF()), channel(from.greenF(), to.greenF()),
-                            channel(from.blueF(), to.blueF()));
-}
 
 }  // namespace
 

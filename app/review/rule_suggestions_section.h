@@ -10,15 +10,14 @@
 #include <vector>
 
 #include <QPushButton>
-#include <QVBoxLayout>
 
-#include "app/widgets/card_frame.h"
+#include "app/widgets/section_card.h"
 #include "core/review/rule_suggester.h"
 #include "runtime/ledger_runtime.h"
 
 namespace copperwick::app {
 
-class RuleSuggestionsSection : public CardFrame {
+class RuleSuggestionsSection : public SectionCard {
     Q_OBJECT
 
   public:
@@ -38,7 +37,6 @@ class RuleSuggestionsSection : public CardFrame {
   private:
     LedgerRuntime& m_runtime;
     std::vector<RuleSuggestion> m_suggestions;
-    QVBoxLayout* m_rows;
     std::vector<QStringList> m_texts;
     std::vector<QPushButton*> m_buttons;
 };

@@ -1,11 +1,11 @@
 #include "app/review/stale_pending_section.h"
-#include "app/widgets/text_styles.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 
 #include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/text_styles.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
 #include "core/operations/classification.h"
@@ -20,17 +20,9 @@ constexpr std::string_view kRemoveLabel = "Remove pending charge";
 }  // namespace
 
 StalePendingSection::StalePendingSection(LedgerRuntime& runtime, QWidget* parent)
-    : CardFrame(parent), m_runtime(runtime), m_rows(new QVBoxLayout) {
-    const QString title = toQString(ReviewText::kStalePendingTitle);
-    setAccessibleName(title);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(18, 16, 18, 12);
-    layout->setSpacing(6);
-    layout->addWidget(headingLabel(title, this, 1.08));
-    layout->addWidget(noteLabel(toQString(ReviewText::kStalePendingDetail), this));
-    m_rows->setSpacing(0);
-    m_rows->setContentsMargins(0, 6, 0, 0);
-    layout->addLayout(m_rows);
+    : SectionCard(toQString(ReviewText::kStalePendingTitle),
+                  toQString(ReviewText::kStalePendingDetail), {}, parent),
+      m_runtime(runtime) {
     hide();
 }
 
@@ -40,14 +32,7 @@ void StalePendingSection::setTransactions(const std::vector<LedgerTransaction>& 
         return;
     m_transactions = transactions;
     m_buttons.clear();
-    // Later, not now: the line's own "Remove" may be what brought us here.
-    while (QLayoutItem* item = m_rows->takeAt(0)) {
-        if (QWidget* row = item->widget()) {
-            row->hide();
-            row->deleteLater();
-        }
-        delete item;
-    }
+    clearRows();
     const Ledger& ledger = m_runtime.ledger();
     for (const LedgerTransaction& transaction : m_transactions) {
         auto* row = new QWidget(this);
@@ -72,15 +57,13 @@ void StalePendingSection::setTransactions(const std::vector<LedgerTransaction>& 
             new QLabel(toQString(Money::format(transaction.amount, transaction.currency)), row);
         amount->setAccessibleName(amount->text());
         line->addWidget(amount);
-        auto* remove = new QPushButton(QStringLiteral("Remove"), row);
-        remove->setAccessibleName(remove->text());
+        QPushButton* remove = pushButton(QStringLiteral("Remove"), row);
         remove->setAccessibleDescription(toQString(transaction.rawDescription));
-        remove->setAutoDefault(true);
         const Uuid id = transaction.id;
         connect(remove, &QPushButton::clicked, this, [this, id] { this->remove(id); });
         line->addWidget(remove);
         m_buttons.emplace_back(id, remove);
-        m_rows->addWidget(row);
+        addRow(row);
     }
 }
 

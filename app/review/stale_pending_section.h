@@ -9,15 +9,14 @@
 #include <vector>
 
 #include <QPushButton>
-#include <QVBoxLayout>
 
-#include "app/widgets/card_frame.h"
+#include "app/widgets/section_card.h"
 #include "core/model/ledger_transaction.h"
 #include "runtime/ledger_runtime.h"
 
 namespace copperwick::app {
 
-class StalePendingSection : public CardFrame {
+class StalePendingSection : public SectionCard {
     Q_OBJECT
 
   public:
@@ -36,7 +35,6 @@ class StalePendingSection : public CardFrame {
   private:
     LedgerRuntime& m_runtime;
     std::vector<LedgerTransaction> m_transactions;
-    QVBoxLayout* m_rows;
     std::vector<std::pair<Uuid, QPushButton*>> m_buttons;
 };
 

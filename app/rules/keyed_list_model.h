@@ -7,12 +7,15 @@
 // redrawn. A view over it keeps its selection and scroll place through a
 // save, which a reset would lose.
 //
-// The subclass keeps what each row shows, by key, and calls syncKeys after
-// it has read the ledger again. Main thread only.
+// The subclass keeps what each row shows, by key, in a map it hands to
+// installRows after it has read the ledger again (or calls syncKeys itself).
+// Main thread only.
 
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <QAbstractListModel>
@@ -40,8 +43,43 @@ class KeyedListModel : public QAbstractListModel {
     // order, or rowCount for the end); false when that isn't a move.
     bool moveKey(int source, int destination);
 
+    // Makes `fresh` the rows, in its order, keeping each row's content in
+    // `rows`; a row whose content differs from what `rows` held is redrawn.
+    template <typename Row>
+    void installRows(std::unordered_map<std::string, Row>& rows,
+                     std::vector<std::pair<std::string, Row>> fresh);
+    // The content of `row` in `rows`, or null for a row that isn't there.
+    template <typename Row>
+    [[nodiscard]] const Row* rowIn(const std::unordered_map<std::string, Row>& rows, int row) const;
+
   private:
     std::vector<std::string> m_keys;
 };
+
+template <typename Row>
+void KeyedListModel::installRows(std::unordered_map<std::string, Row>& rows,
+                                 std::vector<std::pair<std::string, Row>> fresh) {
+    std::vector<std::string> keys;
+    keys.reserve(fresh.size());
+    std::set<std::string> touched;
+    std::unordered_map<std::string, Row> installed;
+    for (auto& [key, row] : fresh) {
+        const auto old = rows.find(key);
+        if (old != rows.end() && !(old->second == row))
+            touched.insert(key);
+        keys.push_back(key);
+        installed.emplace(std::move(key), std::move(row));
+    }
+    rows = std::move(installed);
+    syncKeys(keys, touched);
+}
+
+template <typename Row>
+const Row* KeyedListModel::rowIn(const std::unordered_map<std::string, Row>& rows, int row) const {
+    if (row < 0 || row >= rowCount())
+        return nullptr;
+    const auto found = rows.find(keyAt(row));
+    return found == rows.end() ? nullptr : &found->second;
+}
 
 }  // namespace copperwick::app

@@ -5,8 +5,8 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 
-#include "app/rules/refusal_line.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/refusal_line.h"
 #include "app/widgets/text_styles.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/merchants.h"
@@ -23,13 +23,6 @@ constexpr std::string_view kNoKeysText =
 
 // "Always file as": no default (-1), or a kind.
 constexpr int kNoDefault = -1;
-
-QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setBuddy(buddy);
-    buddy->setAccessibleName(text);
-    return label;
-}
 
 std::optional<Uuid> chosenID(const QComboBox* box) {
     const QVariant data = box->currentData();
@@ -48,26 +41,21 @@ std::optional<TransactionKind> chosenKind(const QComboBox* box) {
 }  // namespace
 
 MerchantEditorSheet::MerchantEditorSheet(RuntimeBridge& bridge, Uuid merchantID, QWidget* parent)
-    : QDialog(parent), m_bridge(bridge) {
+    : SheetDialog(QStringLiteral("Edit merchant"), toQString(kIntro), parent), m_bridge(bridge) {
     if (const Merchant* merchant = m_bridge.runtime().ledger().merchant(merchantID))
         m_merchant = *merchant;
     else
         m_merchant.id = merchantID;
     m_keys = m_merchant.keys;
 
-    const QString title = QStringLiteral("Edit merchant");
-    setWindowTitle(title);
     setModal(true);
-    setMinimumWidth(520);
+    keepAtLeastWide(520);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 18);
-    layout->setSpacing(12);
-    layout->addWidget(headingLabel(title, this, 1.3));
-    layout->addWidget(secondaryLabel(toQString(kIntro), this));
-    layout->addWidget(makeFields());
-    layout->addStretch(1);
-    layout->addWidget(makeButtons());
+    makeFields();
+    body()->addStretch(1);
+    m_save = addDefaultButton(QStringLiteral("Save"));
+    m_cancel = addCancelButton();
+    connect(m_save, &QPushButton::clicked, this, &MerchantEditorSheet::save);
 
     load();
     connect(m_name, &QLineEdit::textChanged, this, &MerchantEditorSheet::fieldsChanged);
@@ -82,36 +70,17 @@ MerchantEditorSheet::MerchantEditorSheet(RuntimeBridge& bridge, Uuid merchantID,
     m_name->setFocus();
 }
 
-QWidget* MerchantEditorSheet::makeFields() {
-    auto* fields = new QWidget(this);
-    auto* form = new QFormLayout(fields);
-    form->setContentsMargins(0, 4, 0, 0);
-    form->setHorizontalSpacing(14);
+void MerchantEditorSheet::makeFields() {
+    QWidget* fields = this;
+    QFormLayout* form = addForm();
     form->setVerticalSpacing(10);
-    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
-    auto* name = new QWidget(fields);
-    auto* nameLayout = new QVBoxLayout(name);
-    nameLayout->setContentsMargins(0, 0, 0, 0);
-    nameLayout->setSpacing(4);
-    m_name = new QLineEdit(name);
-    nameLayout->addWidget(m_name);
-    m_nameRefusal = new RefusalLine(name);
-    nameLayout->addWidget(m_nameRefusal);
-    form->addRow(fieldLabel(QStringLiteral("Name"), m_name, fields), name);
+    m_name = new QLineEdit(fields);
+    QLabel* nameLabel = fieldLabel(QStringLiteral("Name"), m_name, fields);
+    form->addRow(nameLabel, withRefusalLine(m_name, m_nameRefusal, fields));
 
-    auto* filingBox = new QWidget(fields);
-    auto* filingBoxLayout = new QVBoxLayout(filingBox);
-    filingBoxLayout->setContentsMargins(0, 0, 0, 0);
-    filingBoxLayout->setSpacing(4);
-    auto* filing = new QWidget(filingBox);
-    auto* filingLayout = new QHBoxLayout(filing);
-    filingLayout->setContentsMargins(0, 0, 0, 0);
-    filingLayout->setSpacing(8);
-    filingBoxLayout->addWidget(filing);
-    m_filingRefusal = new RefusalLine(filingBox);
-    filingBoxLayout->addWidget(m_filingRefusal);
+    auto* filing = new QWidget(fields);
+    QHBoxLayout* filingLayout = fieldRowLayout(filing);
     m_filing = new QComboBox(filing);
     m_filing->addItem(QStringLiteral("No default"), kNoDefault);
     for (const TransactionKind kind :
@@ -123,7 +92,8 @@ QWidget* MerchantEditorSheet::makeFields() {
     m_category->setAccessibleName(QStringLiteral("Category"));
     m_category->setMinimumContentsLength(16);
     filingLayout->addWidget(m_category, 1);
-    form->addRow(fieldLabel(QStringLiteral("Always file as"), m_filing, fields), filingBox);
+    QLabel* filingLabel = fieldLabel(QStringLiteral("Always file as"), m_filing, fields);
+    form->addRow(filingLabel, withRefusalLine(filing, m_filingRefusal, fields));
 
     auto* keys = new QWidget(fields);
     m_keyRows = new QVBoxLayout(keys);
@@ -131,44 +101,20 @@ QWidget* MerchantEditorSheet::makeFields() {
     m_keyRows->setSpacing(4);
     m_noKeys = secondaryLabel(toQString(kNoKeysText), keys);
     m_keyRows->addWidget(m_noKeys);
-    auto* keysLabel = new QLabel(QStringLiteral("Bank text it recognizes"), fields);
+    QLabel* keysLabel = textLabel(QStringLiteral("Bank text it recognizes"), fields);
     keysLabel->setAlignment(Qt::AlignRight | Qt::AlignTop);
     form->addRow(keysLabel, keys);
 
     auto* merge = new QWidget(fields);
-    auto* mergeLayout = new QHBoxLayout(merge);
-    mergeLayout->setContentsMargins(0, 0, 0, 0);
-    mergeLayout->setSpacing(8);
+    QHBoxLayout* mergeLayout = fieldRowLayout(merge);
     m_mergeTarget = new QComboBox(merge);
     m_mergeTarget->setPlaceholderText(QStringLiteral("Choose a merchant\u2026"));
     m_mergeTarget->setMinimumContentsLength(20);
     mergeLayout->addWidget(m_mergeTarget, 1);
-    m_merge = new QPushButton(QStringLiteral("Merge"), merge);
-    m_merge->setAccessibleName(m_merge->text());
-    m_merge->setAutoDefault(false);
+    m_merge = pushButton(QStringLiteral("Merge"), merge);
     mergeLayout->addWidget(m_merge);
     form->addRow(fieldLabel(QStringLiteral("Merge into"), m_mergeTarget, fields), merge);
     connect(m_merge, &QPushButton::clicked, this, &MerchantEditorSheet::merge);
-    return fields;
-}
-
-QWidget* MerchantEditorSheet::makeButtons() {
-    auto* buttons = new QWidget(this);
-    auto* layout = new QHBoxLayout(buttons);
-    layout->setContentsMargins(0, 8, 0, 0);
-    layout->setSpacing(8);
-    layout->addStretch(1);
-    m_cancel = new QPushButton(QStringLiteral("Cancel"), buttons);
-    m_cancel->setAccessibleName(m_cancel->text());
-    m_cancel->setAutoDefault(false);
-    layout->addWidget(m_cancel);
-    m_save = new QPushButton(QStringLiteral("Save"), buttons);
-    m_save->setAccessibleName(m_save->text());
-    m_save->setDefault(true);
-    layout->addWidget(m_save);
-    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(m_save, &QPushButton::clicked, this, &MerchantEditorSheet::save);
-    return buttons;
 }
 
 void MerchantEditorSheet::load() {
@@ -228,24 +174,19 @@ void MerchantEditorSheet::showKeys() {
     m_forget.clear();
     for (std::size_t index = 0; index < m_keys.size(); ++index) {
         auto* row = new QWidget(m_noKeys->parentWidget());
-        auto* rowLayout = new QHBoxLayout(row);
-        rowLayout->setContentsMargins(0, 0, 0, 0);
-        rowLayout->setSpacing(8);
-        auto* key = new QLabel(toQString(m_keys[index]), row);
-        key->setTextFormat(Qt::PlainText);
+        QHBoxLayout* rowLayout = fieldRowLayout(row);
+        QLabel* key = textLabel(toQString(m_keys[index]), row);
         key->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        key->setAccessibleName(key->text());
         rowLayout->addWidget(key, 1);
-        auto* forgetButton = new QPushButton(QStringLiteral("Forget"), row);
-        forgetButton->setAccessibleName(forgetButton->text());
+        QPushButton* forgetButton = pushButton(QStringLiteral("Forget"), row);
         forgetButton->setAccessibleDescription(key->text());
-        forgetButton->setAutoDefault(false);
         rowLayout->addWidget(forgetButton);
         connect(forgetButton, &QPushButton::clicked, this, [this, index] { forget(index); });
         m_keyRows->insertWidget(static_cast<int>(index), row);
         m_forget.push_back(forgetButton);
     }
     m_noKeys->setVisible(m_keys.empty());
+    orderTabsAsLaidOut();
 }
 
 void MerchantEditorSheet::forget(std::size_t index) {

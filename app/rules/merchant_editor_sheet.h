@@ -19,20 +19,20 @@
 #include <vector>
 
 #include <QComboBox>
-#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/rules/refusal_line.h"
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/refusal_line.h"
+#include "app/widgets/sheet_dialog.h"
 #include "core/model/merchant.h"
 #include "core/operations/merchants.h"
 
 namespace copperwick::app {
 
-class MerchantEditorSheet : public QDialog {
+class MerchantEditorSheet : public SheetDialog {
     Q_OBJECT
 
   public:
@@ -56,8 +56,7 @@ class MerchantEditorSheet : public QDialog {
     [[nodiscard]] QPushButton* cancelButton() const { return m_cancel; }
 
   private:
-    QWidget* makeFields();
-    QWidget* makeButtons();
+    void makeFields();
     void load();
     void fillCategories();
     void showKeys();

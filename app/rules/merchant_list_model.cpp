@@ -22,9 +22,7 @@ MerchantListModel::MerchantListModel(QObject* parent) : KeyedListModel(parent) {
 
 void MerchantListModel::refresh(const Ledger& ledger) {
     const auto counts = merchantTransactionCounts(ledger);
-    std::unordered_map<std::string, Row> rows;
-    std::vector<std::string> keys;
-    std::set<std::string> touched;
+    std::vector<std::pair<std::string, Row>> fresh;
     for (const Merchant* merchant : merchantsMatching(ledger, "")) {
         const auto counted = counts.find(merchant->id);
         const LedgerCategory* category = ledger.category(merchant->categoryID);
@@ -38,21 +36,16 @@ void MerchantListModel::refresh(const Ledger& ledger) {
             row.filing = toQString(defaultFilingText(ledger, *merchant));
         if (category)
             row.categoryName = category->name;
-        std::string key = merchant->id.text();
-        const auto old = m_rows.find(key);
-        if (old != m_rows.end() && !(old->second == row))
-            touched.insert(key);
-        keys.push_back(key);
-        rows.emplace(std::move(key), std::move(row));
+        fresh.emplace_back(merchant->id.text(), std::move(row));
     }
-    m_rows = std::move(rows);
-    syncKeys(keys, touched);
+    installRows(m_rows, std::move(fresh));
 }
 
 QVariant MerchantListModel::data(const QModelIndex& index, int role) const {
-    if (!index.isValid() || index.row() >= rowCount())
+    const Row* found = index.isValid() ? rowIn(m_rows, index.row()) : nullptr;
+    if (!found)
         return {};
-    const Row& row = m_rows.at(keyAt(index.row()));
+    const Row& row = *found;
     switch (role) {
         case Qt::DisplayRole:
             return row.name;

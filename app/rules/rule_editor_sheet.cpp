@@ -10,9 +10,9 @@
 #include <QStringList>
 #include <QVBoxLayout>
 
-#include "app/rules/refusal_line.h"
 #include "app/widgets/card_frame.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/refusal_line.h"
 #include "app/widgets/text_styles.h"
 #include "core/matching/matcher.h"
 #include "core/model/money.h"
@@ -59,42 +59,36 @@ std::optional<Uuid> chosenID(const QComboBox* box) {
     return Uuid::parse(toStdString(data.toString()));
 }
 
-QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setBuddy(buddy);
-    buddy->setAccessibleName(text);
-    return label;
+}  // namespace
+
+namespace {
+
+// Whether `draft` is one of the ledger's saved rules, which the sheet then edits.
+bool isSaved(const Ledger& ledger, const std::optional<Rule>& draft) {
+    return draft && std::any_of(ledger.rules.begin(), ledger.rules.end(),
+                                [&](const Rule& saved) { return saved.id == draft->id; });
 }
 
 }  // namespace
 
 RuleEditorSheet::RuleEditorSheet(RuntimeBridge& bridge, std::optional<Rule> draft, QWidget* parent)
-    : QDialog(parent), m_bridge(bridge), m_work(bridge.runtime().mainQueue()) {
-    const Ledger& ledger = m_bridge.runtime().ledger();
-    if (draft) {
-        m_draft = *draft;
-        m_editing = std::any_of(ledger.rules.begin(), ledger.rules.end(),
-                                [&](const Rule& saved) { return saved.id == draft->id; });
-    } else {
-        m_draft = Rule{.id = Uuid::random(),
-                       .kind = TransactionKind::expense,
-                       .createdAt = m_bridge.runtime().now()};
-    }
-
-    const QString title = m_editing ? QStringLiteral("Edit rule") : QStringLiteral("New rule");
-    setWindowTitle(title);
+    : SheetDialog(isSaved(bridge.runtime().ledger(), draft) ? QStringLiteral("Edit rule")
+                                                            : QStringLiteral("New rule"),
+                  toQString(kIntro), parent),
+      m_bridge(bridge),
+      m_editing(isSaved(bridge.runtime().ledger(), draft)),
+      m_work(bridge.runtime().mainQueue()) {
+    m_draft = draft ? *draft
+                    : Rule{.id = Uuid::random(),
+                           .kind = TransactionKind::expense,
+                           .createdAt = m_bridge.runtime().now()};
     setModal(true);
-    setMinimumWidth(560);
+    keepAtLeastWide(560);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 18);
-    layout->setSpacing(12);
-    layout->addWidget(headingLabel(title, this, 1.3));
-    layout->addWidget(secondaryLabel(toQString(kIntro), this));
-    layout->addWidget(makeFields());
-    layout->addWidget(makePreview());
-    layout->addStretch(1);
-    layout->addWidget(makeButtons());
+    makeFields();
+    body()->addWidget(makePreview());
+    body()->addStretch(1);
+    makeButtons();
 
     load();
 
@@ -127,42 +121,29 @@ RuleEditorSheet::RuleEditorSheet(RuntimeBridge& bridge, std::optional<Rule> draf
 
 RuleEditorSheet::~RuleEditorSheet() = default;
 
-QWidget* RuleEditorSheet::makeFields() {
-    auto* fields = new QWidget(this);
-    auto* form = new QFormLayout(fields);
-    form->setContentsMargins(0, 4, 0, 0);
-    form->setHorizontalSpacing(14);
-    form->setVerticalSpacing(8);
-    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+void RuleEditorSheet::makeFields() {
+    QWidget* fields = this;
+    QFormLayout* form = addForm();
 
     m_name = new QLineEdit(fields);
     m_name->setPlaceholderText(QStringLiteral("e.g. Car payment"));
     form->addRow(fieldLabel(QStringLiteral("Name"), m_name, fields), m_name);
 
     // The match mode and the pattern share the row of the bank text.
-    auto* bankText = new QWidget(fields);
-    auto* bankTextLayout = new QVBoxLayout(bankText);
-    bankTextLayout->setContentsMargins(0, 0, 0, 0);
-    bankTextLayout->setSpacing(4);
-    auto* patternRow = new QHBoxLayout;
-    patternRow->setSpacing(8);
-    m_match = new QComboBox(bankText);
+    auto* patternRow = new QWidget(fields);
+    QHBoxLayout* patternLayout = fieldRowLayout(patternRow);
+    m_match = new QComboBox(patternRow);
     for (const TextMatch match :
          {TextMatch::contains, TextMatch::startsWith, TextMatch::exact, TextMatch::regex})
         addChoice(m_match, match);
-    m_match->setAccessibleName(QStringLiteral("Bank text"));
-    patternRow->addWidget(m_match);
-    m_pattern = new QLineEdit(bankText);
+    patternLayout->addWidget(m_match);
+    m_pattern = new QLineEdit(patternRow);
     m_pattern->setPlaceholderText(QStringLiteral("e.g. AUTOLOAN PAYMENT"));
-    patternRow->addWidget(m_pattern, 1);
-    bankTextLayout->addLayout(patternRow);
-    m_patternRefusal = new RefusalLine(bankText);
-    bankTextLayout->addWidget(m_patternRefusal);
-    auto* bankTextLabel = new QLabel(QStringLiteral("Bank text"), fields);
-    bankTextLabel->setBuddy(m_pattern);
-    m_pattern->setAccessibleName(QStringLiteral("Pattern"));
-    form->addRow(bankTextLabel, bankText);
+    patternLayout->addWidget(m_pattern, 1);
+    QLabel* bankTextLabel = fieldLabel(QStringLiteral("Bank text"), m_pattern, fields);
+    // The row's one label names both: how the text is matched, and the text.
+    m_match->setAccessibleName(bankTextLabel->text());
+    form->addRow(bankTextLabel, withRefusalLine(patternRow, m_patternRefusal, fields));
 
     m_account = new QComboBox(fields);
     form->addRow(fieldLabel(QStringLiteral("Account"), m_account, fields), m_account);
@@ -174,15 +155,9 @@ QWidget* RuleEditorSheet::makeFields() {
     form->addRow(fieldLabel(QStringLiteral("Direction"), m_direction, fields), m_direction);
 
     const auto amountRow = [&](const QString& text, QLineEdit*& field, RefusalLine*& refusal) {
-        auto* box = new QWidget(fields);
-        auto* boxLayout = new QVBoxLayout(box);
-        boxLayout->setContentsMargins(0, 0, 0, 0);
-        boxLayout->setSpacing(4);
-        field = new QLineEdit(box);
-        boxLayout->addWidget(field);
-        refusal = new RefusalLine(box);
-        boxLayout->addWidget(refusal);
-        form->addRow(fieldLabel(text, field, fields), box);
+        field = new QLineEdit(fields);
+        QLabel* label = fieldLabel(text, field, fields);
+        form->addRow(label, withRefusalLine(field, refusal, fields));
     };
     amountRow(QStringLiteral("At least (optional)"), m_minimum, m_minimumRefusal);
     amountRow(QStringLiteral("At most (optional)"), m_maximum, m_maximumRefusal);
@@ -199,9 +174,7 @@ QWidget* RuleEditorSheet::makeFields() {
     form->addRow(fieldLabel(QStringLiteral("Merchant (optional)"), m_merchant, fields), m_merchant);
 
     auto* filing = new QWidget(fields);
-    auto* filingLayout = new QHBoxLayout(filing);
-    filingLayout->setContentsMargins(0, 0, 0, 0);
-    filingLayout->setSpacing(8);
+    QHBoxLayout* filingLayout = fieldRowLayout(filing);
     m_outcome = new QComboBox(filing);
     for (const TransactionKind outcome : kOutcomes)
         addChoice(m_outcome, outcome);
@@ -212,7 +185,6 @@ QWidget* RuleEditorSheet::makeFields() {
     m_category->setMinimumContentsLength(16);
     filingLayout->addWidget(m_category, 1);
     form->addRow(fieldLabel(QStringLiteral("File as"), m_outcome, fields), filing);
-    return fields;
 }
 
 QWidget* RuleEditorSheet::makePreview() {
@@ -237,30 +209,13 @@ QWidget* RuleEditorSheet::makePreview() {
     return preview;
 }
 
-QWidget* RuleEditorSheet::makeButtons() {
-    auto* buttons = new QWidget(this);
-    auto* layout = new QHBoxLayout(buttons);
-    layout->setContentsMargins(0, 8, 0, 0);
-    layout->setSpacing(8);
-    m_delete = new QPushButton(QStringLiteral("Delete Rule"), buttons);
-    m_delete->setAccessibleName(m_delete->text());
-    m_delete->setAutoDefault(false);
+void RuleEditorSheet::makeButtons() {
+    m_delete = addFootButton(QStringLiteral("Delete Rule"));
     m_delete->setVisible(m_editing);
-    layout->addWidget(m_delete);
-    layout->addStretch(1);
-    m_cancel = new QPushButton(QStringLiteral("Cancel"), buttons);
-    m_cancel->setAccessibleName(m_cancel->text());
-    m_cancel->setAutoDefault(false);
-    layout->addWidget(m_cancel);
-    m_save =
-        new QPushButton(m_editing ? QStringLiteral("Save") : QStringLiteral("Add Rule"), buttons);
-    m_save->setAccessibleName(m_save->text());
-    m_save->setDefault(true);
-    layout->addWidget(m_save);
+    m_save = addDefaultButton(m_editing ? QStringLiteral("Save") : QStringLiteral("Add Rule"));
+    m_cancel = addCancelButton();
     connect(m_delete, &QPushButton::clicked, this, &RuleEditorSheet::remove);
-    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_save, &QPushButton::clicked, this, &RuleEditorSheet::save);
-    return buttons;
 }
 
 void RuleEditorSheet::load() {

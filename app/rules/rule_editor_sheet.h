@@ -20,7 +20,6 @@
 #include <optional>
 
 #include <QComboBox>
-#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
@@ -28,8 +27,9 @@
 #include <QTimer>
 #include <QWidget>
 
-#include "app/rules/refusal_line.h"
 #include "app/shell/runtime_bridge.h"
+#include "app/widgets/refusal_line.h"
+#include "app/widgets/sheet_dialog.h"
 #include "core/model/rule.h"
 #include "core/operations/entry_error.h"
 #include "core/review/rule_preview.h"
@@ -37,7 +37,7 @@
 
 namespace copperwick::app {
 
-class RuleEditorSheet : public QDialog {
+class RuleEditorSheet : public SheetDialog {
     Q_OBJECT
 
   public:
@@ -84,9 +84,9 @@ class RuleEditorSheet : public QDialog {
     void previewShown();
 
   private:
-    QWidget* makeFields();
+    void makeFields();
     QWidget* makePreview();
-    QWidget* makeButtons();
+    void makeButtons();
     void load();
     void fillCategories();
     // Refusals, the save button and the preview, after any field changed.

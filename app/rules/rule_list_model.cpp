@@ -9,36 +9,29 @@ namespace copperwick::app {
 RuleListModel::RuleListModel(QObject* parent) : KeyedListModel(parent) {}
 
 void RuleListModel::refresh(const Ledger& ledger) {
-    std::unordered_map<std::string, Row> rows;
-    std::vector<std::string> keys;
-    std::set<std::string> touched;
+    std::vector<std::pair<std::string, Row>> fresh;
     for (auto& rule : orderedRules(ledger)) {
         std::string key = rule.id.text();
         QString description = toQString(describeRule(ledger, rule));
-        Row row{.rule = std::move(rule), .description = std::move(description)};
-        const auto old = m_rows.find(key);
-        if (old != m_rows.end() && !(old->second == row))
-            touched.insert(key);
-        keys.push_back(key);
-        rows.emplace(std::move(key), std::move(row));
+        fresh.emplace_back(std::move(key),
+                           Row{.rule = std::move(rule), .description = std::move(description)});
     }
-    m_rows = std::move(rows);
-    syncKeys(keys, touched);
+    installRows(m_rows, std::move(fresh));
 }
 
 QVariant RuleListModel::data(const QModelIndex& index, int role) const {
-    const Rule* shown = index.isValid() ? rule(index.row()) : nullptr;
-    if (!shown)
+    const Row* row = index.isValid() ? rowIn(m_rows, index.row()) : nullptr;
+    if (!row)
         return {};
-    const Row& row = m_rows.at(keyAt(index.row()));
+    const Rule* shown = &row->rule;
     switch (role) {
         case Qt::DisplayRole:
         case Qt::EditRole:
             return toQString(shown->name);
         case DescriptionRole:
-            return row.description;
+            return row->description;
         case Qt::AccessibleTextRole:
-            return toQString(shown->name) + QStringLiteral(", ") + row.description;
+            return toQString(shown->name) + QStringLiteral(", ") + row->description;
         case Qt::CheckStateRole:
             return shown->isEnabled ? Qt::Checked : Qt::Unchecked;
         case RuleIDRole:
@@ -83,9 +76,8 @@ bool RuleListModel::moveRows(const QModelIndex& sourceParent, int sourceRow, int
 }
 
 const Rule* RuleListModel::rule(int row) const {
-    if (row < 0 || row >= rowCount())
-        return nullptr;
-    return &m_rows.at(keyAt(row)).rule;
+    const Row* found = rowIn(m_rows, row);
+    return found ? &found->rule : nullptr;
 }
 
 bool RuleListModel::moveRule(int row, int step) {

@@ -5,16 +5,14 @@
 
 #include <QEventLoop>
 #include <QHBoxLayout>
-#include <QScrollArea>
 #include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
 
 #include "app/rules/row_delegates.h"
 #include "app/shell/sections.h"
-#include "app/widgets/card_frame.h"
-#include "app/widgets/page_header.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/section_card.h"
 #include "app/widgets/text_styles.h"
 #include "core/matching/builtin_knowledge.h"
 #include "core/matching/merchant_text.h"
@@ -37,19 +35,9 @@ constexpr std::string_view kBuiltInText =
 constexpr std::string_view kNoMerchantsText =
     "Merchants appear here as you import and review transactions.";
 
-// A card's title, a little larger than its rows' names.
-constexpr qreal kCardTitleScale = 1.15;
-
 // The most rows a list shows before it scrolls within the page.
 constexpr int kVisibleRules = 8;
 constexpr int kVisibleMerchants = 9;
-
-QPushButton* button(const QString& text, QWidget* parent) {
-    auto* made = new QPushButton(text, parent);
-    made->setAccessibleName(text);
-    made->setAutoDefault(false);
-    return made;
-}
 
 QListView* listView(const QString& name, QWidget* parent) {
     auto* view = new QListView(parent);
@@ -103,25 +91,12 @@ RulesPage::RulesPage(RuntimeBridge& bridge, QWidget* parent)
     m_merchantModel->refresh(ledger);
     m_merchantProxy->refresh(ledger);
 
-    auto* outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    auto* scroll = new QScrollArea(this);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setWidgetResizable(true);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    outer->addWidget(scroll);
-
-    auto* content = new QWidget(scroll);
-    auto* layout = new QVBoxLayout(content);
-    layout->setContentsMargins(28, 24, 28, 24);
-    layout->setSpacing(18);
-    layout->addWidget(new PageHeader(toQString(sectionInfo(AppSection::rules).label),
-                                     toQString(kIntro), content));
-    layout->addWidget(makeRulesCard());
-    layout->addWidget(makeBuiltInCard());
-    layout->addWidget(makeMerchantsCard());
-    layout->addStretch(1);
-    scroll->setWidget(content);
+    QVBoxLayout* column =
+        makeScrollingColumn(toQString(sectionInfo(AppSection::rules).label), toQString(kIntro));
+    column->addWidget(makeRulesCard());
+    column->addWidget(makeBuiltInCard());
+    column->addWidget(makeMerchantsCard());
+    column->addStretch(1);
 
     connect(&m_bridge, &RuntimeBridge::changeSaved, this, &RulesPage::changeSaved);
     refreshRules();
@@ -129,23 +104,13 @@ RulesPage::RulesPage(RuntimeBridge& bridge, QWidget* parent)
 }
 
 QWidget* RulesPage::makeRulesCard() {
-    auto* card = new CardFrame(this);
-    auto* layout = new QVBoxLayout(card);
-    layout->setContentsMargins(kCardMargins);
-    layout->setSpacing(10);
-    auto* header = new QHBoxLayout;
-    header->setSpacing(8);
-    header->addWidget(headingLabel(QStringLiteral("Your rules"), card, kCardTitleScale));
-    header->addStretch(1);
-    m_moveUp = button(QStringLiteral("Move Up"), card);
+    auto* card = new SectionCard(QStringLiteral("Your rules"));
+    QVBoxLayout* layout = card->body();
+    m_moveUp = card->addTitleButton(QStringLiteral("Move Up"));
     m_moveUp->setToolTip(QStringLiteral("Alt+Up"));
-    header->addWidget(m_moveUp);
-    m_moveDown = button(QStringLiteral("Move Down"), card);
+    m_moveDown = card->addTitleButton(QStringLiteral("Move Down"));
     m_moveDown->setToolTip(QStringLiteral("Alt+Down"));
-    header->addWidget(m_moveDown);
-    m_newRule = button(QStringLiteral("New Rule"), card);
-    header->addWidget(m_newRule);
-    layout->addLayout(header);
+    m_newRule = card->addTitleButton(QStringLiteral("New Rule"));
 
     m_ruleList = listView(QStringLiteral("Your rules"), card);
     m_ruleList->setModel(m_ruleModel);
@@ -182,12 +147,8 @@ QWidget* RulesPage::makeRulesCard() {
 }
 
 QWidget* RulesPage::makeBuiltInCard() {
-    auto* card = new CardFrame(this);
-    auto* layout = new QVBoxLayout(card);
-    layout->setContentsMargins(kCardMargins);
-    layout->setSpacing(10);
-    layout->addWidget(headingLabel(QStringLiteral("Built-in rules"), card, kCardTitleScale));
-    layout->addWidget(noteLabel(toQString(kBuiltInText), card));
+    auto* card = new SectionCard(QStringLiteral("Built-in rules"), toQString(kBuiltInText));
+    QVBoxLayout* layout = card->body();
     m_builtInList = listView(QStringLiteral("Built-in rules"), card);
     m_builtInList->setModel(m_builtInModel);
     m_builtInList->setItemDelegate(new SwitchRowDelegate(false, m_builtInList));
@@ -200,17 +161,9 @@ QWidget* RulesPage::makeBuiltInCard() {
 }
 
 QWidget* RulesPage::makeMerchantsCard() {
-    auto* card = new CardFrame(this);
-    auto* layout = new QVBoxLayout(card);
-    layout->setContentsMargins(kCardMargins);
-    layout->setSpacing(10);
-    auto* header = new QHBoxLayout;
-    header->setSpacing(8);
-    header->addWidget(headingLabel(QStringLiteral("Merchants"), card, kCardTitleScale));
-    header->addStretch(1);
-    m_removeUnused = button(QStringLiteral("Remove Unused Merchants"), card);
-    header->addWidget(m_removeUnused);
-    layout->addLayout(header);
+    auto* card = new SectionCard(QStringLiteral("Merchants"));
+    QVBoxLayout* layout = card->body();
+    m_removeUnused = card->addTitleButton(QStringLiteral("Remove Unused Merchants"));
 
     m_merchantSearch = new QLineEdit(card);
     m_merchantSearch->setPlaceholderText(QStringLiteral("Search merchants"));

@@ -7,30 +7,14 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
-#include <QMimeData>
-#include <QUrl>
+#include <QVBoxLayout>
 
+#include "app/import/file_panels.h"
 #include "app/shell/section_pages.h"
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
 
 namespace copperwick::app {
-
-namespace {
-
-// The local files among dropped URLs; anything else isn't a bank file here.
-std::vector<std::filesystem::path> localFiles(const QMimeData* data) {
-    std::vector<std::filesystem::path> files;
-    if (!data || !data->hasUrls())
-        return files;
-    for (const QUrl& url : data->urls()) {
-        if (url.isLocalFile())
-            files.emplace_back(url.toLocalFile().toStdString());
-    }
-    return files;
-}
-
-}  // namespace
 
 MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* parent)
     : QMainWindow(parent),
@@ -56,7 +40,16 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
         m_sectionPages[static_cast<std::size_t>(sectionIndex(info.section))] = page;
         m_pages->addWidget(page);
     }
-    splitter->addWidget(m_pages);
+    // The message bars head the screens' column and push the screen down
+    // while they stand.
+    auto* column = new QWidget;
+    auto* columnLayout = new QVBoxLayout(column);
+    columnLayout->setContentsMargins(0, 0, 0, 0);
+    columnLayout->setSpacing(0);
+    m_messageBars = new MessageBarStack(column);
+    columnLayout->addWidget(m_messageBars);
+    columnLayout->addWidget(m_pages, 1);
+    splitter->addWidget(column);
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({210, width() - 210});
@@ -65,7 +58,6 @@ MainWindow::MainWindow(LedgerRuntime& runtime, ImportModel& importer, QWidget* p
     layout->addWidget(splitter);
     setCentralWidget(central);
 
-    m_messageBars = new MessageBarStack(central);
     m_menus = new AppMenus(*this, m_bridge);
 
     connect(m_sidebar, &Sidebar::sectionChosen, this,
@@ -149,7 +141,7 @@ void MainWindow::chooseFilesIfStillAsked() {
         QStringLiteral("Bank files (*.csv *.tsv *.txt *.ofx *.qfx);;All files (*)"));
     std::vector<std::filesystem::path> files;
     for (const QString& name : chosen)
-        files.emplace_back(name.toStdString());
+        files.push_back(localPath(name));
     m_importer.add(files, m_runtime);
 }
 

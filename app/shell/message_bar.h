@@ -1,16 +1,17 @@
 #pragma once
 
-// The message bars laid over the top of the window: the runtime's error
+// The message bars at the head of the screens: the runtime's error
 // ("exclamationmark.triangle.fill") on top, its status
 // ("checkmark.circle.fill") under it. Each bar stands only while its message
-// does, and its "Dismiss" clears that message alone. How long a message
-// lives is the window's business, not the bar's. Main thread only.
+// does, and its "Dismiss" clears that message alone. The bars take their own
+// room above the screen, which moves down while they stand, so that no
+// message ever covers what a screen shows. How long a message lives is the
+// window's business, not the bar's. Main thread only.
 
 #include <optional>
 #include <string>
 
 #include <QFrame>
-#include <QGraphicsDropShadowEffect>
 #include <QLabel>
 #include <QPushButton>
 #include <QWidget>
@@ -34,26 +35,23 @@ class MessageBar : public QFrame {
     void dismissed();
 
   protected:
-    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    void shadeFromPalette();
-
     bool m_isError;
-    QGraphicsDropShadowEffect* m_shadow;
     SymbolView* m_icon;
     QLabel* m_text;
     QPushButton* m_dismiss;
 };
 
-// Both bars, in one column over the top edge of its parent, which it follows
-// as the parent is resized. Hidden while neither message stands.
+// Both bars, in one column as wide as the screens' content, meant for the
+// top of the column the screens stand in. Hidden while neither message
+// stands, when it takes no room at all.
 class MessageBarStack : public QWidget {
     Q_OBJECT
 
   public:
-    explicit MessageBarStack(QWidget* parent);
+    explicit MessageBarStack(QWidget* parent = nullptr);
 
     void setErrorMessage(const std::optional<std::string>& message);
     void setStatusMessage(const std::optional<std::string>& message);
@@ -65,11 +63,8 @@ class MessageBarStack : public QWidget {
     void errorDismissed();
     void statusDismissed();
 
-  protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
   private:
-    void place();
+    void showWhileAnyStands();
 
     MessageBar* m_error;
     MessageBar* m_status;

@@ -6,6 +6,7 @@
 #include <QStyleFactory>
 
 #include "app/shell/app_icon.h"
+#include "app/widgets/colour_mix.h"
 
 namespace copperwick::app {
 
@@ -14,13 +15,6 @@ namespace {
 QColor toColor(const RGB& rgb) {
     return QColor::fromRgbF(static_cast<float>(rgb.red), static_cast<float>(rgb.green),
                             static_cast<float>(rgb.blue));
-}
-
-// `from` moved a share `t` of the way towards `to`.
-QColor mix(const QColor& from, const QColor& to, double t) {
-    const auto channel = [t](float a, float b) { return static_cast<float>(a + (b - a) * t); };
-    return QColor::fromRgbF(channel(from.redF(), to.redF()), channel(from.greenF(), to.greenF()),
-                            channel(from.blueF(), to.blueF()));
 }
 
 // Where icon themes live by the XDG base directories. Desktop platform themes

@@ -12,9 +12,16 @@
 #include <string>
 #include <vector>
 
+#include <QScrollArea>
+#include <QString>
+#include <QVBoxLayout>
 #include <QWidget>
 
 namespace copperwick::app {
+
+// The room between a screen's content and the sides of its column, which
+// every screen keeps and the message bars above the screens follow.
+inline constexpr int kPageSideMargin = 28;
 
 struct SelfCheckOutcome {
     bool ok = false;
@@ -36,6 +43,18 @@ class SectionPage : public QWidget {
     // Run on the demo workspace with this page showing, in order; a check may
     // change the ledger through the runtime, as a person would. None by default.
     [[nodiscard]] virtual std::vector<SelfCheck> selfChecks();
+
+    // What the page scrolls in, when it is laid out as a scrolling column.
+    [[nodiscard]] QScrollArea* scrollArea() const { return m_scroll; }
+
+  protected:
+    // Lays the page out as one column that scrolls as a whole, opening with
+    // the screen's title and `subtitle`, in the standard margins; the page
+    // adds its parts to the column returned.
+    QVBoxLayout* makeScrollingColumn(const QString& title, const QString& subtitle);
+
+  private:
+    QScrollArea* m_scroll = nullptr;
 };
 
 }  // namespace copperwick::app

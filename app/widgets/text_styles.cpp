@@ -38,6 +38,23 @@ QLabel* noteLabel(const QString& text, QWidget* parent, bool small) {
     return label;
 }
 
+QLabel* fieldLabel(const QString& text, QWidget* buddy, QWidget* parent) {
+    QLabel* label = textLabel(text, parent);
+    if (buddy) {
+        label->setBuddy(buddy);
+        buddy->setAccessibleName(text);
+    }
+    return label;
+}
+
+QPushButton* pushButton(const QString& text, QWidget* parent) {
+    auto* button = new QPushButton(text, parent);
+    button->setAccessibleName(text);
+    // Outside a dialog a button takes Enter only when it is an auto-default one.
+    button->setAutoDefault(true);
+    return button;
+}
+
 void setLabelText(QLabel* label, const QString& text) {
     if (label->text() == text)
         return;

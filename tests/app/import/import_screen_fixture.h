@@ -1,21 +1,15 @@
 #pragma once
 
-// The whole window on a runtime of its own (a temporary data folder and
-// preferences beside it, work coming back through Qt's event loop), showing
-// the Import screen, whose file panels answer from the test.
+// The whole window on a workspace of its own, showing the Import screen,
+// whose file panels answer from the test.
 
-#include <chrono>
 #include <filesystem>
-#include <functional>
-#include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include <QApplication>
 #include <QDropEvent>
-#include <QElapsedTimer>
 #include <QMimeData>
 #include <QTest>
 #include <QUrl>
@@ -23,48 +17,17 @@
 #include <gtest/gtest.h>
 
 #include "app/import/import_page.h"
-#include "app/shell/main_window.h"
-#include "app/shell/qt_main_queue.h"
-#include "runtime/import_model.h"
-#include "runtime/ledger_runtime.h"
-#include "tests/support/temp_folder.h"
-
-// Failures print the text rather than its bytes.
-inline void PrintTo(const QString& text, std::ostream* out) {
-    *out << '"' << text.toStdString() << '"';
-}
+#include "tests/app/app_fixture.h"
 
 namespace copperwick::testing {
 
 namespace fs = std::filesystem;
 
-// Runs the event loop until `done` holds or `allowed` has passed; whether it held.
-inline bool waitUntil(const std::function<bool()>& done,
-                      std::chrono::milliseconds allowed = std::chrono::seconds(10)) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!done()) {
-        if (timer.elapsed() > allowed.count())
-            return false;
-        QTest::qWait(5);
-    }
-    return true;
-}
-
-class ImportScreenTest : public ::testing::Test {
+class ImportScreenTest : public ::testing::Test, protected AppWorkspace {
   protected:
     explicit ImportScreenTest(bool demo = false) {
-        RuntimeOptions options;
-        options.demo = demo;
-        options.dataFolder = temp / "Copperwick";
-        options.preferencesFolder = temp / "config";
-        options.mainQueue = std::make_shared<app::QtMainQueue>(qApp);
-        runtime = std::make_unique<LedgerRuntime>(options);
-        window = std::make_unique<app::MainWindow>(*runtime, importer);
-        runtime->setSection(AppSection::importFiles);
-        window->show();
-        window->activateWindow();
-        (void)QTest::qWaitForWindowActive(window.get());
+        openRuntime({.demo = demo});
+        showWindow(AppSection::importFiles);
         page = qobject_cast<app::ImportPage*>(window->page(AppSection::importFiles));
 
         app::FilePanels panels;
@@ -79,11 +42,6 @@ class ImportScreenTest : public ::testing::Test {
         panels.openLayoutFile = [this](QWidget*) { return openFrom; };
         page->setFilePanels(panels);
     }
-    ~ImportScreenTest() override {
-        // The window watches the runtime and the import model; it goes first.
-        window.reset();
-    }
-
     [[nodiscard]] static fs::path sample(const std::string& name) {
         return fs::path(COPPERWICK_SAMPLES) / name;
     }
@@ -147,10 +105,6 @@ class ImportScreenTest : public ::testing::Test {
         ASSERT_TRUE(waitUntil([this] { return !importer.isCommitting(); }));
     }
 
-    TempFolder temp;
-    std::unique_ptr<LedgerRuntime> runtime;
-    ImportModel importer;
-    std::unique_ptr<app::MainWindow> window;
     app::ImportPage* page = nullptr;
 
     // What the file panels answer.

@@ -1,7 +1,7 @@
 #pragma once
 
-// A real runtime on a temporary data folder, a bridge and the Review page
-// shown on it, with lines added to the ledger as an import would save them.
+// The Review screen alone on a workspace of its own, with lines added to
+// the ledger as an import would save them.
 
 #include <memory>
 #include <optional>
@@ -13,14 +13,11 @@
 #include <QApplication>
 
 #include "app/review/review_page.h"
-#include "app/shell/runtime_bridge.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
 #include "core/import/import_commit.h"
 #include "core/import/import_planner.h"
-#include "runtime/import_model.h"
-#include "runtime/ledger_runtime.h"
-#include "tests/support/temp_folder.h"
+#include "tests/app/app_fixture.h"
 
 namespace copperwick::app::testing {
 
@@ -31,15 +28,12 @@ inline LocalDate day(int year, int month, int dayOfMonth) {
 class ReviewScreenTest : public ::testing::Test {
   protected:
     ReviewScreenTest() {
-        RuntimeOptions options;
-        options.dataFolder = m_folder.path() / "data";
-        options.preferencesFolder = m_folder.path() / "preferences";
-        m_runtime = std::make_unique<LedgerRuntime>(std::move(options));
+        m_workspace.openRuntime();
         checking = addAccount("Joint Checking");
     }
 
-    LedgerRuntime& runtime() { return *m_runtime; }
-    const Ledger& ledger() { return m_runtime->ledger(); }
+    LedgerRuntime& runtime() { return *m_workspace.runtime; }
+    const Ledger& ledger() { return runtime().ledger(); }
 
     Uuid addAccount(const std::string& name, AccountType type = AccountType::checking) {
         const Account account(Uuid::random(), name, type);
@@ -98,10 +92,7 @@ class ReviewScreenTest : public ::testing::Test {
     // The page, made and shown on first use so that a test sets the ledger up first.
     ReviewPage& page() {
         if (!m_page) {
-            m_bridge = std::make_unique<RuntimeBridge>(*m_runtime, m_importer);
-            m_page = std::make_unique<ReviewPage>(*m_bridge);
-            m_page->resize(900, 1400);
-            m_page->show();
+            m_page = &m_workspace.showPage<ReviewPage>();
             settle();
         }
         return *m_page;
@@ -122,7 +113,7 @@ class ReviewScreenTest : public ::testing::Test {
   private:
     template <typename F>
     void change(F&& edit) {
-        const auto result = m_runtime->apply([&](Ledger& copy) {
+        const auto result = runtime().apply([&](Ledger& copy) {
             LedgerDelta delta;
             edit(copy, delta);
             return delta;
@@ -130,11 +121,8 @@ class ReviewScreenTest : public ::testing::Test {
         ASSERT_TRUE(result.saved) << result.message.value_or("");
     }
 
-    copperwick::testing::TempFolder m_folder;
-    std::unique_ptr<LedgerRuntime> m_runtime;
-    ImportModel m_importer;
-    std::unique_ptr<RuntimeBridge> m_bridge;
-    std::unique_ptr<ReviewPage> m_page;
+    copperwick::testing::AppWorkspace m_workspace;
+    ReviewPage* m_page = nullptr;
 };
 
 }  // namespace copperwick::app::testing

@@ -21,7 +21,7 @@ class RuleEditorTest : public RulesScreenTest {
     }
 
     std::unique_ptr<RuleEditorSheet> editor(std::optional<Rule> draft = std::nullopt) {
-        auto sheet = std::make_unique<RuleEditorSheet>(*bridge, std::move(draft), page.get());
+        auto sheet = std::make_unique<RuleEditorSheet>(*bridge, std::move(draft), page);
         sheet->show();
         sheet->activateWindow();
         (void)QTest::qWaitForWindowActive(sheet.get());
@@ -151,9 +151,7 @@ TEST_F(RuleEditorTest, AddRuleFilesTheMatchingTransactionsByKeyboard) {
 // A rule that runs behind another one is told which rule takes its lines.
 TEST_F(RuleEditorTest, PreviewNamesTheEarlierRuleThatTakesTheLines) {
     builder.ledger().rules.push_back(rule("Hardware stores", "HARDWARE"));
-    page.reset();
-    bridge.reset();
-    runtime.reset();
+    close();
     open();
 
     auto sheet = editor();
@@ -170,9 +168,7 @@ TEST_F(RuleEditorTest, PreviewNamesTheEarlierRuleThatTakesTheLines) {
 TEST_F(RuleEditorTest, APreviewOfEarlierTypingIsDropped) {
     builder.transaction(checking, "CORNER BAKERY", -900);
     builder.transaction(checking, "CORNER BAKERY", -1200);
-    page.reset();
-    bridge.reset();
-    runtime.reset();
+    close();
     auto queue = std::make_shared<PlainQueue>();
     open(queue);
 

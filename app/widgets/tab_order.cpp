@@ -1,4 +1,4 @@
-#include "app/import/tab_order.h"
+#include "app/widgets/tab_order.h"
 
 #include <QLayout>
 #include <QScrollArea>

@@ -1,4 +1,4 @@
-#include "app/rules/refusal_line.h"
+#include "app/widgets/refusal_line.h"
 
 #include <QHBoxLayout>
 

@@ -1,0 +1,141 @@
+// Pictures of the built screens on the demo workspace, in the light and the
+// dark form of the default skin, at 1280 by 800 and at the window's smallest
+// size, for a person to look at: written only when COPPERWICK_SCREENSHOT_DIR
+// names a folder. The README's pictures are the 1280 by 800 ones.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <QApplication>
+#include <QDir>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+
+#include "app/import/import_page.h"
+#include "app/rules/rules_page.h"
+#include "app/shell/main_window.h"
+#include "app/shell/qt_main_queue.h"
+#include "app/shell/skin_store.h"
+#include "runtime/import_model.h"
+#include "runtime/ledger_runtime.h"
+#include "tests/support/temp_folder.h"
+
+namespace copperwick::app {
+namespace {
+
+struct Shot {
+    AppSection section;
+    const char* name;
+};
+
+constexpr Shot kShots[] = {{AppSection::importFiles, "import"},
+                           {AppSection::review, "review"},
+                           {AppSection::rules, "rules"}};
+
+// The area a screen scrolls in: the largest one on it.
+QScrollArea* scrollingArea(QWidget* page) {
+    QScrollArea* largest = nullptr;
+    for (auto* area : page->findChildren<QScrollArea*>()) {
+        if (area->isVisible() && (!largest || area->height() > largest->height()))
+            largest = area;
+    }
+    return largest;
+}
+
+TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
+    const QString folder = qEnvironmentVariable("COPPERWICK_SCREENSHOT_DIR");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "COPPERWICK_SCREENSHOT_DIR names no folder";
+    copperwick::testing::TempFolder preferences;
+    RuntimeOptions options;
+    options.demo = true;
+    options.preferencesFolder = preferences.path();
+    // Work of other threads comes back through the event loop, as in the application.
+    options.mainQueue = std::make_shared<QtMainQueue>(qApp);
+    LedgerRuntime runtime(std::move(options));
+    ImportModel importer;
+    SkinStore skins(runtime.defaults());
+    const auto save = [&](QWidget* widget, const QString& name) {
+        QApplication::processEvents();
+        EXPECT_TRUE(widget->grab().save(QDir(folder).filePath(name + ".png")))
+            << name.toStdString();
+    };
+
+    for (const bool dark : {false, true}) {
+        SkinPreference preference = skins.preference();
+        preference.appearance = dark ? AppearanceMode::dark : AppearanceMode::light;
+        skins.update(preference);
+        skins.applyAppearance();
+        const QString form = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        MainWindow window(runtime, importer);
+        window.show();
+        for (const Shot& shot : kShots) {
+            runtime.setSection(shot.section);
+            const QString name = QString::fromLatin1(shot.name) + QLatin1Char('-') + form;
+            window.resize(1280, 800);
+            save(&window, name);
+            // The end of the screen, where it scrolls.
+            if (QScrollArea* area = scrollingArea(window.page(shot.section))) {
+                QScrollBar* bar = area->verticalScrollBar();
+                bar->setValue(bar->maximum());
+                save(&window, name + QStringLiteral("-end"));
+                bar->setValue(0);
+            }
+            window.resize(window.minimumSize());
+            save(&window, name + QStringLiteral("-smallest"));
+            // A status standing over the screen, as after an undo.
+            runtime.setStatusMessage("Undone.");
+            save(&window, name + QStringLiteral("-smallest-status"));
+            runtime.setStatusMessage(std::nullopt);
+        }
+        // A bank file's card on the Import screen, at both sizes.
+        runtime.setSection(AppSection::importFiles);
+        importer.add({std::filesystem::path(COPPERWICK_SAMPLES) / "chase-checking.csv"}, runtime);
+        importer.waitForAnalyses(runtime);
+        window.resize(1280, 800);
+        save(&window, QStringLiteral("import-") + form + QStringLiteral("-file"));
+        window.resize(window.minimumSize());
+        save(&window, QStringLiteral("import-") + form + QStringLiteral("-file-smallest"));
+        importer.clear();
+
+        // The sheets, each as it opens.
+        runtime.setSection(AppSection::rules);
+        auto* rules = qobject_cast<RulesPage*>(window.page(AppSection::rules));
+        ASSERT_NE(rules, nullptr);
+        RuleEditorSheet* ruleEditor = rules->openRuleEditor();
+        ASSERT_NE(ruleEditor, nullptr);
+        QTest::keyClicks(ruleEditor->patternField(), QStringLiteral("DEMO COFFEE"));
+        ruleEditor->minimumField()->setText(QStringLiteral("ten"));
+        for (int wait = 0; wait < 500 && ruleEditor->isPreviewPending(); ++wait)
+            QTest::qWait(10);
+        save(ruleEditor, QStringLiteral("sheet-rule-") + form);
+        ruleEditor->reject();
+        MerchantEditorSheet* merchantEditor =
+            rules->openMerchantEditor((*runtime.ledger().merchants.begin()).id);
+        ASSERT_NE(merchantEditor, nullptr);
+        save(merchantEditor, QStringLiteral("sheet-merchant-") + form);
+        merchantEditor->reject();
+        runtime.setSection(AppSection::importFiles);
+        auto* import = qobject_cast<ImportPage*>(window.page(AppSection::importFiles));
+        import->showLayouts();
+        save(import->layoutsSheet(), QStringLiteral("sheet-layouts-") + form);
+        import->layoutsSheet()->reject();
+        const auto unknown = preferences.path() / "credit-union.csv";
+        copperwick::testing::writeFile(unknown,
+                                       "Posted On,Narrative,Sum\n2026-01-03,CORNER COFFEE,-4.50\n");
+        importer.add({unknown}, runtime);
+        importer.waitForAnalyses(runtime);
+        importer.setMappingFileID(import->cards().back()->fileID());
+        QApplication::processEvents();
+        ASSERT_NE(import->mappingSheet(), nullptr);
+        save(import->mappingSheet(), QStringLiteral("sheet-columns-") + form);
+        import->mappingSheet()->reject();
+        importer.clear();
+        QApplication::processEvents();
+    }
+}
+
+}  // namespace
+}  // namespace copperwick::app
