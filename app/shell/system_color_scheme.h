@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <optional>
 
-#include <QObject>
 #include <QDBusVariant>
+#include <QObject>
 #include <QVariant>
 
 namespace copperwick::app {

@@ -1,4 +1,5 @@
 #include "runtime/ledger_runtime.h"
+#include "runtime/ledger_reading.h"
 
 #include <sys/stat.h>
 
@@ -41,6 +42,13 @@ struct Fixture {
         return o;
     }
     std::unique_ptr<LedgerRuntime> launch() { return std::make_unique<LedgerRuntime>(options()); }
+    // Options whose background work comes back through `queue`, run when the test says.
+    std::shared_ptr<PlainQueue> queue = std::make_shared<PlainQueue>();
+    RuntimeOptions queued() {
+        RuntimeOptions o = options();
+        o.mainQueue = queue;
+        return o;
+    }
     std::vector<BackupManager::Info> backups() {
         return BackupManager(temp / "Copperwick" / "Backups").list();
     }
@@ -524,10 +532,8 @@ std::vector<std::string> namesOf(const Ledger& ledger) {
 
 TEST(LedgerRuntime, BackgroundChangeBecomesLiveOnlyWhenTheMainThreadTakesItIn) {
     Fixture f;
-    auto queue = std::make_shared<PlainQueue>();
-    auto options = f.options();
-    options.mainQueue = queue;
-    LedgerRuntime runtime(options);
+    auto& queue = f.queue;
+    LedgerRuntime runtime(f.queued());
     std::vector<SavedChange> heard;
     runtime.observeSavedChanges([&](const SavedChange& change) { heard.push_back(change); });
 
@@ -559,10 +565,8 @@ TEST(LedgerRuntime, ChangeMadeWhileOneRunsInTheBackgroundComesSecond) {
     // A decision made on the Review screen while an import saved in the
     // background must neither be lost under the import's save nor lose it.
     Fixture f;
-    auto queue = std::make_shared<PlainQueue>();
-    auto options = f.options();
-    options.mainQueue = queue;
-    LedgerRuntime runtime(options);
+    auto& queue = f.queue;
+    LedgerRuntime runtime(f.queued());
     int told = 0;
     runtime.applyInBackground(
         [](Ledger& l) -> std::optional<LedgerDelta> { return addPerson(l, "Dana"); },
@@ -630,12 +634,10 @@ TEST(LedgerRuntime, BackgroundChangeOutlivesAClosedWindowSafely) {
     // The window closed while an import was still saving: its word came
     // back to a runtime that was gone.
     Fixture f;
-    auto queue = std::make_shared<PlainQueue>();
-    auto options = f.options();
-    options.mainQueue = queue;
+    auto& queue = f.queue;
     bool told = false;
     {
-        LedgerRuntime runtime(options);
+        LedgerRuntime runtime(f.queued());
         runtime.applyInBackground(
             [](Ledger& l) -> std::optional<LedgerDelta> { return addPerson(l, "Dana"); },
             [&](const ApplyResult&) { told = true; });
@@ -644,6 +646,41 @@ TEST(LedgerRuntime, BackgroundChangeOutlivesAClosedWindowSafely) {
     EXPECT_FALSE(told);
     EXPECT_EQ(namesOf(f.launch()->ledger()), std::vector<std::string>{"Dana"})
         << "what it saved stays saved";
+}
+
+// A reading of the people count, shown into `shown`.
+std::unique_ptr<LedgerReading<std::size_t>> peopleReading(LedgerRuntime& runtime,
+                                                          std::vector<std::size_t>& shown) {
+    return std::make_unique<LedgerReading<std::size_t>>(
+        runtime, [](const Ledger& ledger, LocalDate) { return ledger.people.size(); },
+        [&shown](std::size_t people) { shown.push_back(people); });
+}
+
+TEST(LedgerReading, ShortHistoryIsShownAtOnceLongOneWhenItsNewestReadingIsBack) {
+    Fixture f;
+    auto& queue = f.queue;
+    LedgerRuntime runtime(f.queued());
+    std::vector<std::size_t> shown;
+    auto reading = peopleReading(runtime, shown);
+    reading->start();
+    EXPECT_EQ(shown, std::vector<std::size_t>{0});
+    EXPECT_FALSE(reading->isReading());
+
+    reading->setInBackgroundFrom(0);
+    reading->start();
+    EXPECT_TRUE(reading->isReading());
+    ASSERT_TRUE(runtime.apply([](Ledger& l) { return addPerson(l, "Dana"); }).saved);
+    reading->start();
+    queue->runUntil([&] { return !reading->isReading(); });
+    queue->runPending();
+    // The reading of the ledger before Dana came back too, and was too old to show.
+    EXPECT_EQ(shown, (std::vector<std::size_t>{0, 1}));
+
+    // A reading still out when its screen goes is never shown.
+    reading->start();
+    reading.reset();
+    queue->runPending();
+    EXPECT_EQ(shown, (std::vector<std::size_t>{0, 1}));
 }
 
 }  // namespace
