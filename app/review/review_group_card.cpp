@@ -4,6 +4,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QVBoxLayout>
 
 #include "app/review/review_styles.h"
@@ -429,25 +430,43 @@ bool ReviewGroupCard::save() {
     const ReviewGroup group = m_group;
     const ReviewDecision decision = m_decision;
     const Instant now = m_runtime.now();
-    const ApplyResult result = m_runtime.apply(
-        [&](Ledger& copy) { return ReviewDecisions::decide(copy, group, decision, now); });
-    if (result.saved)
-        Q_EMIT saved(group.id);
-    return result.saved;
+    return decide([group, decision, now](Ledger& copy) -> std::optional<LedgerDelta> {
+        return ReviewDecisions::decide(copy, group, decision, now);
+    });
 }
 
 bool ReviewGroupCard::approve() {
     if (!m_group.suggestion)
         return false;
-    const ReviewGroup group = m_group;
+    const std::vector<Uuid> ids = m_group.transactionIDs;
     const bool remember = m_decision.remember;
     const Instant now = m_runtime.now();
-    const ApplyResult result = m_runtime.apply([&](Ledger& copy) {
-        return approveSuggestions(copy, group.transactionIDs, remember, now);
+    return decide([ids, remember, now](Ledger& copy) -> std::optional<LedgerDelta> {
+        return approveSuggestions(copy, ids, remember, now);
     });
-    if (result.saved)
-        Q_EMIT saved(group.id);
-    return result.saved;
+}
+
+bool ReviewGroupCard::decide(LedgerRuntime::PossibleChange change) {
+    const std::string groupID = m_group.id;
+    if (m_runtime.ledger().transactions.size() < m_saveInBackgroundFrom) {
+        const ApplyResult result = m_runtime.apply(
+            [&change](Ledger& copy) { return change(copy).value_or(LedgerDelta{}); });
+        if (result.saved)
+            Q_EMIT saved(groupID);
+        return result.saved;
+    }
+    // A remembered decision looks again at every line of a long history:
+    // the card waits, the window doesn't.
+    setEnabled(false);
+    m_runtime.applyInBackground(
+        std::move(change), [card = QPointer<ReviewGroupCard>(this), groupID](ApplyResult result) {
+            if (!card)
+                return;
+            card->setEnabled(true);
+            if (result.saved)
+                Q_EMIT card->saved(groupID);
+        });
+    return true;
 }
 
 void ReviewGroupCard::showTransactions() {

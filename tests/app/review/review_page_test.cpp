@@ -147,6 +147,27 @@ TEST_F(ReviewScreenTest, SaveFilesTheWholeGroupAndRemembersForLaterImports) {
     EXPECT_TRUE(page().caughtUpPanel()->isVisible());
 }
 
+TEST_F(ReviewScreenTest, ADecisionOnALongHistorySavesBesideTheWindow) {
+    const std::vector<Uuid> ids{addLine("BLUE BOTTLE COFFEE", -450, day(2026, 3, 1)),
+                                addLine("BLUE BOTTLE COFFEE", -520, day(2026, 3, 8))};
+    ReviewGroupCard* card = page().cards().front();
+    card->setSaveInBackgroundFrom(0);
+    card->categoryBox()->setCurrentIndex(indexOfCategory(card->categoryBox(), "Dining"));
+    card->saveButton()->click();
+    // The card waits for its save; the ledger shown is the one on disk.
+    EXPECT_FALSE(card->isEnabled());
+    EXPECT_NE(line(ids[0]).review, ReviewState::confirmed);
+
+    runtime().mainQueue()->runUntil([&] { return !runtime().isChangingInBackground(); });
+    settle();
+    for (const Uuid& id : ids) {
+        EXPECT_EQ(line(id).review, ReviewState::confirmed);
+        EXPECT_EQ(line(id).categoryID, categoryNamed("Dining"));
+    }
+    EXPECT_EQ(ledger().undoLabel(), "Review Blue Bottle Coffee");
+    EXPECT_TRUE(page().caughtUpPanel()->isVisible());
+}
+
 TEST_F(ReviewScreenTest, WithRememberOffOnlyTheseTransactionsChange) {
     const Uuid waiting = addLine("BLUE BOTTLE COFFEE", -450);
     ReviewGroupCard* card = page().cards().front();
