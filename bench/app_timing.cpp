@@ -17,6 +17,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <QApplication>
@@ -169,17 +170,32 @@ int main(int argc, char** argv) {
         }
         if (ReviewDecisions::refusal(runtime.ledger(), group, decision))
             continue;
+        // As the card saves it on a history this long: beside the window.
         const auto decideStart = Clock::now();
-        const ApplyResult result = runtime.apply([&](Ledger& copy) {
-            return ReviewDecisions::decide(copy, group, decision, runtime.now());
-        });
-        const double saved = millisecondsSince(decideStart);
+        std::optional<ApplyResult> result;
+        runtime.applyInBackground(
+            [&group, decision, now = runtime.now()](Ledger& copy) -> std::optional<LedgerDelta> {
+                return ReviewDecisions::decide(copy, group, decision, now);
+            },
+            [&result](ApplyResult done) { result = std::move(done); });
+        const double decisionWait = longestWaitUntil([&] { return result.has_value(); });
         settleAndDraw(window);
-        std::printf("review decision on %zu lines: saved in %.1f ms, shown in %.1f ms%s\n",
-                    group.transactionIDs.size(), saved, millisecondsSince(decideStart),
-                    result.saved ? "" : " (not saved)");
+        std::printf(
+            "review decision on %zu lines: saved and shown in %.1f ms (window waited at "
+            "most %.1f ms)%s\n",
+            group.transactionIDs.size(), millisecondsSince(decideStart), decisionWait,
+            result->saved ? "" : " (not saved)");
         break;
     }
+
+    // Undo (Ctrl+Z) of that decision, as Edit › Undo makes it on a long history.
+    const auto undoStart = Clock::now();
+    std::optional<bool> undone;
+    runtime.undoLastChangeInBackground([&undone](bool result) { undone = result; });
+    const double undoWait = longestWaitUntil([&] { return undone.has_value(); });
+    settleAndDraw(window);
+    std::printf("undo of the decision: %.1f ms (window waited at most %.1f ms)%s\n",
+                millisecondsSince(undoStart), undoWait, *undone ? "" : " (nothing undone)");
     std::filesystem::remove_all(folder);
     return 0;
 }

@@ -486,6 +486,23 @@ bool LedgerRuntime::commitEntry(const Change& change) {
     }
 }
 
+void LedgerRuntime::undoLastChangeInBackground(std::function<void(bool)> done) {
+    // Read on the worker, handed over only once the undo is saved.
+    auto label = std::make_shared<std::optional<std::string>>();
+    applyInBackground(
+        [label](Ledger& ledger) {
+            *label = ledger.undoLabel();
+            return copperwick::undoLastChange(ledger);
+        },
+        [this, label, done = std::move(done)](const ApplyResult& result) {
+            if (result.saved) {
+                m_undoneLabel = std::move(*label);
+                setStatusMessage("Undone.");
+            }
+            done(result.saved);
+        });
+}
+
 std::filesystem::path LedgerRuntime::backUp(std::string_view reason) {
     return m_backups.makeBackup(*m_store, reason, m_clock());
 }

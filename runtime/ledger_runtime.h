@@ -149,6 +149,9 @@ class LedgerRuntime {
     // Takes back the last recorded change and says "Undone."; false when
     // there was nothing to undo or the save failed (the message shows why).
     bool undoLastChange();
+    // The same on a thread of its own, as applyInBackground runs a change;
+    // `done` hears whether something was undone.
+    void undoLastChangeInBackground(std::function<void(bool)> done);
     // The label of what the last successful undoLastChange took back.
     [[nodiscard]] const std::optional<std::string>& undoneLabel() const { return m_undoneLabel; }
     // When another program (the command line, a second window) saved to or
@@ -185,6 +188,11 @@ class LedgerRuntime {
     // that a table redraws only the rows the delta names.
     ObserverID observeSavedChanges(std::function<void(const SavedChange&)> callback);
     void removeObserver(ObserverID id);
+
+    // From this many transactions on, a change that looks again at every
+    // line (a remembered decision, an undo) is better made beside the window:
+    // on 100,000 lines one takes a third of a second or more.
+    static constexpr std::size_t kLongHistory = 20'000;
 
     static constexpr std::string_view kNoStoreMessage =
         "Copperwick can't save changes because its data file couldn't be opened.";

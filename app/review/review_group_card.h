@@ -59,11 +59,6 @@ class ReviewGroupCard : public CardFrame {
     // again, keeping what is chosen while it still fits.
     void refreshChoices();
 
-    // From this many transactions on, a decision is worked out and saved
-    // beside the window: on 100,000 lines a remembered one takes a third of
-    // a second or more.
-    static constexpr std::size_t kSaveInBackgroundFrom = 20'000;
-
     // The person's actions; each reaches the ledger through the runtime.
     // True when the change was saved, or is being saved in the background.
     bool save();
@@ -153,7 +148,7 @@ class ReviewGroupCard : public CardFrame {
     // empty and hidden until that work lands.
     QWidget* m_askPlace = nullptr;
     QPushButton* m_save = nullptr;
-    std::size_t m_saveInBackgroundFrom = kSaveInBackgroundFrom;
+    std::size_t m_saveInBackgroundFrom = LedgerRuntime::kLongHistory;
 };
 
 }  // namespace copperwick::app

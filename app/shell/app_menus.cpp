@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 #include <QProcess>
 
 #include "app/shell/sections.h"
@@ -42,8 +43,7 @@ AppMenus::AppMenus(QMainWindow& window, RuntimeBridge& bridge)
     QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
     m_undo = edit->addAction(undoTitle(std::nullopt));
     m_undo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
-    connect(m_undo, &QAction::triggered, this,
-            [this] { (void)m_bridge.runtime().undoLastChange(); });
+    connect(m_undo, &QAction::triggered, this, &AppMenus::undo);
     edit->addSeparator();
     m_settings = edit->addAction(QStringLiteral("Settings…"));
     m_settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
@@ -81,6 +81,21 @@ QString AppMenus::undoTitle(const std::optional<std::string>& label) {
     if (!label)
         return QStringLiteral("Undo Last Change");
     return QStringLiteral("Undo ") + menuText(toQString(*label));
+}
+
+void AppMenus::undo() {
+    LedgerRuntime& runtime = m_bridge.runtime();
+    if (runtime.ledger().transactions.size() < LedgerRuntime::kLongHistory) {
+        (void)runtime.undoLastChange();
+        return;
+    }
+    // Taking back an import or a remembered decision looks again at every
+    // line: the menu waits, the window doesn't.
+    m_undo->setEnabled(false);
+    runtime.undoLastChangeInBackground([menus = QPointer<AppMenus>(this)](bool) {
+        if (menus)
+            menus->updateUndo();
+    });
 }
 
 void AppMenus::updateUndo() {

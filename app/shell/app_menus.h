@@ -38,6 +38,8 @@ class AppMenus : public QObject {
     [[nodiscard]] static QString undoTitle(const std::optional<std::string>& label);
 
   private:
+    // Edit › Undo: beside the window on a long history.
+    void undo();
     void updateUndo();
     void openDemoWorkspace();
     void checkForUpdates();

@@ -656,6 +656,37 @@ std::unique_ptr<LedgerReading<std::size_t>> peopleReading(LedgerRuntime& runtime
         [&shown](std::size_t people) { shown.push_back(people); });
 }
 
+TEST(LedgerRuntime, UndoBesideTheWindowSaysUndoneOnlyOnceSaved) {
+    Fixture f;
+    LedgerRuntime runtime(f.queued());
+    const LedgerTransaction transaction{.id = Uuid::random(), .rawDescription = "SHOP"};
+    runtime.apply([&](Ledger& l) {
+        l.transactions.set(transaction.id, transaction);
+        LedgerDelta delta;
+        delta.change(RecordKind::transaction, transaction.id);
+        return delta;
+    });
+    runtime.apply([&](Ledger& l) { return setNote(l, "first", transaction.id, Instant{1}); });
+
+    std::optional<bool> undone;
+    runtime.undoLastChangeInBackground([&](bool result) { undone = result; });
+    EXPECT_FALSE(runtime.statusMessage()) << "nothing is undone until it is saved";
+    EXPECT_EQ(runtime.ledger().transaction(transaction.id)->note, "first");
+    f.queue->runUntil([&] { return undone.has_value(); });
+    EXPECT_TRUE(*undone);
+    EXPECT_EQ(runtime.statusMessage(), "Undone.");
+    EXPECT_EQ(runtime.undoneLabel(), "Edit transaction note");
+    EXPECT_EQ(runtime.ledger().transaction(transaction.id)->note, "");
+
+    // With nothing left to undo, nothing is said.
+    runtime.setStatusMessage(std::nullopt);
+    undone.reset();
+    runtime.undoLastChangeInBackground([&](bool result) { undone = result; });
+    runtime.finishBackgroundChange();
+    EXPECT_EQ(undone, false);
+    EXPECT_FALSE(runtime.statusMessage());
+}
+
 TEST(LedgerReading, ShortHistoryIsShownAtOnceLongOneWhenItsNewestReadingIsBack) {
     Fixture f;
     auto& queue = f.queue;
