@@ -1,7 +1,9 @@
 #include "runtime/ledger_runtime.h"
 
 #include <future>
+#include <limits>
 #include <system_error>
+#include <utility>
 
 #include "core/matching/merchant_key_index.h"
 #include "core/matching/merchant_keys.h"
@@ -307,16 +309,11 @@ LedgerRuntime::Outcome LedgerRuntime::save(const PossibleChange& change) {
 }
 
 ApplyResult LedgerRuntime::apply(const Change& change) {
-    const Outcome outcome =
-        save([&change](Ledger& ledger) -> std::optional<LedgerDelta> { return change(ledger); });
     ApplyResult result;
-    if (outcome == Outcome::saved) {
-        result.saved = true;
-        result.delta = std::move(m_lastDelta);
-        m_lastDelta = {};
-    } else if (outcome == Outcome::failed) {
-        result.message = m_lastFailure;
-    }
+    applyForScreen(
+        [&change](Ledger& ledger) -> std::optional<LedgerDelta> { return change(ledger); },
+        [&result](ApplyResult done) { result = std::move(done); },
+        std::numeric_limits<std::size_t>::max());
     return result;
 }
 
@@ -334,6 +331,23 @@ void LedgerRuntime::applyInBackground(PossibleChange change, std::function<void(
     m_background->done = std::move(done);
     m_background->backUpBeforeImport = backUpBeforeImport;
     launchBackgroundChange();
+}
+
+void LedgerRuntime::applyForScreen(PossibleChange change, std::function<void(ApplyResult)> done,
+                                   std::size_t longFrom) {
+    if (m_ledger.transactions.size() >= longFrom) {
+        applyInBackground(std::move(change), std::move(done));
+        return;
+    }
+    ApplyResult result;
+    const Outcome outcome = save(change);
+    if (outcome == Outcome::saved) {
+        result.saved = true;
+        result.delta = std::exchange(m_lastDelta, {});
+    } else if (outcome == Outcome::failed) {
+        result.message = m_lastFailure;
+    }
+    done(std::move(result));
 }
 
 void LedgerRuntime::launchBackgroundChange() {

@@ -142,6 +142,11 @@ class LedgerRuntime {
     // nothing is saved without it.
     void applyInBackground(PossibleChange change, std::function<void(ApplyResult)> done,
                            bool backUpBeforeImport = false);
+    // A screen's change: made here and now on a short history, beside the
+    // window (as applyInBackground) from `longFrom` transactions on. `done`
+    // hears the result either way; on a short history before this returns.
+    void applyForScreen(PossibleChange change, std::function<void(ApplyResult)> done,
+                        std::size_t longFrom = kLongHistory);
     [[nodiscard]] bool isChangingInBackground() const { return m_background != nullptr; }
     // Waits for the change running in the background, if any, and makes it
     // live (or shows why it couldn't be), telling its `done` first.

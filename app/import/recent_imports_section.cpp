@@ -1,6 +1,7 @@
 #include "app/import/recent_imports_section.h"
 
 #include <algorithm>
+#include <memory>
 #include <unordered_set>
 
 #include <QApplication>
@@ -275,16 +276,22 @@ void RecentImportsSection::askToUndo(int row) {
 void RecentImportsSection::undo(const ImportBatch& batch) {
     LedgerRuntime& runtime = m_bridge.runtime();
     const Uuid id = batch.id;
-    bool gone = false;
-    const ApplyResult result = runtime.apply([id, &gone](Ledger& ledger) {
-        // Another program may have taken the import back meanwhile.
-        const auto& batches = ledger.batches;
-        gone = std::none_of(batches.begin(), batches.end(),
-                            [&](const ImportBatch& kept) { return kept.id == id; });
-        return gone ? LedgerDelta{} : undoImport(ledger, id);
-    });
-    if (result.saved && !gone)
-        runtime.setStatusMessage(removedImportMessage(batch.fileName));
+    // Set where the change is worked out, read once it is saved.
+    auto gone = std::make_shared<bool>(false);
+    runtime.applyForScreen(
+        [id, gone](Ledger& ledger) -> std::optional<LedgerDelta> {
+            // Another program may have taken the import back meanwhile.
+            const auto& batches = ledger.batches;
+            *gone = std::none_of(batches.begin(), batches.end(),
+                                 [&](const ImportBatch& kept) { return kept.id == id; });
+            if (*gone)
+                return std::nullopt;
+            return undoImport(ledger, id);
+        },
+        [&runtime, gone, fileName = batch.fileName](const ApplyResult& result) {
+            if (result.saved && !*gone)
+                runtime.setStatusMessage(removedImportMessage(fileName));
+        });
 }
 
 }  // namespace copperwick::app

@@ -1,5 +1,7 @@
 #include "app/review/review_group_card.h"
 
+#include <memory>
+
 #include <QCompleter>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -447,25 +449,28 @@ bool ReviewGroupCard::approve() {
 }
 
 bool ReviewGroupCard::decide(LedgerRuntime::PossibleChange change) {
-    const std::string groupID = m_group.id;
-    if (m_runtime.ledger().transactions.size() < m_saveInBackgroundFrom) {
-        const ApplyResult result = m_runtime.apply(
-            [&change](Ledger& copy) { return change(copy).value_or(LedgerDelta{}); });
-        if (result.saved)
-            Q_EMIT saved(groupID);
-        return result.saved;
-    }
-    // A remembered decision looks again at every line of a long history:
-    // the card waits, the window doesn't.
-    setEnabled(false);
-    m_runtime.applyInBackground(
-        std::move(change), [card = QPointer<ReviewGroupCard>(this), groupID](ApplyResult result) {
+    LedgerRuntime& runtime = m_runtime;
+    auto saved = std::make_shared<bool>(false);
+    runtime.applyForScreen(
+        std::move(change),
+        [card = QPointer<ReviewGroupCard>(this), groupID = m_group.id,
+         saved](const ApplyResult& result) {
+            *saved = result.saved;
             if (!card)
                 return;
             card->setEnabled(true);
             if (result.saved)
                 Q_EMIT card->saved(groupID);
-        });
+        },
+        m_saveInBackgroundFrom);
+    // Once `saved` is told the card may be gone: nothing of it is touched.
+    if (*saved)
+        return true;
+    if (!runtime.isChangingInBackground())
+        return false;
+    // On a long history a remembered decision looks again at every line:
+    // the card waits for its save, the window doesn't.
+    setEnabled(false);
     return true;
 }
 

@@ -687,6 +687,29 @@ TEST(LedgerRuntime, UndoBesideTheWindowSaysUndoneOnlyOnceSaved) {
     EXPECT_FALSE(runtime.statusMessage());
 }
 
+TEST(LedgerRuntime, AScreensChangeGoesBesideTheWindowOnlyOnALongHistory) {
+    Fixture f;
+    LedgerRuntime runtime(f.queued());
+    std::vector<std::string> told;
+    const auto tell = [&told](const std::string& name) {
+        return [&told, name](const ApplyResult& result) {
+            if (result.saved)
+                told.push_back(name);
+        };
+    };
+    const auto adding = [](std::string name) {
+        return [name](Ledger& l) -> std::optional<LedgerDelta> { return addPerson(l, name); };
+    };
+    runtime.applyForScreen(adding("Dana"), tell("Dana"));
+    EXPECT_EQ(told, std::vector<std::string>{"Dana"}) << "a short history is saved at once";
+
+    runtime.applyForScreen(adding("Sam"), tell("Sam"), /*longFrom=*/0);
+    EXPECT_TRUE(runtime.isChangingInBackground());
+    EXPECT_EQ(told.size(), 1u);
+    f.queue->runUntil([&] { return told.size() == 2; });
+    EXPECT_EQ(namesOf(runtime.ledger()), (std::vector<std::string>{"Dana", "Sam"}));
+}
+
 TEST(LedgerReading, ShortHistoryIsShownAtOnceLongOneWhenItsNewestReadingIsBack) {
     Fixture f;
     auto& queue = f.queue;
