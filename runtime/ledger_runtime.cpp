@@ -24,23 +24,6 @@ namespace {
 constexpr std::string_view kImportBackupRefusal =
     "Copperwick couldn't make its safety backup, so nothing was imported: ";
 
-// What an attempt at a background change came to, worked out off the main thread.
-struct BackgroundOutcome {
-    enum class Kind { saved, nothing, failed, changedElsewhere };
-    Kind kind = Kind::nothing;
-    std::optional<Ledger> ledger;
-    LedgerDelta delta;
-    int64_t magnitude = 0;
-    std::string message;
-
-    static BackgroundOutcome failure(Kind kind, std::string message) {
-        BackgroundOutcome outcome;
-        outcome.kind = kind;
-        outcome.message = std::move(message);
-        return outcome;
-    }
-};
-
 // On a thread of its own when the machine will give one; else here and now.
 template <typename Work>
 auto startWork(Work work) {
@@ -78,6 +61,74 @@ LedgerRuntime::LedgerRuntime(RuntimeOptions options)
         openDemo();
 }
 
+// What one attempt at a change came to.
+struct LedgerRuntime::ChangeAttempt {
+    enum class Kind { saved, nothing, failed, changedElsewhere };
+    Kind kind = Kind::nothing;
+    std::optional<Ledger> ledger;
+    LedgerDelta delta;
+    int64_t magnitude = 0;
+    std::string message;
+
+    static ChangeAttempt failure(Kind kind, std::string message) {
+        ChangeAttempt outcome;
+        outcome.kind = kind;
+        outcome.message = std::move(message);
+        return outcome;
+    }
+};
+
+LedgerRuntime::ChangeAttempt LedgerRuntime::attemptChange(const Ledger& base,
+                                                          int64_t magnitudeBefore,
+                                                          LedgerStore* store,
+                                                          const PossibleChange& change,
+                                                          std::future<void> safetyCopy) {
+    using Kind = ChangeAttempt::Kind;
+    Ledger copy = base;
+    std::optional<LedgerDelta> delta;
+    std::optional<std::string> refusal;
+    try {
+        delta = change(copy);
+    } catch (const std::exception& error) {
+        // A refused entry, or amounts too large to add up: the copy goes,
+        // the live ledger stays, and the person reads why.
+        refusal = error.what();
+    }
+    if (safetyCopy.valid()) {
+        try {
+            safetyCopy.get();
+        } catch (const std::exception& error) {
+            return ChangeAttempt::failure(Kind::failed,
+                                          std::string(kImportBackupRefusal) + error.what());
+        }
+    }
+    if (refusal)
+        return ChangeAttempt::failure(Kind::failed, std::move(*refusal));
+    if (!delta)
+        return ChangeAttempt{};
+    if (!store)
+        return ChangeAttempt::failure(Kind::failed, std::string(kNoStoreMessage));
+    const int64_t magnitude = amount_limits::magnitudeAfter(magnitudeBefore, base, copy, *delta);
+    if (magnitude > amount_limits::kLargestLedgerMagnitude && magnitude > magnitudeBefore)
+        return ChangeAttempt::failure(Kind::failed, std::string(amount_limits::kTooLargeMessage));
+    try {
+        store->save(*delta, copy);
+    } catch (const StoreError& error) {
+        return ChangeAttempt::failure(error.kind() == StoreError::Case::changedElsewhere
+                                          ? Kind::changedElsewhere
+                                          : Kind::failed,
+                                      error.what());
+    } catch (const std::exception& error) {
+        return ChangeAttempt::failure(Kind::failed, error.what());
+    }
+    ChangeAttempt saved;
+    saved.kind = Kind::saved;
+    saved.ledger = std::move(copy);
+    saved.delta = std::move(*delta);
+    saved.magnitude = magnitude;
+    return saved;
+}
+
 struct LedgerRuntime::BackgroundChange {
     PossibleChange change;
     std::function<void(ApplyResult)> done;
@@ -86,7 +137,7 @@ struct LedgerRuntime::BackgroundChange {
     // Which launch the main queue's word is about: a word for an attempt
     // already taken in must not make the main thread wait for the next one.
     uint64_t launch = 0;
-    std::future<BackgroundOutcome> outcome;
+    std::future<ChangeAttempt> outcome;
 };
 
 LedgerRuntime::~LedgerRuntime() {
@@ -266,46 +317,44 @@ LedgerRuntime::Outcome LedgerRuntime::fail(std::string message) {
 LedgerRuntime::Outcome LedgerRuntime::save(const PossibleChange& change) {
     // One change at a time: one running in the background goes first.
     finishBackgroundChange();
-    m_lastFailure.reset();
     for (int attempt = 1;; ++attempt) {
-        Ledger copy = m_ledger;
-        std::optional<LedgerDelta> delta;
-        try {
-            delta = change(copy);
-        } catch (const std::exception& error) {
-            // A refused entry, or amounts too large to add up: the copy goes,
-            // the live ledger stays, and the person reads why.
-            return fail(error.what());
-        }
-        if (!delta)
-            return Outcome::nothing;
-        if (!m_store) {
-            return fail(std::string(kNoStoreMessage));
-        }
-        const int64_t magnitude =
-            amount_limits::magnitudeAfter(m_magnitude, m_ledger, copy, *delta);
-        if (magnitude > amount_limits::kLargestLedgerMagnitude && magnitude > m_magnitude) {
-            return fail(std::string(amount_limits::kTooLargeMessage));
-        }
-        try {
-            m_store->save(*delta, copy);
-        } catch (const StoreError& error) {
-            // Another program saved first: what it saved stays, and this
-            // change is worked out again on top of it, as if it came second.
-            if (error.kind() == StoreError::Case::changedElsewhere && attempt < kSaveAttempts &&
-                reload()) {
-                continue;
-            }
-            return fail(error.what());
-        } catch (const std::exception& error) {
-            return fail(error.what());
-        }
-        m_ledger = std::move(copy);
-        m_magnitude = magnitude;
-        m_lastDelta = std::move(*delta);
-        bumpRevision(&m_lastDelta);
-        return Outcome::saved;
+        ChangeAttempt tried = attemptChange(m_ledger, m_magnitude, m_store.get(), change);
+        // Another program saved first: what it saved stays, and this change
+        // is worked out again on top of it, as if it came second.
+        if (tried.kind == ChangeAttempt::Kind::changedElsewhere && attempt < kSaveAttempts &&
+            reload())
+            continue;
+        return take(std::move(tried));
     }
+}
+
+LedgerRuntime::Outcome LedgerRuntime::take(ChangeAttempt tried) {
+    m_lastFailure.reset();
+    switch (tried.kind) {
+        case ChangeAttempt::Kind::nothing:
+            return Outcome::nothing;
+        case ChangeAttempt::Kind::failed:
+        case ChangeAttempt::Kind::changedElsewhere:
+            return fail(std::move(tried.message));
+        case ChangeAttempt::Kind::saved:
+            break;
+    }
+    m_ledger = std::move(*tried.ledger);
+    m_magnitude = tried.magnitude;
+    m_lastDelta = std::move(tried.delta);
+    bumpRevision(&m_lastDelta);
+    return Outcome::saved;
+}
+
+ApplyResult LedgerRuntime::resultOf(Outcome outcome) {
+    ApplyResult result;
+    if (outcome == Outcome::saved) {
+        result.saved = true;
+        result.delta = std::exchange(m_lastDelta, {});
+    } else if (outcome == Outcome::failed) {
+        result.message = m_lastFailure;
+    }
+    return result;
 }
 
 ApplyResult LedgerRuntime::apply(const Change& change) {
@@ -339,15 +388,7 @@ void LedgerRuntime::applyForScreen(PossibleChange change, std::function<void(App
         applyInBackground(std::move(change), std::move(done));
         return;
     }
-    ApplyResult result;
-    const Outcome outcome = save(change);
-    if (outcome == Outcome::saved) {
-        result.saved = true;
-        result.delta = std::exchange(m_lastDelta, {});
-    } else if (outcome == Outcome::failed) {
-        result.message = m_lastFailure;
-    }
-    done(std::move(result));
+    done(resultOf(save(change)));
 }
 
 void LedgerRuntime::launchBackgroundChange() {
@@ -359,58 +400,17 @@ void LedgerRuntime::launchBackgroundChange() {
     auto work = [base = m_ledger, magnitudeBefore = m_magnitude, store = m_store.get(),
                  backups = &m_backups, now = m_clock(), change = pending.change,
                  backUp = pending.backUpBeforeImport && pending.attempt == 1]() {
-        using Kind = BackgroundOutcome::Kind;
         std::future<void> safetyCopy;
         if (backUp) {
             safetyCopy = startWork(
                 [store, backups, now] { (void)backups->makeBackup(*store, "before-import", now); });
         }
-        Ledger copy = base;
-        std::optional<LedgerDelta> delta;
-        std::optional<std::string> refusal;
-        try {
-            delta = change(copy);
-        } catch (const std::exception& error) {
-            refusal = error.what();
-        }
-        if (safetyCopy.valid()) {
-            try {
-                safetyCopy.get();
-            } catch (const std::exception& error) {
-                return BackgroundOutcome::failure(Kind::failed,
-                                                  std::string(kImportBackupRefusal) + error.what());
-            }
-        }
-        if (refusal)
-            return BackgroundOutcome::failure(Kind::failed, std::move(*refusal));
-        if (!delta)
-            return BackgroundOutcome{};
-        const int64_t magnitude =
-            amount_limits::magnitudeAfter(magnitudeBefore, base, copy, *delta);
-        if (magnitude > amount_limits::kLargestLedgerMagnitude && magnitude > magnitudeBefore)
-            return BackgroundOutcome::failure(Kind::failed,
-                                              std::string(amount_limits::kTooLargeMessage));
-        try {
-            store->save(*delta, copy);
-        } catch (const StoreError& error) {
-            return BackgroundOutcome::failure(error.kind() == StoreError::Case::changedElsewhere
-                                                  ? Kind::changedElsewhere
-                                                  : Kind::failed,
-                                              error.what());
-        } catch (const std::exception& error) {
-            return BackgroundOutcome::failure(Kind::failed, error.what());
-        }
-        BackgroundOutcome saved;
-        saved.kind = Kind::saved;
-        saved.ledger = std::move(copy);
-        saved.delta = std::move(*delta);
-        saved.magnitude = magnitude;
-        return saved;
+        return attemptChange(base, magnitudeBefore, store, change, std::move(safetyCopy));
     };
     pending.outcome =
         startWork([work = std::move(work), queue = m_mainQueue,
                    alive = std::weak_ptr<const bool>(m_alive), this, launch = pending.launch]() {
-            BackgroundOutcome outcome = work();
+            ChangeAttempt outcome = work();
             queue->post([alive, this, launch] {
                 if (!alive.expired() && m_background && m_background->launch == launch)
                     settleBackgroundChange();
@@ -426,43 +426,21 @@ void LedgerRuntime::finishBackgroundChange() {
 }
 
 void LedgerRuntime::settleBackgroundChange() {
-    using Kind = BackgroundOutcome::Kind;
-    BackgroundOutcome outcome;
+    ChangeAttempt tried;
     try {
-        outcome = m_background->outcome.get();
+        tried = m_background->outcome.get();
     } catch (const std::exception& error) {
-        outcome = BackgroundOutcome::failure(Kind::failed, error.what());
+        tried = ChangeAttempt::failure(ChangeAttempt::Kind::failed, error.what());
     }
     std::unique_ptr<BackgroundChange> pending = std::move(m_background);
-    m_lastFailure.reset();
-    ApplyResult result;
-    switch (outcome.kind) {
-        case Kind::changedElsewhere:
-            // Another program saved first: what it saved stays, and the change
-            // is worked out again on top of it, as if it came second.
-            if (pending->attempt < kSaveAttempts && reload()) {
-                m_background = std::move(pending);
-                launchBackgroundChange();
-                return;
-            }
-            fail(std::move(outcome.message));
-            result.message = m_lastFailure;
-            break;
-        case Kind::failed:
-            fail(std::move(outcome.message));
-            result.message = m_lastFailure;
-            break;
-        case Kind::nothing:
-            break;
-        case Kind::saved:
-            m_ledger = std::move(*outcome.ledger);
-            m_magnitude = outcome.magnitude;
-            result.saved = true;
-            result.delta = std::move(outcome.delta);
-            bumpRevision(&result.delta);
-            break;
+    // As save() does: worked out again after another program's save.
+    if (tried.kind == ChangeAttempt::Kind::changedElsewhere && pending->attempt < kSaveAttempts &&
+        reload()) {
+        m_background = std::move(pending);
+        launchBackgroundChange();
+        return;
     }
-    pending->done(std::move(result));
+    pending->done(resultOf(take(std::move(tried))));
 }
 
 bool LedgerRuntime::undoLastChange() {

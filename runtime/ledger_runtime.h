@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <optional>
@@ -212,6 +213,7 @@ class LedgerRuntime {
         failed,
     };
     struct BackgroundChange;
+    struct ChangeAttempt;
     // How often a change is worked out again when other programs keep
     // saving first.
     static constexpr int kSaveAttempts = 5;
@@ -226,6 +228,17 @@ class LedgerRuntime {
     void openDemo();
     // The road of every change: run on a copy, check, save, install.
     Outcome save(const PossibleChange& change);
+    // One attempt at a change: run on a copy of `base`, checked against the
+    // ledger-wide amount limit, and saved once the safety copy (when there
+    // is one) is made. Touches nothing but its arguments, so it runs on the
+    // main thread or beside it alike.
+    static ChangeAttempt attemptChange(const Ledger& base, int64_t magnitudeBefore,
+                                       LedgerStore* store, const PossibleChange& change,
+                                       std::future<void> safetyCopy = {});
+    // Makes an attempt's saved ledger live, or shows why it wasn't saved.
+    Outcome take(ChangeAttempt tried);
+    // What apply and the screens' changes hand back, after take.
+    ApplyResult resultOf(Outcome outcome);
     // Shows why a change wasn't saved, and keeps it for apply's answer.
     Outcome fail(std::string message);
     // Bumps the revision and tells the saved-change observers; no delta
