@@ -100,7 +100,7 @@ def choose(row):
 
 def main():
     signal.alarm(45)
-    app = wait_for("the application on the accessibility bus", application, 30)
+    app = wait_for("the application on the accessibility bus", application, 90)
     rows = wait_for("the sidebar's eight rows", lambda: sidebar_rows(app))
 
     # The demo opens on Reports; the Review screen isn't showing yet.

@@ -6,7 +6,8 @@
 #   run_accessibility_test.sh APP SCRIPT
 #
 # Everything lives in a scratch folder (home and XDG folders too) and is
-# bounded in time: the whole run is killed after 75 seconds.
+# bounded in time: the whole run is killed after 150 seconds (a sanitizer
+# build on a busy machine can take most of a minute to show its window).
 set -euo pipefail
 
 if [ "${1:-}" != "--inside" ]; then
@@ -25,7 +26,7 @@ if [ "${1:-}" != "--inside" ]; then
   export XDG_CACHE_HOME=$scratch/cache XDG_RUNTIME_DIR=$scratch/run TMPDIR=$scratch
   export COPPERWICK_APP=$1 ACCESSIBILITY_SCRIPT=$2 SCRATCH=$scratch
   status=0
-  timeout --kill-after=5 75 dbus-run-session -- bash "$0" --inside || status=$?
+  timeout --kill-after=5 150 dbus-run-session -- bash "$0" --inside || status=$?
   if [ "$status" -ne 0 ]; then
     for log in xvfb app; do
       [ -s "$scratch/$log.log" ] || continue
