@@ -191,7 +191,7 @@ int main(int argc, char** argv) {
     // Undo (Ctrl+Z) of that decision, as Edit › Undo makes it on a long history.
     const auto undoStart = Clock::now();
     std::optional<bool> undone;
-    runtime.undoLastChangeInBackground([&undone](bool result) { undone = result; });
+    runtime.undoLastChangeForScreen([&undone](bool result) { undone = result; });
     const double undoWait = longestWaitUntil([&] { return undone.has_value(); });
     settleAndDraw(window);
     std::printf("undo of the decision: %.1f ms (window waited at most %.1f ms)%s\n",

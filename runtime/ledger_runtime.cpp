@@ -478,7 +478,12 @@ bool LedgerRuntime::commitEntry(const Change& change) {
     }
 }
 
-void LedgerRuntime::undoLastChangeInBackground(std::function<void(bool)> done) {
+void LedgerRuntime::undoLastChangeForScreen(std::function<void(bool)> done,
+                                            std::size_t longFrom) {
+    if (m_ledger.transactions.size() < longFrom) {
+        done(undoLastChange());
+        return;
+    }
     // Read on the worker, handed over only once the undo is saved.
     auto label = std::make_shared<std::optional<std::string>>();
     applyInBackground(

@@ -155,9 +155,11 @@ class LedgerRuntime {
     // Takes back the last recorded change and says "Undone."; false when
     // there was nothing to undo or the save failed (the message shows why).
     bool undoLastChange();
-    // The same on a thread of its own, as applyInBackground runs a change;
+    // The same for a screen: on a history of `longFrom` transactions or more
+    // it runs on a thread of its own, as applyInBackground runs a change.
     // `done` hears whether something was undone.
-    void undoLastChangeInBackground(std::function<void(bool)> done);
+    void undoLastChangeForScreen(std::function<void(bool)> done,
+                                 std::size_t longFrom = kLongHistory);
     // The label of what the last successful undoLastChange took back.
     [[nodiscard]] const std::optional<std::string>& undoneLabel() const { return m_undoneLabel; }
     // When another program (the command line, a second window) saved to or

@@ -124,15 +124,19 @@ void AccountFreshnessView::showLines(const std::vector<AccountFreshness>& lines)
 
 void AccountFreshnessView::confirmCurrent(const Uuid& accountID) {
     LedgerRuntime& runtime = m_bridge.runtime();
-    const LocalDate today = runtime.today();
-    (void)runtime.apply([&](Ledger& ledger) {
-        return acknowledge(ledger, {DataNote::UpToDate{accountID, today}});
-    });
+    runtime.applyForScreen(
+        [note = DataNote::Acknowledgement{DataNote::UpToDate{accountID, runtime.today()}}](Ledger& ledger) {
+            return acknowledge(ledger, {note});
+        },
+        [](const ApplyResult&) {});
 }
 
 void AccountFreshnessView::markOccasional(const Uuid& accountID) {
-    (void)m_bridge.runtime().apply(
-        [&](Ledger& ledger) { return acknowledge(ledger, {DataNote::RarelyUsed{accountID}}); });
+    m_bridge.runtime().applyForScreen(
+        [note = DataNote::Acknowledgement{DataNote::RarelyUsed{accountID}}](Ledger& ledger) {
+            return acknowledge(ledger, {note});
+        },
+        [](const ApplyResult&) {});
 }
 
 void AccountFreshnessView::showInTransactions(const Uuid& accountID) {

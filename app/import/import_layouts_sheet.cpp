@@ -184,10 +184,12 @@ void ImportLayoutsSheet::importLayout() {
         return;
     }
     m_refusal->setVisible(false);
-    const ApplyResult result = m_bridge.runtime().apply(
-        [&profile](Ledger& ledger) { return upsertProfile(ledger, profile); });
-    if (result.saved)
-        m_bridge.runtime().setStatusMessage(importedLayoutMessage(profile));
+    LedgerRuntime& runtime = m_bridge.runtime();
+    runtime.applyForScreen([profile](Ledger& ledger) { return upsertProfile(ledger, profile); },
+                           [&runtime, profile](const ApplyResult& result) {
+                               if (result.saved)
+                                   runtime.setStatusMessage(importedLayoutMessage(profile));
+                           });
 }
 
 void ImportLayoutsSheet::showRefusal(const std::string& message) {

@@ -75,13 +75,13 @@ QPushButton* StalePendingSection::removeButton(const Uuid& id) const {
     return nullptr;
 }
 
-bool StalePendingSection::remove(const Uuid& id) {
+void StalePendingSection::remove(const Uuid& id) {
     const Instant now = m_runtime.now();
-    return m_runtime
-        .apply([&](Ledger& copy) {
+    m_runtime.applyForScreen(
+        [id, now](Ledger& copy) {
             return setVoided(copy, {id}, true, std::string(kRemoveLabel), now);
-        })
-        .saved;
+        },
+        [](const ApplyResult&) {});
 }
 
 }  // namespace copperwick::app

@@ -30,7 +30,7 @@ class StalePendingSection : public SectionCard {
     // The "Remove" button of the line with `id`, if it is shown.
     [[nodiscard]] QPushButton* removeButton(const Uuid& id) const;
     // Voids the line; true when the change was saved.
-    bool remove(const Uuid& id);
+    void remove(const Uuid& id);
 
   private:
     LedgerRuntime& m_runtime;

@@ -66,6 +66,9 @@ bool BuiltInRuleModel::setData(const QModelIndex& index, const QVariant& value, 
     const bool enabled = value.value<Qt::CheckState>() == Qt::Checked;
     if (enabled == m_enabled[row])
         return false;
+    // The switch moves under the finger; a save that fails puts it back.
+    m_enabled[row] = enabled;
+    Q_EMIT dataChanged(index, index, {Qt::CheckStateRole});
     Q_EMIT switchRequested(BuiltInKnowledge::rules()[row].id, enabled);
     return true;
 }

@@ -253,7 +253,7 @@ void MerchantEditorSheet::save() {
         accept();
         return;
     }
-    const ApplyResult applied = m_bridge.runtime().apply([&](Ledger& copy) {
+    saveThenClose(m_bridge.runtime(), [edited, name, renamed](Ledger& copy) {
         // Written first under its old name, so that a new name which merges
         // it into another merchant carries what was just decided along.
         LedgerDelta delta = updateMerchant(copy, edited, true);
@@ -261,19 +261,15 @@ void MerchantEditorSheet::save() {
             delta.merge(renameMerchant(copy, edited.id, name));
         return delta;
     });
-    if (!applied.message)
-        accept();
 }
 
 void MerchantEditorSheet::merge() {
     const auto target = chosenID(m_mergeTarget);
     if (!target)
         return;
-    const Uuid source = m_merchant.id;
-    const ApplyResult result = m_bridge.runtime().apply(
-        [&](Ledger& copy) { return mergeMerchants(copy, source, *target); });
-    if (!result.message)
-        accept();
+    saveThenClose(m_bridge.runtime(), [source = m_merchant.id, target = *target](Ledger& copy) {
+        return mergeMerchants(copy, source, target);
+    });
 }
 
 }  // namespace copperwick::app

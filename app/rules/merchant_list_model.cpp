@@ -20,9 +20,9 @@ QString countText(std::size_t count) {
 
 MerchantListModel::MerchantListModel(QObject* parent) : KeyedListModel(parent) {}
 
-void MerchantListModel::refresh(const Ledger& ledger) {
+MerchantListModel::Rows MerchantListModel::rowsOf(const Ledger& ledger) {
     const auto counts = merchantTransactionCounts(ledger);
-    std::vector<std::pair<std::string, Row>> fresh;
+    Rows fresh;
     for (const Merchant* merchant : merchantsMatching(ledger, "")) {
         const auto counted = counts.find(merchant->id);
         const LedgerCategory* category = ledger.category(merchant->categoryID);
@@ -38,7 +38,7 @@ void MerchantListModel::refresh(const Ledger& ledger) {
             row.categoryName = category->name;
         fresh.emplace_back(merchant->id.text(), std::move(row));
     }
-    installRows(m_rows, std::move(fresh));
+    return fresh;
 }
 
 QVariant MerchantListModel::data(const QModelIndex& index, int role) const {

@@ -15,6 +15,8 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include <QSortFilterProxyModel>
 
@@ -41,14 +43,6 @@ class MerchantListModel : public KeyedListModel {
         BadgeRole,
     };
 
-    explicit MerchantListModel(QObject* parent = nullptr);
-
-    void refresh(const Ledger& ledger);
-
-    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
-    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
-
-  private:
     struct Row {
         Uuid id;
         QString name;
@@ -60,7 +54,21 @@ class MerchantListModel : public KeyedListModel {
 
         friend bool operator==(const Row&, const Row&) = default;
     };
+    using Rows = std::vector<std::pair<std::string, Row>>;
 
+    explicit MerchantListModel(QObject* parent = nullptr);
+
+    // The rows of `ledger`'s merchants. Counting them is a pass over every
+    // line, so a long history reads them beside the window; safe on any
+    // thread.
+    [[nodiscard]] static Rows rowsOf(const Ledger& ledger);
+    void install(Rows rows) { installRows(m_rows, std::move(rows)); }
+    void refresh(const Ledger& ledger) { install(rowsOf(ledger)); }
+
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+  private:
     std::unordered_map<std::string, Row> m_rows;
 };
 

@@ -399,20 +399,14 @@ void RuleEditorSheet::save() {
         accept();
         return;
     }
-    const ApplyResult result = m_bridge.runtime().apply([&](Ledger& copy) {
+    saveThenClose(m_bridge.runtime(), [rule, editing](Ledger& copy) {
         return editing ? updateRule(copy, rule, true) : addRule(copy, rule, false, true);
     });
-    // Saved, or nothing left to save: either way the rule stands as shown.
-    if (!result.message)
-        accept();
 }
 
 void RuleEditorSheet::remove() {
-    const Uuid id = m_draft.id;
-    const ApplyResult result =
-        m_bridge.runtime().apply([&](Ledger& copy) { return deleteRule(copy, id, true); });
-    if (!result.message)
-        accept();
+    saveThenClose(m_bridge.runtime(),
+                  [id = m_draft.id](Ledger& copy) { return deleteRule(copy, id, true); });
 }
 
 }  // namespace copperwick::app

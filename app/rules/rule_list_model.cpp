@@ -56,8 +56,11 @@ bool RuleListModel::setData(const QModelIndex& index, const QVariant& value, int
     const bool enabled = value.value<Qt::CheckState>() == Qt::Checked;
     if (enabled == changed->isEnabled)
         return false;
-    // The row shows the new state once the ledger has it.
-    Q_EMIT switchRequested(changed->id, enabled);
+    const Uuid id = changed->id;
+    // The switch moves under the finger; a save that fails puts it back.
+    m_rows.at(keys()[static_cast<std::size_t>(index.row())]).rule.isEnabled = enabled;
+    Q_EMIT dataChanged(index, index, {Qt::CheckStateRole});
+    Q_EMIT switchRequested(id, enabled);
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include <set>
 
 #include <QEventLoop>
+#include <QPointer>
 #include <QHBoxLayout>
 #include <QShortcut>
 #include <QTimer>
@@ -83,11 +84,17 @@ RulesPage::RulesPage(RuntimeBridge& bridge, QWidget* parent)
       m_ruleModel(new RuleListModel(this)),
       m_builtInModel(new BuiltInRuleModel(this)),
       m_merchantModel(new MerchantListModel(this)),
-      m_merchantProxy(new MerchantSearchProxy(this)) {
+      m_merchantProxy(new MerchantSearchProxy(this)),
+      m_merchantReading(
+          bridge.runtime(),
+          [](const Ledger& ledger, LocalDate) { return MerchantListModel::rowsOf(ledger); },
+          [this](MerchantListModel::Rows rows) { showMerchants(std::move(rows)); }) {
     m_merchantProxy->setSourceModel(m_merchantModel);
     const Ledger& ledger = m_bridge.runtime().ledger();
     m_ruleModel->refresh(ledger);
     m_builtInModel->refresh(ledger);
+    // The first screen shows every merchant at once; counts that follow a
+    // save may come from beside the window.
     m_merchantModel->refresh(ledger);
     m_merchantProxy->refresh(ledger);
 
@@ -189,14 +196,18 @@ QWidget* RulesPage::makeMerchantsCard() {
     return card;
 }
 
+void RulesPage::refreshRows() {
+    const Ledger& ledger = m_bridge.runtime().ledger();
+    m_ruleModel->refresh(ledger);
+    m_builtInModel->refresh(ledger);
+    refreshRules();
+    m_merchantReading.start();
+}
+
 void RulesPage::changeSaved(const SavedChange& change) {
     const Ledger& ledger = m_bridge.runtime().ledger();
     if (!change.delta) {
-        m_ruleModel->refresh(ledger);
-        m_builtInModel->refresh(ledger);
-        refreshRules();
-        m_merchantModel->refresh(ledger);
-        refreshMerchants();
+        refreshRows();
         return;
     }
     const LedgerDelta& delta = *change.delta;
@@ -207,10 +218,13 @@ void RulesPage::changeSaved(const SavedChange& change) {
         m_builtInModel->refresh(ledger);
         refreshRules();
     }
-    if (names || touches(delta, RecordKind::merchant) || touches(delta, RecordKind::transaction)) {
-        m_merchantModel->refresh(ledger);
-        refreshMerchants();
-    }
+    if (names || touches(delta, RecordKind::merchant) || touches(delta, RecordKind::transaction))
+        m_merchantReading.start();
+}
+
+void RulesPage::showMerchants(MerchantListModel::Rows rows) {
+    m_merchantModel->install(std::move(rows));
+    refreshMerchants();
 }
 
 void RulesPage::refreshRules() {
@@ -247,11 +261,7 @@ void RulesPage::moveCurrentRule(int step) {
 }
 
 void RulesPage::applyOrder(const std::vector<Uuid>& ids) {
-    const ApplyResult result =
-        m_bridge.runtime().apply([&](Ledger& copy) { return setRuleOrder(copy, ids, true); });
-    // A failed save leaves the order as the ledger has it; put the rows back.
-    if (result.message)
-        m_ruleModel->refresh(m_bridge.runtime().ledger());
+    applyKeepingRows([ids](Ledger& copy) { return setRuleOrder(copy, ids, true); });
 }
 
 void RulesPage::applyRuleSwitch(const Uuid& id, bool enabled) {
@@ -262,15 +272,27 @@ void RulesPage::applyRuleSwitch(const Uuid& id, bool enabled) {
         return;
     Rule rule = *found;
     rule.isEnabled = enabled;
-    m_bridge.runtime().apply([&](Ledger& copy) { return updateRule(copy, rule, true); });
+    applyKeepingRows([rule](Ledger& copy) { return updateRule(copy, rule, true); });
 }
 
 void RulesPage::applyBuiltInSwitch(const std::string& id, bool enabled) {
-    m_bridge.runtime().apply([&](Ledger& copy) { return setBuiltInRule(copy, id, enabled); });
+    applyKeepingRows([id, enabled](Ledger& copy) { return setBuiltInRule(copy, id, enabled); });
 }
 
 void RulesPage::removeUnusedMerchants() {
-    m_bridge.runtime().apply([](Ledger& copy) { return pruneUnusedMerchants(copy); });
+    applyKeepingRows([](Ledger& copy) { return pruneUnusedMerchants(copy); });
+}
+
+void RulesPage::applyKeepingRows(LedgerRuntime::PossibleChange change) {
+    m_bridge.runtime().applyForScreen(
+        std::move(change),
+        [page = QPointer<RulesPage>(this)](const ApplyResult& result) {
+            // A row moved or a switch flipped shows the change before it is
+            // saved; when it wasn't, put the rows back as the ledger has them.
+            if (page && result.message)
+                page->refreshRows();
+        },
+        m_saveInBackgroundFrom);
 }
 
 void RulesPage::editRule(const QModelIndex& index) {

@@ -28,6 +28,7 @@
 #include "app/rules/rule_list_model.h"
 #include "app/shell/runtime_bridge.h"
 #include "app/widgets/section_page.h"
+#include "runtime/ledger_reading.h"
 
 namespace copperwick::app {
 
@@ -64,6 +65,13 @@ class RulesPage : public SectionPage {
     [[nodiscard]] QPushButton* removeUnusedButton() const { return m_removeUnused; }
     [[nodiscard]] QLabel* noRulesLabel() const { return m_noRules; }
     [[nodiscard]] QLabel* noMerchantsLabel() const { return m_noMerchants; }
+    // The merchants' rows, read again after a save.
+    [[nodiscard]] LedgerReading<MerchantListModel::Rows>& merchantReading() {
+        return m_merchantReading;
+    }
+    // From how many transactions a switch, a new order or Remove Unused
+    // Merchants is saved beside the window. Tests lower it.
+    void setSaveInBackgroundFrom(std::size_t transactions) { m_saveInBackgroundFrom = transactions; }
 
   private:
     QWidget* makeRulesCard();
@@ -71,14 +79,18 @@ class RulesPage : public SectionPage {
     QWidget* makeMerchantsCard();
     // Reads what the delta touched again; everything without one.
     void changeSaved(const SavedChange& change);
+    // Everything read again, as the ledger has it now.
+    void refreshRows();
     void refreshRules();
     void refreshMerchants();
+    void showMerchants(MerchantListModel::Rows rows);
     void updateMoveButtons();
     void moveCurrentRule(int step);
     void applyOrder(const std::vector<Uuid>& ids);
     void applyRuleSwitch(const Uuid& id, bool enabled);
     void applyBuiltInSwitch(const std::string& id, bool enabled);
     void removeUnusedMerchants();
+    void applyKeepingRows(LedgerRuntime::PossibleChange change);
     void editRule(const QModelIndex& index);
     void editMerchant(const QModelIndex& index);
     [[nodiscard]] SelfCheckOutcome checkRuleRoundTrip();
@@ -100,6 +112,9 @@ class RulesPage : public SectionPage {
     QLabel* m_noRules = nullptr;
     QLabel* m_noMerchants = nullptr;
     QPointer<QDialog> m_sheet;
+    std::size_t m_saveInBackgroundFrom = LedgerRuntime::kLongHistory;
+    // Last, so that a reading still out ends before the rest goes.
+    LedgerReading<MerchantListModel::Rows> m_merchantReading;
 };
 
 }  // namespace copperwick::app

@@ -84,15 +84,10 @@ QString AppMenus::undoTitle(const std::optional<std::string>& label) {
 }
 
 void AppMenus::undo() {
-    LedgerRuntime& runtime = m_bridge.runtime();
-    if (runtime.ledger().transactions.size() < LedgerRuntime::kLongHistory) {
-        (void)runtime.undoLastChange();
-        return;
-    }
-    // Taking back an import or a remembered decision looks again at every
-    // line: the menu waits, the window doesn't.
+    // Taking back an import or a remembered decision on a long history looks
+    // again at every line: the menu waits, the window doesn't.
     m_undo->setEnabled(false);
-    runtime.undoLastChangeInBackground([menus = QPointer<AppMenus>(this)](bool) {
+    m_bridge.runtime().undoLastChangeForScreen([menus = QPointer<AppMenus>(this)](bool) {
         if (menus)
             menus->updateUndo();
     });

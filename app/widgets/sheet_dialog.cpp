@@ -1,6 +1,9 @@
 #include "app/widgets/sheet_dialog.h"
 
 #include <algorithm>
+#include <memory>
+
+#include <QPointer>
 
 #include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
@@ -111,6 +114,24 @@ QWidget* withRefusalLine(QWidget* field, RefusalLine*& refusal, QWidget* parent)
     refusal = new RefusalLine(box);
     layout->addWidget(refusal);
     return box;
+}
+
+void SheetDialog::saveThenClose(LedgerRuntime& runtime, LedgerRuntime::PossibleChange change) {
+    auto told = std::make_shared<bool>(false);
+    runtime.applyForScreen(
+        std::move(change),
+        [sheet = QPointer<SheetDialog>(this), told](const ApplyResult& result) {
+            *told = true;
+            // Closed by the window manager meanwhile: what was saved stays saved.
+            if (!sheet)
+                return;
+            sheet->setEnabled(true);
+            if (!result.message)
+                sheet->accept();
+        },
+        m_saveInBackgroundFrom);
+    if (!*told)
+        setEnabled(false);
 }
 
 }  // namespace copperwick::app

@@ -20,6 +20,7 @@
 #include <QVBoxLayout>
 
 #include "app/widgets/refusal_line.h"
+#include "runtime/ledger_runtime.h"
 
 namespace copperwick::app {
 
@@ -32,6 +33,10 @@ class SheetDialog : public QDialog {
 
     [[nodiscard]] QLabel* titleLabel() const { return m_title; }
     [[nodiscard]] QLabel* introLabel() const { return m_intro; }
+
+    // From how many transactions the sheet's save runs beside the window.
+    // Tests lower it to see the sheet wait.
+    void setSaveInBackgroundFrom(std::size_t transactions) { m_saveInBackgroundFrom = transactions; }
 
   protected:
     // The sheet's own part, between the intro and the foot.
@@ -53,6 +58,11 @@ class SheetDialog : public QDialog {
     // order they were made in. Done as the sheet shows; a sheet that makes
     // fields afresh while open calls it again.
     void orderTabsAsLaidOut();
+    // Saves `change` and closes the sheet once it stands: saved, or nothing
+    // was left to save. A refused or failed save leaves the sheet open with
+    // what was typed (the message bar says why). On a long history the save
+    // runs beside the window and the sheet waits for it, disabled.
+    void saveThenClose(LedgerRuntime& runtime, LedgerRuntime::PossibleChange change);
 
     void showEvent(QShowEvent* event) override;
 
@@ -63,6 +73,7 @@ class SheetDialog : public QDialog {
     QVBoxLayout* m_body;
     QHBoxLayout* m_lead;
     QHBoxLayout* m_trail;
+    std::size_t m_saveInBackgroundFrom = LedgerRuntime::kLongHistory;
 };
 
 // Lays the fields of one form row side by side in `box`, flush with the

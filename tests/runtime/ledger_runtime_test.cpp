@@ -669,7 +669,7 @@ TEST(LedgerRuntime, UndoBesideTheWindowSaysUndoneOnlyOnceSaved) {
     runtime.apply([&](Ledger& l) { return setNote(l, "first", transaction.id, Instant{1}); });
 
     std::optional<bool> undone;
-    runtime.undoLastChangeInBackground([&](bool result) { undone = result; });
+    runtime.undoLastChangeForScreen([&](bool result) { undone = result; }, 0);
     EXPECT_FALSE(runtime.statusMessage()) << "nothing is undone until it is saved";
     EXPECT_EQ(runtime.ledger().transaction(transaction.id)->note, "first");
     f.queue->runUntil([&] { return undone.has_value(); });
@@ -681,7 +681,7 @@ TEST(LedgerRuntime, UndoBesideTheWindowSaysUndoneOnlyOnceSaved) {
     // With nothing left to undo, nothing is said.
     runtime.setStatusMessage(std::nullopt);
     undone.reset();
-    runtime.undoLastChangeInBackground([&](bool result) { undone = result; });
+    runtime.undoLastChangeForScreen([&](bool result) { undone = result; }, 0);
     runtime.finishBackgroundChange();
     EXPECT_EQ(undone, false);
     EXPECT_FALSE(runtime.statusMessage());

@@ -148,6 +148,27 @@ TEST_F(RuleEditorTest, AddRuleFilesTheMatchingTransactionsByKeyboard) {
     EXPECT_EQ(ledger().settings->ruleOrder, std::vector<Uuid>{saved.id});
 }
 
+// On a long history the save looks again at every line beside the window:
+// the sheet stays open, closed to the keyboard, until the rule is saved.
+TEST_F(RuleEditorTest, OnALongHistoryTheSheetWaitsForItsSave) {
+    RuleEditorSheet* sheet = page->openRuleEditor();
+    ASSERT_NE(sheet, nullptr);
+    sheet->setSaveInBackgroundFrom(0);
+    QTest::keyClicks(sheet->patternField(), "acme hardware");
+    chooseCategory(*sheet, "Dining");
+    sheet->saveButton()->click();
+
+    EXPECT_FALSE(sheet->isEnabled());
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_TRUE(ledger().rules.empty()) << "nothing is live until it is saved";
+
+    runtime->mainQueue()->runUntil([&] { return !runtime->isChangingInBackground(); });
+    EXPECT_TRUE(waitUntil([&] { return page->openSheet() == nullptr; }));
+    ASSERT_EQ(ledger().rules.size(), 1u);
+    for (const Uuid& id : acme)
+        EXPECT_EQ(ledger().transaction(id)->method, MatchMethod::userRule);
+}
+
 // A rule that runs behind another one is told which rule takes its lines.
 TEST_F(RuleEditorTest, PreviewNamesTheEarlierRuleThatTakesTheLines) {
     builder.ledger().rules.push_back(rule("Hardware stores", "HARDWARE"));

@@ -280,6 +280,47 @@ TEST_F(RulesPageTest, ForgettingTheLastKeyKeepsTheMerchantUntilUnusedOnesAreRemo
     EXPECT_EQ(listedMerchants(), std::vector<std::string>{"Safeway"});
 }
 
+// A long history: the switch shows at once, the ledger follows once the
+// rematch is saved beside the window, and the merchants' counts that follow
+// are read there too.
+TEST_F(RulesPageTest, OnALongHistoryASwitchAndTheCountsFollowFromBesideTheWindow) {
+    builder.ledger().rules.push_back(rule("Bakery", "BAKERY"));
+    const Uuid bakery = builder.merchant("Corner Bakery");
+    const Uuid cafe = builder.merchant("Bakery Cafe");
+    const Uuid line = builder.transaction(checking, "CORNER BAKERY", -800);
+    // Filed by hand, so that no rematch moves it.
+    builder.change(builder.transaction(checking, "CORNER BAKERY CAFE", -650),
+                   [&](LedgerTransaction& changed) {
+                       changed.merchantID = bakery;
+                       changed.method = MatchMethod::manual;
+                       changed.review = ReviewState::confirmed;
+                   });
+    open();
+    ASSERT_TRUE(runtime->apply([](Ledger& copy) { return rematch(copy); }).saved);
+    page->setSaveInBackgroundFrom(0);
+    page->merchantReading().setInBackgroundFrom(0);
+
+    clickSwitch(page->ruleList(), 0);
+    EXPECT_TRUE(runtime->isChangingInBackground());
+    EXPECT_EQ(
+        page->ruleList()->model()->index(0, 0).data(Qt::CheckStateRole).value<Qt::CheckState>(),
+        Qt::Unchecked);
+    EXPECT_TRUE(savedRule("Bakery")->isEnabled) << "the ledger waits for the save";
+
+    runtime->mainQueue()->runUntil([&] { return !runtime->isChangingInBackground(); });
+    EXPECT_FALSE(savedRule("Bakery")->isEnabled);
+    EXPECT_NE(ledger().transaction(line)->method, MatchMethod::userRule);
+
+    // A merge moves the line's count once the rows are read again.
+    ASSERT_TRUE(runtime->apply([&](Ledger& copy) { return mergeMerchants(copy, bakery, cafe); })
+                    .saved);
+    EXPECT_TRUE(page->merchantReading().isReading());
+    EXPECT_TRUE(waitUntil([&] { return !page->merchantReading().isReading(); }));
+    EXPECT_EQ(listedMerchants(), std::vector<std::string>{"Bakery Cafe"});
+    const QModelIndex row = page->merchantList()->model()->index(0, 0);
+    EXPECT_EQ(row.data(app::MerchantListModel::CountRole).toString(), "1 transaction");
+}
+
 TEST_F(RulesPageTest, MergeMovesTheTransactionsToTheChosenMerchant) {
     const Uuid source = builder.merchant("Safeway Store", std::nullopt, {"SAFEWAY STORE"});
     const Uuid target = builder.merchant("Safeway", "Groceries");
