@@ -478,8 +478,7 @@ bool LedgerRuntime::commitEntry(const Change& change) {
     }
 }
 
-void LedgerRuntime::undoLastChangeForScreen(std::function<void(bool)> done,
-                                            std::size_t longFrom) {
+void LedgerRuntime::undoLastChangeForScreen(std::function<void(bool)> done, std::size_t longFrom) {
     if (m_ledger.transactions.size() < longFrom) {
         done(undoLastChange());
         return;

@@ -125,9 +125,8 @@ void AccountFreshnessView::showLines(const std::vector<AccountFreshness>& lines)
 void AccountFreshnessView::confirmCurrent(const Uuid& accountID) {
     LedgerRuntime& runtime = m_bridge.runtime();
     runtime.applyForScreen(
-        [note = DataNote::Acknowledgement{DataNote::UpToDate{accountID, runtime.today()}}](Ledger& ledger) {
-            return acknowledge(ledger, {note});
-        },
+        [note = DataNote::Acknowledgement{DataNote::UpToDate{accountID, runtime.today()}}](
+            Ledger& ledger) { return acknowledge(ledger, {note}); },
         [](const ApplyResult&) {});
 }
 

@@ -4,8 +4,8 @@
 #include <set>
 
 #include <QEventLoop>
-#include <QPointer>
 #include <QHBoxLayout>
+#include <QPointer>
 #include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>

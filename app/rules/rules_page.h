@@ -71,7 +71,9 @@ class RulesPage : public SectionPage {
     }
     // From how many transactions a switch, a new order or Remove Unused
     // Merchants is saved beside the window. Tests lower it.
-    void setSaveInBackgroundFrom(std::size_t transactions) { m_saveInBackgroundFrom = transactions; }
+    void setSaveInBackgroundFrom(std::size_t transactions) {
+        m_saveInBackgroundFrom = transactions;
+    }
 
   private:
     QWidget* makeRulesCard();

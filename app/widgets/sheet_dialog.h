@@ -36,7 +36,9 @@ class SheetDialog : public QDialog {
 
     // From how many transactions the sheet's save runs beside the window.
     // Tests lower it to see the sheet wait.
-    void setSaveInBackgroundFrom(std::size_t transactions) { m_saveInBackgroundFrom = transactions; }
+    void setSaveInBackgroundFrom(std::size_t transactions) {
+        m_saveInBackgroundFrom = transactions;
+    }
 
   protected:
     // The sheet's own part, between the intro and the foot.

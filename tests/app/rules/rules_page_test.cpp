@@ -312,8 +312,8 @@ TEST_F(RulesPageTest, OnALongHistoryASwitchAndTheCountsFollowFromBesideTheWindow
     EXPECT_NE(ledger().transaction(line)->method, MatchMethod::userRule);
 
     // A merge moves the line's count once the rows are read again.
-    ASSERT_TRUE(runtime->apply([&](Ledger& copy) { return mergeMerchants(copy, bakery, cafe); })
-                    .saved);
+    ASSERT_TRUE(
+        runtime->apply([&](Ledger& copy) { return mergeMerchants(copy, bakery, cafe); }).saved);
     EXPECT_TRUE(page->merchantReading().isReading());
     EXPECT_TRUE(waitUntil([&] { return !page->merchantReading().isReading(); }));
     EXPECT_EQ(listedMerchants(), std::vector<std::string>{"Bakery Cafe"});
