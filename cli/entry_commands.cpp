@@ -120,16 +120,14 @@ void runAdd(CommandContext& context, const EntryOptions& options) {
             return (void)refuse(context, "There is no category called " + options.category + ".");
         categoryID = category->id;
     }
-    const ManualTransaction entry{
-        .accountID = account->id,
-        .date = date,
-        .amount = amount,
-        .description = options.description,
-        // Money out is spending; money in without a kind is income.
-        .kind = kind.value_or(amount < 0 ? TransactionKind::expense : TransactionKind::income),
-        .categoryID = categoryID,
-        .note = options.note,
-        .openingBalance = options.openingBalance};
+    const ManualTransaction entry{.accountID = account->id,
+                                  .date = date,
+                                  .amount = amount,
+                                  .description = options.description,
+                                  .kind = kind.value_or(kindForAmount(amount)),
+                                  .categoryID = categoryID,
+                                  .note = options.note,
+                                  .openingBalance = options.openingBalance};
     const Instant now = runtime->now();
     commit(context, *runtime, [&](Ledger& copy) { return addManualTransaction(copy, entry, now); });
 }

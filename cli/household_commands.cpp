@@ -121,20 +121,15 @@ void runAssign(CommandContext& context, const AssignOptions& options) {
             return;
         }
     }
+    // "clear" takes the hand-chosen owner away: the lines follow their default.
     std::optional<SpendingAssignment> chosen;
-    const auto who = text::lowercased(options.who);
-    if (who == "shared") {
-        chosen = SpendingAssignment::shared();
-    } else if (who == "unassigned") {
-        chosen = SpendingAssignment::unassigned();
-    } else if (who != "clear") {
-        const Person* person = findPerson(ledger, options.who);
-        if (!person) {
+    if (text::lowercased(options.who) != "clear") {
+        chosen = findOwner(ledger, options.who);
+        if (!chosen) {
             context.err << "There's no person called \u201C" << options.who << "\u201D.\n";
             context.exitCode = kExitFailure;
             return;
         }
-        chosen = SpendingAssignment::person(person->id);
     }
 
     runtime->setErrorMessage(std::nullopt);  // only this action's outcome counts here

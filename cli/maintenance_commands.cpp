@@ -135,17 +135,6 @@ void runPersonDelete(CommandContext& context, const MaintenanceOptions& options)
 
 // ---- Accounts -----------------------------------------------------------
 
-// A card's owner as typed: a person, "shared" or "unassigned".
-std::optional<SpendingAssignment> cardOwner(const Ledger& ledger, std::string_view who) {
-    if (who == "shared")
-        return SpendingAssignment::shared();
-    if (who == "unassigned")
-        return SpendingAssignment::unassigned();
-    if (const Person* person = findPerson(ledger, who))
-        return SpendingAssignment::person(person->id);
-    return std::nullopt;
-}
-
 // The account as the options leave it, or absent after a refusal. Each field
 // is read by core's rule for it, in the order the form asks for them.
 std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledger, Account account,
@@ -189,7 +178,7 @@ std::optional<Account> editedAccount(CommandContext& context, const Ledger& ledg
         const auto equals = card.find('=');
         const auto owner = equals == std::string::npos
                                ? std::nullopt
-                               : cardOwner(ledger, std::string_view(card).substr(equals + 1));
+                               : findOwner(ledger, std::string_view(card).substr(equals + 1));
         if (!owner || equals == 0)
             return refuse(context, "\u201C" + card +
                                        "\u201D isn't a card: write CARD=PERSON, CARD=shared or "

@@ -5,7 +5,8 @@
 
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
-#include "core/model/text.h"
+#include "core/operations/currency_code.h"
+#include "core/operations/entry_error.h"
 #include "core/reports/period_choice.h"
 
 namespace copperwick::cli {
@@ -85,9 +86,14 @@ std::optional<ReportFilter> reportFilter(const ReportOptions& options, const Led
             return usage("--people-mode is assigned or cards.");
         mode = *named;
     }
-    const std::string currency = options.currency.empty()
-                                     ? ledger.settings->reportCurrency
-                                     : text::uppercased(text::trimmed(options.currency));
+    std::string currency = ledger.settings->reportCurrency;
+    if (!options.currency.empty()) {
+        try {
+            currency = currencyEntered(options.currency);
+        } catch (const EntryError& refusal) {
+            return usage(refusal.what());
+        }
+    }
     return ReportFilter(span, std::move(personIDs), {}, currency, std::nullopt,
                         options.includeShared, options.includeUnassigned, mode);
 }

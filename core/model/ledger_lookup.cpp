@@ -44,4 +44,15 @@ const Rule* findRule(const Ledger& ledger, std::string_view nameOrID) {
     return byIDOrName(ledger.rules, nameOrID);
 }
 
+std::optional<SpendingAssignment> findOwner(const Ledger& ledger, std::string_view who) {
+    const std::string word = text::lowercased(text::trimmed(who));
+    if (word == "shared")
+        return SpendingAssignment::shared();
+    if (word == "unassigned")
+        return SpendingAssignment::unassigned();
+    if (const Person* person = findPerson(ledger, who))
+        return SpendingAssignment::person(person->id);
+    return std::nullopt;
+}
+
 }  // namespace copperwick

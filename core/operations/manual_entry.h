@@ -30,6 +30,11 @@ struct ManualTransaction {
 
 [[nodiscard]] LedgerDelta addManualTransaction(Ledger& ledger, const ManualTransaction& entry,
                                                Instant now);
+// The kind an entry takes when the person chooses none: money out is
+// spending, money in is income.
+[[nodiscard]] constexpr TransactionKind kindForAmount(int64_t amount) {
+    return amount < 0 ? TransactionKind::expense : TransactionKind::income;
+}
 
 // `amount` is seen from the wallet: above zero cash came in from the bank (a
 // withdrawal), below zero it went into the bank (a deposit). A named bank

@@ -120,6 +120,11 @@ TEST_F(ReportCommandsTest, BadReportOptionsAreUsageErrors) {
         run({"report", "--period", "lastMonth", "--from", "2026-03-01", "--to", "2026-03-02"}).code,
         2);
     EXPECT_EQ(run({"report", "--people", "Nobody"}).code, 1);
+    // A currency that isn't one would head every figure with it.
+    const auto dollars = run({"report", "--currency", "dollars"});
+    EXPECT_EQ(dollars.code, 2);
+    EXPECT_TRUE(dollars.out.empty());
+    EXPECT_EQ(run({"report", "--currency", " usd "}).code, 0);
 }
 
 TEST_F(ReportCommandsTest, BudgetsAndTheSavingsGoal) {

@@ -28,6 +28,23 @@ TEST(LedgerLookup, FindsByIDOrByTrimmedNameInAnyCase) {
     EXPECT_EQ(findAccount(ledger, "Savings"), nullptr);
 }
 
+// The two owner words win over a person of that name: a card set to
+// "Shared" must never file one person's spending.
+TEST(LedgerLookup, AnOwnerIsSharedUnassignedOrAPerson) {
+    testing::LedgerBuilder builder;
+    Ledger& ledger = builder.ledger();
+    const Person ana{Uuid::random(), "Ana", {}};
+    ledger.people.push_back(ana);
+    ledger.people.push_back(Person{Uuid::random(), "Shared", {}});
+
+    EXPECT_EQ(findOwner(ledger, " SHARED"), SpendingAssignment::shared());
+    EXPECT_EQ(findOwner(ledger, "Unassigned"), SpendingAssignment::unassigned());
+    EXPECT_EQ(findOwner(ledger, "ana"), SpendingAssignment::person(ana.id));
+    EXPECT_EQ(findOwner(ledger, ana.id.text()), SpendingAssignment::person(ana.id));
+    EXPECT_EQ(findOwner(ledger, "Bo"), std::nullopt);
+    EXPECT_EQ(findOwner(ledger, ""), std::nullopt);
+}
+
 TEST(LedgerLookup, AnIDFindsOnlyByID) {
     testing::LedgerBuilder builder;
     const Uuid other = Uuid::random();
