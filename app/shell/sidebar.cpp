@@ -56,7 +56,9 @@ class SidebarDelegate : public QStyledItemDelegate {
         const QRect iconRect(row.left() + 10, row.center().y() - kIconSize / 2 + 1, kIconSize,
                              kIconSize);
         const QIcon icon = index.data(Qt::DecorationRole).value<QIcon>();
-        if (selected) {
+        if (icon.isNull()) {
+            // No icon theme on this machine: the label stands alone.
+        } else if (selected) {
             // The section icons are single-colour outlines: on the selection
             // they take the selection's text colour, as the label does.
             const qreal ratio = painter->device()->devicePixelRatioF();
