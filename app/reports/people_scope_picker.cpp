@@ -29,16 +29,13 @@ bool isWholeHousehold(const PeopleScope& scope) {
 
 PeopleScopePicker::PeopleScopePicker(QWidget* parent)
     : QWidget(parent),
-      m_button(new QToolButton(this)),
+      m_button(pushButton({}, this)),
       m_menu(new QMenu(this)),
       m_caption(noteLabel({}, this, true)) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
-    m_button->setPopupMode(QToolButton::InstantPopup);
-    m_button->setToolButtonStyle(Qt::ToolButtonTextOnly);
     m_button->setMenu(m_menu);
-    m_button->setFocusPolicy(Qt::StrongFocus);
     m_button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     layout->addWidget(m_button, 0, Qt::AlignLeft);
     layout->addWidget(m_caption);

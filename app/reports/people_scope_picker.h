@@ -10,7 +10,7 @@
 
 #include <QLabel>
 #include <QMenu>
-#include <QToolButton>
+#include <QPushButton>
 #include <QWidget>
 
 #include "core/model/ledger.h"
@@ -30,7 +30,7 @@ class PeopleScopePicker : public QWidget {
     // The people to offer, and the button's words for the scope in force.
     void setPeople(const std::vector<Person>& people, const QString& scopeLabel);
 
-    [[nodiscard]] QToolButton* button() const { return m_button; }
+    [[nodiscard]] QPushButton* button() const { return m_button; }
     [[nodiscard]] QMenu* menu() const { return m_menu; }
     [[nodiscard]] QLabel* captionLabel() const { return m_caption; }
 
@@ -43,7 +43,7 @@ class PeopleScopePicker : public QWidget {
 
     PeopleScope m_scope;
     std::vector<Person> m_people;
-    QToolButton* m_button;
+    QPushButton* m_button;
     QMenu* m_menu;
     QLabel* m_caption;
 };

@@ -137,7 +137,8 @@ QChartView* monthBars(const std::vector<MonthLine>& months, const std::string& c
     series->attachAxis(across);
     auto* up = new QValueAxis;
     up->setRange(0, top * 1.1);
-    up->setTickCount(4);
+    up->setTickCount(5);
+    up->applyNiceNumbers();
     up->setLabelFormat(QStringLiteral("%.0f"));
     up->setLabelsColor(quiet);
     up->setGridLineColor(rule);

@@ -78,6 +78,24 @@ QColor incomeColour(const QPalette& palette) {
     return palette.color(QPalette::Link);
 }
 
+SwatchDot::SwatchDot(QWidget* parent) : QWidget(parent) {
+    setFixedSize(10, 10);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void SwatchDot::setColour(const QColor& colour) {
+    m_colour = colour;
+    update();
+}
+
+void SwatchDot::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(m_colour);
+    painter.drawEllipse(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+}
+
 FigureTile::FigureTile(const QString& title, const QString& figure, const QString& caption,
                        QWidget* parent)
     : QPushButton(parent),
@@ -154,16 +172,11 @@ std::vector<QString> FigureRow::cells() const {
 
 void FigureRow::setSwatch(const QColor& colour) {
     if (!m_swatch) {
-        m_swatch = new QWidget(this);
-        m_swatch->setFixedSize(10, 10);
-        m_swatch->setAttribute(Qt::WA_TransparentForMouseEvents);
+        m_swatch = new SwatchDot(this);
         auto* line = static_cast<QHBoxLayout*>(m_column->itemAt(0)->layout());
         line->insertWidget(0, m_swatch, 0, Qt::AlignVCenter);
     }
-    QPalette colours = m_swatch->palette();
-    colours.setColor(QPalette::Window, colour);
-    m_swatch->setPalette(colours);
-    m_swatch->setAutoFillBackground(true);
+    m_swatch->setColour(colour);
 }
 
 void FigureRow::addBelow(QWidget* widget) {

@@ -14,8 +14,8 @@
 #include <QLabel>
 #include <QPalette>
 #include <QPushButton>
-#include <QVBoxLayout>
 #include <QString>
+#include <QVBoxLayout>
 #include <QWidget>
 
 namespace copperwick::app {
@@ -27,6 +27,22 @@ namespace copperwick::app {
 [[nodiscard]] QColor warningColour(const QPalette& palette);
 // The colour of income beside spending in the charts.
 [[nodiscard]] QColor incomeColour(const QPalette& palette);
+
+// A category's colour as a dot before its name.
+class SwatchDot : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit SwatchDot(QWidget* parent = nullptr);
+    void setColour(const QColor& colour);
+    [[nodiscard]] const QColor& colour() const { return m_colour; }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QColor m_colour;
+};
 
 // A figure under its title with a caption beneath, pressed to show its
 // transactions.
@@ -73,7 +89,7 @@ class FigureRow : public QPushButton {
 
   private:
     std::vector<QLabel*> m_cells;
-    QWidget* m_swatch = nullptr;
+    SwatchDot* m_swatch = nullptr;
     QVBoxLayout* m_column;
 };
 

@@ -428,6 +428,7 @@ void ReportsPage::showTab() {
     }
     auto* pageColumn = static_cast<QVBoxLayout*>(old->parentWidget()->layout());
     pageColumn->replaceWidget(old, m_content);
+    m_content->show();
     old->hide();
     old->deleteLater();
     orderTabs({scrollArea()->widget()});

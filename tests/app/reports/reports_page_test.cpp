@@ -296,7 +296,9 @@ TEST_F(ReportsScreenTest, KeyboardRoadThroughTheTabs) {
     page().tabBar()->setFocus();
     QTest::keyClick(page().tabBar(), Qt::Key_Tab);
     FigureRow* first = page().rows().front();
-    EXPECT_EQ(QApplication::focusWidget(), first);
+    EXPECT_EQ(QApplication::focusWidget(), first)
+        << QApplication::focusWidget()->metaObject()->className() << " "
+        << QApplication::focusWidget()->accessibleName().toStdString();
     QTest::keyClick(first, Qt::Key_Space);
     ASSERT_TRUE(page().drillDownSheet());
     EXPECT_EQ(page().drillDownSheet()->drillDown().title,
