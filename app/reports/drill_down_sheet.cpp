@@ -93,14 +93,19 @@ DrillDownSheet::DrillDownSheet(LedgerRuntime& runtime, DrillDown drillDown, cons
     m_table->setShowGrid(false);
     m_table->setTabKeyNavigation(false);
     m_table->verticalHeader()->hide();
-    m_table->horizontalHeader()->setSectionResizeMode(DrillDownModel::merchantColumn,
-                                                      QHeaderView::Stretch);
-    m_table->horizontalHeader()->setSectionResizeMode(DrillDownModel::dateColumn,
-                                                      QHeaderView::ResizeToContents);
-    m_table->horizontalHeader()->setSectionResizeMode(DrillDownModel::categoryColumn,
-                                                      QHeaderView::ResizeToContents);
-    m_table->horizontalHeader()->setSectionResizeMode(DrillDownModel::amountColumn,
-                                                      QHeaderView::ResizeToContents);
+    // Rows of one height and columns sized by their longest likely words:
+    // sizing them by their contents would measure every line of a long list.
+    m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    QHeaderView* header = m_table->horizontalHeader();
+    const QFontMetrics metrics(m_table->font());
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    header->setSectionResizeMode(DrillDownModel::merchantColumn, QHeaderView::Stretch);
+    header->resizeSection(DrillDownModel::dateColumn,
+                          metrics.horizontalAdvance(QStringLiteral("Sep 30, 2026")) + 24);
+    header->resizeSection(DrillDownModel::categoryColumn,
+                          metrics.horizontalAdvance(QStringLiteral("Split (3 categories)")) + 24);
+    header->resizeSection(DrillDownModel::amountColumn,
+                          metrics.horizontalAdvance(QStringLiteral("\u2212$00,000.00")) + 24);
     m_table->setMinimumHeight(280);
     m_table->setTextElideMode(Qt::ElideRight);
     body()->addWidget(m_table, 1);

@@ -366,19 +366,26 @@ QString ReportsPage::money(int64_t cents, bool showPlus) const {
 }
 
 FigureTile* ReportsPage::figureTile(const QString& title, const QString& figure,
-                                    const QString& caption, DrillDown drillDown, QWidget* parent) {
+                                    const QString& caption, DrillDownSource drillDown,
+                                    QWidget* parent) {
     auto* tile = new FigureTile(title, figure, caption, parent);
     connect(tile, &QPushButton::clicked, this,
-            [this, drillDown = std::move(drillDown)] { openDrillDown(drillDown); });
+            [this, drillDown = std::move(drillDown)] { openDrillDown(drillDown()); });
     return tile;
 }
 
 FigureRow* ReportsPage::figureRow(const std::vector<QString>& cells, const std::vector<int>& widths,
-                                  DrillDown drillDown, QWidget* parent) {
+                                  DrillDownSource drillDown, QWidget* parent) {
     auto* row = new FigureRow(cells, widths, parent);
     connect(row, &QPushButton::clicked, this,
-            [this, drillDown = std::move(drillDown)] { openDrillDown(drillDown); });
+            [this, drillDown = std::move(drillDown)] { openDrillDown(drillDown()); });
     return row;
+}
+
+FigureRow* ReportsPage::figureRow(const std::vector<QString>& cells, const std::vector<int>& widths,
+                                  DrillDown drillDown, QWidget* parent) {
+    return figureRow(
+        cells, widths, [drillDown = std::move(drillDown)] { return drillDown; }, parent);
 }
 
 DrillDownSheet* ReportsPage::openDrillDown(DrillDown drillDown) {
@@ -473,35 +480,52 @@ void ReportsPage::addOverview(QVBoxLayout* column) {
     auto* grid = new ReflowGridLayout(4, tiles);
     grid->setSpacings(12, 12);
     grid->setContentsMargins(0, 0, 0, 0);
-    grid->addWidget(
-        figureTile(QStringLiteral("Income"), money(report.incomeWithoutGifts()),
-                   QString::number(report.incomeSources.size()) + QStringLiteral(" sources"),
-                   {"Income", FigureDrillDowns::income(report, ledger, false)}, tiles));
+    grid->addWidget(figureTile(
+        QStringLiteral("Income"), money(report.incomeWithoutGifts()),
+        QString::number(report.incomeSources.size()) + QStringLiteral(" sources"),
+        [this] {
+            return DrillDown{"Income",
+                             FigureDrillDowns::income(m_shown->report(), m_shownLedger, false)};
+        },
+        tiles));
     if (report.showsGiftsReceived())
-        grid->addWidget(
-            figureTile(QStringLiteral("Gifts received"), money(report.giftsReceived),
-                       QStringLiteral("Counted in net cash flow"),
-                       {"Gifts received", FigureDrillDowns::income(report, ledger, true)}, tiles));
-    const auto change = bundle.comparison.spendingChangeTenths();
-    grid->addWidget(figureTile(QStringLiteral("Spending"), money(report.spending),
-                               change ? toQString(Money::percentText(*change, true)) +
-                                            QStringLiteral(" vs previous period")
-                                      : QStringLiteral("No earlier period to compare"),
-                               {"Spending", FigureDrillDowns::spending(report)}, tiles));
-    const auto rate = report.savingsRateTenths();
-    grid->addWidget(
-        figureTile(QStringLiteral("Net cash flow"), money(report.savings()),
-                   rate ? toQString(Money::percentText(*rate)) + QStringLiteral(" of income")
-                        : QStringLiteral("No income recorded"),
-                   {"Net cash flow", report.includedIDs}, tiles));
-    if (const auto& allowance = bundle.allowance) {
-        const auto spent = FigureDrillDowns::spending(report);
         grid->addWidget(figureTile(
-            QStringLiteral("Spending allowance"), toQString(Money::format(allowance->allowance)),
-            QStringLiteral("For the selected period"), {"Spending", spent}, tiles));
+            QStringLiteral("Gifts received"), money(report.giftsReceived),
+            QStringLiteral("Counted in net cash flow"),
+            [this] {
+                return DrillDown{"Gifts received",
+                                 FigureDrillDowns::income(m_shown->report(), m_shownLedger, true)};
+            },
+            tiles));
+    const auto change = bundle.comparison.spendingChangeTenths();
+    grid->addWidget(figureTile(
+        QStringLiteral("Spending"), money(report.spending),
+        change
+            ? toQString(Money::percentText(*change, true)) + QStringLiteral(" vs previous period")
+            : QStringLiteral("No earlier period to compare"),
+        [this] {
+            return DrillDown{"Spending", FigureDrillDowns::spending(m_shown->report())};
+        },
+        tiles));
+    const auto rate = report.savingsRateTenths();
+    grid->addWidget(figureTile(
+        QStringLiteral("Net cash flow"), money(report.savings()),
+        rate ? toQString(Money::percentText(*rate)) + QStringLiteral(" of income")
+             : QStringLiteral("No income recorded"),
+        [this] {
+            return DrillDown{"Net cash flow", m_shown->report().includedIDs};
+        },
+        tiles));
+    if (const auto& allowance = bundle.allowance) {
+        const DrillDownSource spent = [this] {
+            return DrillDown{"Spending", FigureDrillDowns::spending(m_shown->report())};
+        };
+        grid->addWidget(figureTile(QStringLiteral("Spending allowance"),
+                                   toQString(Money::format(allowance->allowance)),
+                                   QStringLiteral("For the selected period"), spent, tiles));
         grid->addWidget(figureTile(QStringLiteral("Allowance left"),
                                    toQString(Money::format(allowance->left)),
-                                   toQString(allowance->personName), {"Spending", spent}, tiles));
+                                   toQString(allowance->personName), spent, tiles));
     }
     column->addWidget(tiles);
 
@@ -551,12 +575,14 @@ void ReportsPage::addOverview(QVBoxLayout* column) {
         report.months, report.filter.currency, false, QStringLiteral("Chart of monthly spending"),
         [this, openMonth](int index) { openMonth(m_shown->report(), index); }, overTime));
     for (const MonthLine& month : report.months) {
-        overTime->body()->addWidget(
-            figureRow({toQString(DateText::monthLabel(month.monthKey)), money(month.spending)},
-                      {0, kFigureWidth},
-                      {DateText::monthLabel(month.monthKey),
-                       FigureDrillDowns::month(report, ledger, month.monthKey)},
-                      overTime));
+        overTime->body()->addWidget(figureRow(
+            {toQString(DateText::monthLabel(month.monthKey)), money(month.spending)},
+            {0, kFigureWidth},
+            [this, key = month.monthKey] {
+                return DrillDown{DateText::monthLabel(key),
+                                 FigureDrillDowns::month(m_shown->report(), m_shownLedger, key)};
+            },
+            overTime));
     }
     column->addWidget(overTime);
 
@@ -766,8 +792,10 @@ void ReportsPage::addTrends(QVBoxLayout* column) {
             {toQString(DateText::monthLabel(month.monthKey)), money(month.income),
              money(month.spending), money(month.net())},
             widths,
-            {DateText::monthLabel(month.monthKey),
-             FigureDrillDowns::month(m_shown->trendReport, m_shownLedger, month.monthKey)},
+            [this, key = month.monthKey] {
+                return DrillDown{DateText::monthLabel(key),
+                                 FigureDrillDowns::month(m_shown->trendReport, m_shownLedger, key)};
+            },
             card));
     }
     card->body()->addWidget(noteLabel(QStringLiteral("Average monthly spending over these 12 "
@@ -792,9 +820,12 @@ void ReportsPage::addIncome(QVBoxLayout* column) {
             card->body()->addWidget(figureRow({toQString(line.name), money(line.amount)},
                                               {0, kFigureWidth}, {line.name, line.transactionIDs},
                                               card));
-        FigureRow* total =
-            figureRow({QStringLiteral("Total income"), money(report.income)}, {0, kFigureWidth},
-                      {"Total income", FigureDrillDowns::allIncome(report)}, card);
+        FigureRow* total = figureRow(
+            {QStringLiteral("Total income"), money(report.income)}, {0, kFigureWidth},
+            [this] {
+                return DrillDown{"Total income", FigureDrillDowns::allIncome(m_shown->report())};
+            },
+            card);
         QFont bold = total->font();
         bold.setWeight(QFont::DemiBold);
         for (QLabel* cell : total->findChildren<QLabel*>())

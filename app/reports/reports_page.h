@@ -138,9 +138,14 @@ class ReportsPage : public SectionPage {
     void addRecurring(QVBoxLayout* column);
     void addPaymentServices(QVBoxLayout* column);
 
-    // A tile or row that opens `drillDown` when pressed.
+    // A tile or row that opens the drill-down when pressed. On a long
+    // ledger picking a figure's ids is a pass over its lines, so it waits
+    // for the press.
+    using DrillDownSource = std::function<DrillDown()>;
     FigureTile* figureTile(const QString& title, const QString& figure, const QString& caption,
-                           DrillDown drillDown, QWidget* parent);
+                           DrillDownSource drillDown, QWidget* parent);
+    FigureRow* figureRow(const std::vector<QString>& cells, const std::vector<int>& widths,
+                         DrillDownSource drillDown, QWidget* parent);
     FigureRow* figureRow(const std::vector<QString>& cells, const std::vector<int>& widths,
                          DrillDown drillDown, QWidget* parent);
     [[nodiscard]] QString money(int64_t cents, bool showPlus = false) const;
