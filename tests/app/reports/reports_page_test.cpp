@@ -2,6 +2,9 @@
 #include <sstream>
 
 #include <QApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 
 #include "core/model/money.h"
@@ -9,6 +12,7 @@
 #include "core/reports/figure_drill_downs.h"
 #include "tests/app/reports/reports_fixture.h"
 #include "tests/app/screen_audit.h"
+#include "tests/support/run_command.h"
 
 namespace copperwick::app::testing {
 
@@ -35,7 +39,90 @@ ReportFilter commandLineFilter(const Ledger& ledger, PeriodChoice choice, LocalD
                         PeopleMode::assigned);
 }
 
+// `copperwick report --json` on the workspace's data folder.
+QJsonObject reportJSON(const std::filesystem::path& dataFolder, std::vector<std::string> options) {
+    std::vector<std::string> arguments{"--data-dir", dataFolder.string(), "--json", "report"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const auto result = copperwick::testing::runCommand(arguments);
+    EXPECT_EQ(result.code, 0) << result.err;
+    return QJsonDocument::fromJson(QByteArray::fromStdString(result.out)).object();
+}
+
+QString usdOf(const QJsonValue& cents) {
+    return usd(cents.toInteger());
+}
+
+// Every figure the screen shows of `json`'s report, to the cent.
+void expectFiguresOf(ReportsPage& page, const QJsonObject& json) {
+    const QJsonObject report = json[QStringLiteral("report")].toObject();
+    page.setTab(ReportTab::overview);
+    EXPECT_EQ(page.tile(QStringLiteral("Spending"))->figure(),
+              usdOf(report[QStringLiteral("spending")]));
+    EXPECT_EQ(page.tile(QStringLiteral("Net cash flow"))->figure(),
+              usdOf(report[QStringLiteral("savings")]));
+    EXPECT_EQ(page.tile(QStringLiteral("Income"))->figure(),
+              usd(report[QStringLiteral("income")].toInteger() -
+                  report[QStringLiteral("giftsReceived")].toInteger()));
+    page.setTab(ReportTab::categories);
+    const QJsonArray changes =
+        json[QStringLiteral("comparison")][QStringLiteral("categoryChanges")].toArray();
+    const auto categoryRows = page.rows();
+    ASSERT_EQ(categoryRows.size(), static_cast<std::size_t>(changes.size()));
+    for (qsizetype i = 0; i < changes.size(); ++i) {
+        const QJsonObject line = changes[i].toObject();
+        const auto cells = categoryRows[static_cast<std::size_t>(i)]->cells();
+        EXPECT_EQ(cells[0], line[QStringLiteral("name")].toString());
+        EXPECT_EQ(cells[1], usdOf(line[QStringLiteral("current")]));
+        EXPECT_EQ(cells[2], usdOf(line[QStringLiteral("previous")]));
+    }
+    page.setTab(ReportTab::merchants);
+    const QJsonArray merchants = report[QStringLiteral("topMerchants")].toArray();
+    const auto merchantRows = page.rows();
+    ASSERT_EQ(merchantRows.size(), static_cast<std::size_t>(merchants.size()));
+    for (qsizetype i = 0; i < merchants.size(); ++i) {
+        const QJsonObject line = merchants[i].toObject();
+        const auto cells = merchantRows[static_cast<std::size_t>(i)]->cells();
+        EXPECT_EQ(cells[0], line[QStringLiteral("name")].toString());
+        EXPECT_EQ(cells[1], usdOf(line[QStringLiteral("amount")]));
+    }
+    page.setTab(ReportTab::income);
+    const QJsonArray sources = report[QStringLiteral("incomeSources")].toArray();
+    const auto incomeRows = page.rows();
+    if (sources.isEmpty()) {
+        EXPECT_TRUE(incomeRows.empty());
+        return;
+    }
+    // The sources, then their total.
+    ASSERT_EQ(incomeRows.size(), static_cast<std::size_t>(sources.size()) + 1);
+    for (qsizetype i = 0; i < sources.size(); ++i)
+        EXPECT_EQ(incomeRows[static_cast<std::size_t>(i)]->cells()[1],
+                  usdOf(sources[i].toObject()[QStringLiteral("amount")]));
+    EXPECT_EQ(incomeRows.back()->cells()[1], usdOf(report[QStringLiteral("income")]));
+}
+
 }  // namespace
+
+// The screen shows what `copperwick report --json` says for the same
+// choices: the whole household over three months, and one person with
+// shared spending over the year.
+TEST_F(ReportsScreenTest, FiguresMatchTheCommandLinesJSON) {
+    fillHousehold();
+    const auto folder = m_workspace.temp / "Copperwick";
+    choosePeriod(PeriodChoice::last3Months);
+    expectFiguresOf(page(), reportJSON(folder, {"--period", "last3Months"}));
+
+    choosePeriod(PeriodChoice::last12Months);
+    PeopleScope benAndShared;
+    benAndShared.personIDs = {ben};
+    benAndShared.wholeHousehold = false;
+    benAndShared.includeShared = true;
+    page().setPeople(benAndShared);
+    const QJsonObject json =
+        reportJSON(folder, {"--period", "last12Months", "--people", "Ben", "--include-shared"});
+    EXPECT_EQ(json[QStringLiteral("report")][QStringLiteral("scopeLabel")].toString(),
+              page().peoplePicker()->button()->text());
+    expectFiguresOf(page(), json);
+}
 
 // The tiles and rows show the report's own figures, to the cent, for the
 // whole household and for one person with shared spending.
