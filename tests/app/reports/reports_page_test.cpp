@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLineEdit>
 #include <QTest>
 
 #include "core/model/money.h"
@@ -429,6 +430,63 @@ TEST_F(ReportsScreenTest, NotesAnswerAndScreenAudit) {
     page().setTab(ReportTab::overview);
     QTest::qWait(20);
     EXPECT_EQ(copperwick::testing::layoutFaults(&page()), QStringList());
+}
+
+}  // namespace copperwick::app::testing
+
+namespace copperwick::app::testing {
+
+// A budget typed in its row is kept as an amount, and a word is refused in
+// the budget's own words; the savings goal likewise.
+TEST_F(ReportsScreenTest, BudgetsAndTheGoalAreTypedInTheBudgetsTab) {
+    fillHousehold();
+    choosePeriod(PeriodChoice::lastMonth);
+    page().setTab(ReportTab::budgets);
+    const auto fieldFor = [&](const QString& name) -> QLineEdit* {
+        for (auto* field : page().tabContent()->findChildren<QLineEdit*>()) {
+            if (field->accessibleName() == name && field->isVisible())
+                return field;
+        }
+        return nullptr;
+    };
+    QLineEdit* dining = fieldFor(QStringLiteral("Dining"));
+    ASSERT_TRUE(dining);
+    dining->setFocus();
+    QTest::keyClicks(dining, QStringLiteral("abc"));
+    QTest::keyClick(dining, Qt::Key_Return);
+    EXPECT_EQ(runtime().errorMessage(),
+              std::optional<std::string>(
+                  "\u201Cabc\u201D isn't an amount. Use a number like 250 or 250.00."));
+    EXPECT_FALSE(monthlyBudget(ledger(), categoryID("Dining")));
+
+    dining = fieldFor(QStringLiteral("Dining"));
+    dining->clear();
+    QTest::keyClicks(dining, QStringLiteral("250"));
+    QTest::keyClick(dining, Qt::Key_Return);
+    EXPECT_EQ(monthlyBudget(ledger(), categoryID("Dining")), 25000);
+    EXPECT_EQ(fieldFor(QStringLiteral("Dining"))->text(), QStringLiteral("250.00"));
+    ASSERT_EQ(page().rows().size(), 1U);
+    EXPECT_EQ(page().rows()[0]->cells()[1],
+              QString::fromStdString(page().shown()->bundle.budgets[0].summary()));
+
+    runtime().setErrorMessage(std::nullopt);
+    QLineEdit* goal = fieldFor(QStringLiteral("Optional monthly amount"));
+    ASSERT_TRUE(goal);
+    QTest::keyClicks(goal, QStringLiteral("900000000.01"));
+    QTest::keyClick(goal, Qt::Key_Return);
+    EXPECT_EQ(runtime().errorMessage(),
+              std::optional<std::string>("Enter a positive monthly goal, or leave it empty."));
+    EXPECT_FALSE(ledger().settings->monthlySavingsGoal);
+    goal = fieldFor(QStringLiteral("Optional monthly amount"));
+    goal->clear();
+    QTest::keyClicks(goal, QStringLiteral("500"));
+    QTest::keyClick(goal, Qt::Key_Return);
+    EXPECT_EQ(ledger().settings->monthlySavingsGoal, 50000);
+    // A whole month of the whole household in the goal's currency: the card shows.
+    page().setTab(ReportTab::overview);
+    ASSERT_TRUE(page().shown()->bundle.savingsGoal);
+    EXPECT_TRUE(page().tabTexts().contains(
+        QString::fromStdString(page().shown()->bundle.savingsGoal->title())));
 }
 
 }  // namespace copperwick::app::testing
