@@ -916,7 +916,8 @@ void ReportsPage::addBudgetEditors(QVBoxLayout* column) {
     auto* field = new QLineEdit(goal);
     field->setPlaceholderText(QStringLiteral("Optional monthly amount"));
     field->setAccessibleName(field->placeholderText());
-    field->setMaximumWidth(220);
+    field->setMinimumWidth(220);
+    field->setMaximumWidth(260);
     if (const auto& amount = ledger.settings->monthlySavingsGoal)
         field->setText(toQString(Money::decimalString(*amount)));
     QPushButton* save = pushButton(QStringLiteral("Save Goal"), goal);
