@@ -10,7 +10,7 @@ namespace {
 // Breeze has no gear, medical case, ticket, briefcase, bus or tram; the
 // nearest picture of the same idea stands in for each (KDE's own settings
 // picture, a heart, a play sign, a toolbox, a route).
-constexpr std::array<SymbolIcon, 41> kTable{{
+constexpr std::array<SymbolIcon, 42> kTable{{
     // Sections
     {"square.and.arrow.down", "document-import"},
     {"checklist", "view-task"},
@@ -34,6 +34,7 @@ constexpr std::array<SymbolIcon, 41> kTable{{
     {"hand.raised", "hand"},
     {"clock.arrow.circlepath", "view-history"},
     {"lightbulb", "games-hint"},
+    {"info.circle", "dialog-information"},
     // Account types
     {"building.columns", "view-bank"},
     {"creditcard", "view-financial-account-credit-card"},

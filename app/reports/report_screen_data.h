@@ -1,0 +1,30 @@
+#pragma once
+
+// Everything the Reports screen shows for one filter, worked out in one go
+// from one ledger value: the runtime's report bundle, the household context
+// of a scope short of the whole household, and the twelve months of the
+// Trends tab with the report behind them (whose ids the month rows open).
+// A plain copyable value, built on any thread from a copy of the ledger.
+
+#include <optional>
+
+#include "core/model/ledger.h"
+#include "core/reports/household_context.h"
+#include "core/reports/report_bundle.h"
+#include "core/reports/twelve_month_trend.h"
+
+namespace copperwick::app {
+
+struct ReportScreenData {
+    ReportBundle bundle;
+    std::optional<HouseholdContext> household;
+    TwelveMonthTrend trend;
+    // The report over the trend's twelve months.
+    Report trendReport;
+
+    [[nodiscard]] static ReportScreenData build(const Ledger& ledger, const ReportFilter& filter,
+                                                LocalDate today);
+    [[nodiscard]] const Report& report() const { return bundle.report(); }
+};
+
+}  // namespace copperwick::app
