@@ -3,10 +3,10 @@
 #include <QHBoxLayout>
 #include <QMenu>
 
-#include "app/widgets/saved_change.h"
 #include "app/widgets/elided_label.h"
 #include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/symbol_view.h"
 #include "app/widgets/text_styles.h"
 #include "core/operations/report_notes.h"

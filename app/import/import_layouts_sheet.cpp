@@ -3,9 +3,9 @@
 #include <QHBoxLayout>
 #include <QScrollArea>
 
-#include "app/widgets/saved_change.h"
 #include "app/widgets/card_frame.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/text_styles.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/layout_file.h"

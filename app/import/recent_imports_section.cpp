@@ -11,8 +11,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/widgets/saved_change.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/text_styles.h"
 #include "core/import/import_commit.h"
 #include "core/import/import_words.h"
