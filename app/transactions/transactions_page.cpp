@@ -125,10 +125,13 @@ TransactionsPage::TransactionsPage(RuntimeBridge& bridge, QWidget* parent)
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setSectionResizeMode(TransactionTableModel::merchantColumn, QHeaderView::Stretch);
-    header->resizeSection(TransactionTableModel::dateColumn, 118);
-    header->resizeSection(TransactionTableModel::categoryColumn, 160);
-    header->resizeSection(TransactionTableModel::accountColumn, 150);
-    header->resizeSection(TransactionTableModel::amountColumn, 120);
+    // The merchant takes what the other columns leave; they start narrow
+    // enough that it keeps room for a name beside the inspector.
+    header->setMinimumSectionSize(60);
+    header->resizeSection(TransactionTableModel::dateColumn, 104);
+    header->resizeSection(TransactionTableModel::categoryColumn, 132);
+    header->resizeSection(TransactionTableModel::accountColumn, 124);
+    header->resizeSection(TransactionTableModel::amountColumn, 108);
     header->setSortIndicator(TransactionTableModel::dateColumn, Qt::DescendingOrder);
     header->setSortIndicatorShown(true);
 
@@ -151,7 +154,7 @@ TransactionsPage::TransactionsPage(RuntimeBridge& bridge, QWidget* parent)
     m_splitter->addWidget(inspectorCard);
     m_splitter->setStretchFactor(0, 3);
     m_splitter->setStretchFactor(1, 1);
-    m_splitter->setSizes({700, 320});
+    m_splitter->setSizes({760, 300});
     layout->addWidget(m_splitter, 1);
 
     m_footer = textLabel({}, this);
@@ -548,7 +551,7 @@ void TransactionsPage::exportCsv() {
 std::vector<SelfCheck> TransactionsPage::selfChecks() {
     std::vector<SelfCheck> checks;
     checks.push_back(
-        {"Transactions: the Spending filter lists what the query keeps", [this] {
+        {"the Spending filter lists what the query keeps", [this] {
              const int spending = m_filter->findData(filterKey(TransactionFilter::Kind::spending));
              m_filter->setCurrentIndex(spending);
              m_model->refresh();
@@ -562,7 +565,7 @@ std::vector<SelfCheck> TransactionsPage::selfChecks() {
                                      std::to_string(shown) + " spending lines shown, " +
                                          std::to_string(expected) + " kept by the query"};
          }});
-    checks.push_back({"Transactions: a note added in the inspector is saved, then undone", [this] {
+    checks.push_back({"a note added in the inspector is saved, then undone", [this] {
                           while (m_model->isReading())
                               QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
                           const std::optional<Uuid> id = m_model->idAt(0);
