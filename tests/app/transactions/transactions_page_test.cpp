@@ -3,7 +3,10 @@
 #include <set>
 #include <sstream>
 
+#include <QHeaderView>
+#include <QMenu>
 #include <QSignalSpy>
+#include <QTimer>
 
 #include "app/import/account_freshness_view.h"
 #include "app/review/review_group_card.h"
@@ -263,6 +266,97 @@ TEST_F(TransactionsPageTest, ExportsTheShownLinesAndSaysWhyItCouldNot) {
     EXPECT_TRUE(runtime().errorMessage()->starts_with("Couldn't save the file: "))
         << *runtime().errorMessage();
     EXPECT_FALSE(std::filesystem::exists(target));
+}
+
+// A click on a column's header sorts by it, as the core sorts; a second
+// click turns the order round. Equal amounts keep one order by their ids.
+TEST_F(TransactionsPageTest, SortsByTheClickedColumnAsTheCoreSorts) {
+    addLine("CORNER BAKERY", -800, day(2026, 3, 1));
+    addLine("BLUE BOTTLE COFFEE", -800, day(2026, 3, 2));
+    addLine("PAYROLL ACME", 250000, day(2026, 3, 3));
+    addLine("ATM WITHDRAWAL", -6000, day(2026, 3, 4));
+    shownIds();
+    QHeaderView* header = page().table()->horizontalHeader();
+    const auto clickHeader = [&](int column) {
+        QTest::mouseClick(
+            header->viewport(), Qt::LeftButton, {},
+            QPoint(header->sectionViewportPosition(column) + 10, header->height() / 2));
+    };
+    const auto expected = [&](TransactionSort sort) {
+        std::vector<const LedgerTransaction*> lines =
+            TransactionQuery{.currency = "USD"}.select(ledger());
+        sortTransactions(lines, ledger(), sort);
+        std::vector<Uuid> ids;
+        for (const LedgerTransaction* line : lines)
+            ids.push_back(line->id);
+        return ids;
+    };
+    clickHeader(app::TransactionTableModel::amountColumn);
+    const TransactionSort byAmount{.column = TransactionColumn::amount,
+                                   .ascending = page().model()->sortOrder().ascending};
+    EXPECT_EQ(page().model()->sortOrder().column, TransactionColumn::amount);
+    EXPECT_EQ(shownIds(), expected(byAmount));
+    clickHeader(app::TransactionTableModel::amountColumn);
+    EXPECT_NE(page().model()->sortOrder().ascending, byAmount.ascending);
+    EXPECT_EQ(shownIds(), expected(page().model()->sortOrder()));
+    clickHeader(app::TransactionTableModel::merchantColumn);
+    EXPECT_EQ(shownIds(), expected(page().model()->sortOrder()));
+}
+
+// Payments through a service are counted as sent and received, not as
+// money in and out.
+TEST_F(TransactionsPageTest, CountsServicePaymentsAsSentAndReceived) {
+    addLine("ZELLE TO ANA SMITH", -2500);
+    addLine("ZELLE FROM BEN JONES", 4000);
+    addLine("VENMO PAYMENT", -1000);
+    chooseFilter(QStringLiteral("Zelle"));
+    EXPECT_EQ(shownIds().size(), 2u);
+    EXPECT_EQ(page().footerLabel()->text(),
+              QStringLiteral("2 transactions \u00B7 sent $25.00 \u00B7 received $40.00"));
+    QComboBox* box = page().filterBox();
+    box->setCurrentIndex(box->findText("Venmo"));
+    EXPECT_EQ(shownIds().size(), 1u);
+    EXPECT_EQ(page().footerLabel()->text(),
+              QStringLiteral("1 transactions \u00B7 sent $10.00 \u00B7 received $0.00"));
+}
+
+// The context menu acts on the chosen lines; the details can be put away
+// and brought back.
+TEST_F(TransactionsPageTest, TheContextMenuActsOnTheChosenLines) {
+    const Uuid a = addLine("CORNER BAKERY", -800);
+    const Uuid b = addLine("BLUE BOTTLE COFFEE", -650);
+    shownIds();
+    page().selectLines({a, b});
+    QStringList offered;
+    QTimer::singleShot(50, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!menu)
+            return;
+        for (QAction* action : menu->actions())
+            offered.append(action->text());
+        for (QAction* action : menu->actions()) {
+            if (action->text() == "Mark as Transfer")
+                action->trigger();
+        }
+        menu->close();
+    });
+    const QRect row =
+        page().table()->visualRect(page().model()->index(page().model()->rowOf(a), 1));
+    Q_EMIT page().table()->customContextMenuRequested(row.center());
+    EXPECT_EQ(offered, (QStringList{"Assign Spending To", "Set Spending Category",
+                                    "Set Income Category", "Mark as Transfer", "",
+                                    "Back to Automatic Matching", "Remove from Records"}));
+    EXPECT_EQ(line(a).kind, TransactionKind::transfer);
+    EXPECT_EQ(line(b).kind, TransactionKind::transfer);
+    EXPECT_EQ(ledger().undoLabel(), "Mark as transfer");
+
+    QTest::mouseClick(page().detailsButton(), Qt::LeftButton);
+    EXPECT_FALSE(page().inspector()->isVisible());
+    EXPECT_EQ(page().detailsButton()->text(), "Show Details");
+    EXPECT_EQ(page().detailsButton()->toolTip(), "Show or hide transaction details");
+    QTest::mouseClick(page().detailsButton(), Qt::LeftButton);
+    EXPECT_TRUE(page().inspector()->isVisible());
+    EXPECT_EQ(page().detailsButton()->text(), "Hide Details");
 }
 
 }  // namespace
