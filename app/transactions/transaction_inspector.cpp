@@ -3,6 +3,7 @@
 #include <map>
 #include <utility>
 
+#include <QApplication>
 #include <QFrame>
 #include <QGridLayout>
 
@@ -123,6 +124,12 @@ void TransactionInspector::rebuild() {
     m_saveNote = nullptr;
     m_correct = nullptr;
     m_split = nullptr;
+    // The keyboard stays on the control of the same name when the panel is
+    // made again, so that a note saved with Enter doesn't lose the place.
+    QString focused;
+    if (QWidget* now = QApplication::focusWidget();
+        now && m_content && m_content->isAncestorOf(now))
+        focused = now->accessibleName();
     if (QWidget* old = takeWidget()) {
         old->hide();
         old->deleteLater();
@@ -147,6 +154,14 @@ void TransactionInspector::rebuild() {
         buildOne(layout, *m_runtime.ledger().transaction(m_ids.front()));
     layout->addStretch(1);
     setWidget(m_content);
+    if (focused.isEmpty())
+        return;
+    for (QWidget* control : m_content->findChildren<QWidget*>()) {
+        if (control->accessibleName() == focused && (control->focusPolicy() & Qt::TabFocus)) {
+            control->setFocus(Qt::OtherFocusReason);
+            break;
+        }
+    }
 }
 
 void TransactionInspector::buildNone(QVBoxLayout* layout) {
@@ -325,12 +340,14 @@ void TransactionInspector::buildOne(QVBoxLayout* layout, const LedgerTransaction
             line.evidence.empty() ? QStringLiteral("Not matched yet.") : toQString(line.evidence),
             true);
     // Where "Looks Right" will stand for a line filed by Local AI, and after
-    // it the "What is this charge?" section: empty and hidden until the
-    // Local AI work lands.
-    auto* localAIPlace = new QWidget(m_content);
-    localAIPlace->setObjectName(QStringLiteral("localAIPlace"));
-    localAIPlace->hide();
-    layout->addWidget(localAIPlace);
+    // it the "What is this charge?" section while Local AI is on: both empty
+    // and hidden until the Local AI work lands.
+    for (const char* place : {"looksRightPlace", "whatIsThisChargePlace"}) {
+        auto* empty = new QWidget(m_content);
+        empty->setObjectName(QString::fromLatin1(place));
+        empty->hide();
+        layout->addWidget(empty);
+    }
 
     // 5. Where the line came from.
     addHeading(layout, QStringLiteral("Source"));

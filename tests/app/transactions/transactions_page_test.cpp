@@ -194,9 +194,12 @@ TEST_F(TransactionsPageTest, ANoteRedrawsOnlyItsOwnRow) {
     page().selectLines({noted});
     QSignalSpy resets(page().model(), &QAbstractItemModel::modelReset);
     QSignalSpy changes(page().model(), &QAbstractItemModel::dataChanged);
+    page().inspector()->noteField()->setFocus();
     QTest::keyClicks(page().inspector()->noteField(), "for the office");
     QTest::keyClick(page().inspector()->noteField(), Qt::Key_Return);
     EXPECT_EQ(line(noted).note, "for the office");
+    // The panel was made again; the keyboard is still on the note.
+    EXPECT_EQ(QApplication::focusWidget(), page().inspector()->noteField());
     EXPECT_EQ(resets.count(), 0);
     ASSERT_EQ(changes.count(), 1);
     const int row = page().model()->rowOf(noted);
@@ -357,6 +360,33 @@ TEST_F(TransactionsPageTest, TheContextMenuActsOnTheChosenLines) {
     QTest::mouseClick(page().detailsButton(), Qt::LeftButton);
     EXPECT_TRUE(page().inspector()->isVisible());
     EXPECT_EQ(page().detailsButton()->text(), "Hide Details");
+}
+
+// Choosing a person keeps the lines assigned to them and drops the
+// household's; the button names the people chosen.
+TEST_F(TransactionsPageTest, NarrowsToThePeopleChosen) {
+    const Person ana{.id = Uuid::random(), .name = "Ana", .bankNames = {}, .monthlyAllowance = {}};
+    const Account card(Uuid::random(), "Ana's card", AccountType::creditCard, std::nullopt,
+                       std::vector<Uuid>{ana.id});
+    change([&](Ledger& copy, LedgerDelta& delta) {
+        copy.people.push_back(ana);
+        delta.change(RecordKind::person, ana.id);
+        copy.accounts.push_back(card);
+        delta.change(RecordKind::account, card.id);
+    });
+    const Uuid hers = addLine("BOOKSHOP", -1500, day(2026, 3, 2), card.id);
+    addLine("CORNER BAKERY", -800);
+    EXPECT_EQ(shownIds().size(), 2u);
+    EXPECT_EQ(page().peopleButton()->text(), "Whole household");
+    QAction* choice = nullptr;
+    for (QAction* action : page().peopleButton()->menu()->actions()) {
+        if (action->text() == "Ana")
+            choice = action;
+    }
+    ASSERT_NE(choice, nullptr);
+    choice->trigger();
+    EXPECT_EQ(shownIds(), std::vector<Uuid>{hers});
+    EXPECT_EQ(page().peopleButton()->text(), "Ana");
 }
 
 }  // namespace
