@@ -3,7 +3,7 @@
 #include <QHBoxLayout>
 #include <QMenu>
 
-#include "app/import/saved_change.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/elided_label.h"
 #include "app/widgets/enter_presses.h"
 #include "app/widgets/qt_text.h"

@@ -3,7 +3,7 @@
 #include <QHBoxLayout>
 #include <QScrollArea>
 
-#include "app/import/saved_change.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/card_frame.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_styles.h"

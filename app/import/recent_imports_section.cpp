@@ -11,7 +11,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/import/saved_change.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_styles.h"
 #include "core/import/import_commit.h"

@@ -10,6 +10,7 @@
 
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/symbol_view.h"
 #include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
@@ -22,25 +23,6 @@ namespace {
 constexpr std::string_view kSubtitle =
     "Decide what Copperwick couldn't. Identical bank text is grouped, so one decision covers "
     "every matching transaction.";
-
-// The records the queue, the pending list and the suggested rules are read from.
-bool touchesQueue(const LedgerDelta& delta) {
-    for (const RecordKind kind :
-         {RecordKind::transaction, RecordKind::merchant, RecordKind::category, RecordKind::account,
-          RecordKind::batch, RecordKind::rule, RecordKind::settings}) {
-        if (delta.changed.contains(kind) || delta.deleted.contains(kind))
-            return true;
-    }
-    return false;
-}
-
-bool touchesChoices(const LedgerDelta& delta) {
-    for (const RecordKind kind : {RecordKind::merchant, RecordKind::category}) {
-        if (delta.changed.contains(kind) || delta.deleted.contains(kind))
-            return true;
-    }
-    return false;
-}
 
 }  // namespace
 
@@ -146,9 +128,12 @@ void ReviewPage::showEvent(QShowEvent* event) {
 }
 
 void ReviewPage::changeSaved(const SavedChange& change) {
-    if (change.delta && !touchesQueue(*change.delta))
+    // The records the queue, the pending list and the suggested rules are read from.
+    if (!touches(change,
+                 {RecordKind::transaction, RecordKind::merchant, RecordKind::category,
+                  RecordKind::account, RecordKind::batch, RecordKind::rule, RecordKind::settings}))
         return;
-    if (!change.delta || touchesChoices(*change.delta)) {
+    if (touches(change, {RecordKind::merchant, RecordKind::category})) {
         m_choicesOutdated = true;
         refreshMerchantNames();
     }

@@ -13,6 +13,7 @@
 #include "app/rules/row_delegates.h"
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/section_card.h"
 #include "app/widgets/text_styles.h"
 #include "core/matching/builtin_knowledge.h"
@@ -69,11 +70,6 @@ void fitWhenRowsChange(QListView* view, int most) {
     QObject::connect(model, &QAbstractItemModel::modelReset, view, fit);
     QObject::connect(model, &QAbstractItemModel::layoutChanged, view, fit);
     fit();
-}
-
-bool touches(const LedgerDelta& delta, RecordKind kind) {
-    const auto deleted = delta.deleted.find(kind);
-    return delta.changes(kind) || (deleted != delta.deleted.end() && !deleted->second.empty());
 }
 
 }  // namespace
@@ -210,15 +206,14 @@ void RulesPage::changeSaved(const SavedChange& change) {
         refreshRows();
         return;
     }
-    const LedgerDelta& delta = *change.delta;
     // A rule's row names its accounts and category; a merchant's its category.
-    const bool names = touches(delta, RecordKind::account) || touches(delta, RecordKind::category);
-    if (names || touches(delta, RecordKind::rule) || touches(delta, RecordKind::settings)) {
+    const bool names = touches(change, {RecordKind::account, RecordKind::category});
+    if (names || touches(change, {RecordKind::rule, RecordKind::settings})) {
         m_ruleModel->refresh(ledger);
         m_builtInModel->refresh(ledger);
         refreshRules();
     }
-    if (names || touches(delta, RecordKind::merchant) || touches(delta, RecordKind::transaction))
+    if (names || touches(change, {RecordKind::merchant, RecordKind::transaction}))
         m_merchantReading.start();
 }
 

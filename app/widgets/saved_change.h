@@ -1,8 +1,8 @@
 #pragma once
 
-// Whether a saved change can have changed what a part of the Import screen
-// shows: a change without a delta (the file read again) touches everything,
-// otherwise only records of the kinds named, changed or deleted.
+// Whether a saved change can have changed what a part of a screen shows: a change without a delta
+// (the file read again) touches everything, otherwise only records of the kinds named, changed or
+// deleted.
 
 #include <initializer_list>
 
