@@ -11,6 +11,7 @@
 #include "app/transactions/split_sheet.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/refusal_line.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/text_styles.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
@@ -79,12 +80,9 @@ void TransactionInspector::setSelection(std::vector<Uuid> ids) {
 void TransactionInspector::changeSaved(const SavedChange& change) {
     if (m_ids.empty())
         return;
-    bool touched = !change.delta;
-    if (change.delta) {
-        for (RecordKind kind : {RecordKind::merchant, RecordKind::category, RecordKind::person,
-                                RecordKind::account, RecordKind::batch}) {
-            touched = touched || change.delta->changes(kind);
-        }
+    bool touched = touches(change, {RecordKind::merchant, RecordKind::category, RecordKind::person,
+                                    RecordKind::account, RecordKind::batch});
+    if (change.delta && !touched) {
         const auto changed = change.delta->changed.find(RecordKind::transaction);
         const auto deleted = change.delta->deleted.find(RecordKind::transaction);
         for (const Uuid& id : m_ids) {

@@ -90,10 +90,10 @@ void TransactionRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem
         return;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
+    // No fill under the pointer: the view redraws only the cell it is over,
+    // and half a row lit reads as a fault.
     if (option.state & QStyle::State_Selected)
         painter->fillRect(option.rect, option.palette.color(QPalette::Highlight));
-    else if (option.state & QStyle::State_MouseOver)
-        painter->fillRect(option.rect, option.palette.color(QPalette::AlternateBase));
     painter->setPen(option.palette.color(QPalette::Midlight));
     painter->drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_change.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
 #include "core/reports/report_engine.h"
@@ -234,21 +235,17 @@ void TransactionTableModel::show(Reading reading) {
 }
 
 void TransactionTableModel::changeSaved(const SavedChange& change) {
-    if (!change.delta) {
+    // Names, categories and the report currency show in every row, and
+    // whose lines they are decides which rows there are.
+    if (touches(change, {RecordKind::person, RecordKind::account, RecordKind::category,
+                         RecordKind::merchant, RecordKind::settings})) {
         refresh();
         return;
     }
     const LedgerDelta& delta = *change.delta;
-    // Names, categories and the report currency show in every row; lines
-    // deleted leave the list.
-    for (RecordKind kind : {RecordKind::person, RecordKind::account, RecordKind::category,
-                            RecordKind::merchant, RecordKind::settings}) {
-        if (delta.changes(kind)) {
-            refresh();
-            return;
-        }
-    }
-    if (delta.deleted.contains(RecordKind::transaction)) {
+    // Lines deleted leave the list.
+    if (const auto deleted = delta.deleted.find(RecordKind::transaction);
+        deleted != delta.deleted.end() && !deleted->second.empty()) {
         refresh();
         return;
     }

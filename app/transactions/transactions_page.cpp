@@ -19,6 +19,7 @@
 #include "app/widgets/card_frame.h"
 #include "app/widgets/page_header.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_change.h"
 #include "app/widgets/symbol_icons.h"
 #include "app/widgets/text_styles.h"
 #include "core/model/file_output.h"
@@ -113,7 +114,6 @@ TransactionsPage::TransactionsPage(RuntimeBridge& bridge, QWidget* parent)
     // Tab leaves the table for the inspector; arrows move between rows.
     m_table->setTabKeyNavigation(false);
     m_table->setWordWrap(false);
-    m_table->setMouseTracking(true);
     m_table->setFrameShape(QFrame::NoFrame);
     m_table->setContextMenuPolicy(Qt::CustomContextMenu);
     m_table->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
@@ -508,10 +508,7 @@ void TransactionsPage::showAll() {
 }
 
 void TransactionsPage::changeSaved(const SavedChange& change) {
-    const bool names = !change.delta || change.delta->changes(RecordKind::category) ||
-                       change.delta->changes(RecordKind::account) ||
-                       change.delta->changes(RecordKind::person);
-    if (names) {
+    if (touches(change, {RecordKind::category, RecordKind::account, RecordKind::person})) {
         fillFilterMenu();
         fillAccountMenu();
         fillPeopleMenu();

@@ -389,5 +389,23 @@ TEST_F(TransactionsPageTest, NarrowsToThePeopleChosen) {
     EXPECT_EQ(page().peopleButton()->text(), "Ana");
 }
 
+// "Custom…" asks for the first and last day; the list follows each day as
+// soon as it reads as one, and the lines outside the days go.
+TEST_F(TransactionsPageTest, ACustomPeriodKeepsTheDaysTyped) {
+    addLine("JANUARY SHOP", -100, day(2026, 1, 15));
+    const Uuid february = addLine("FEBRUARY SHOP", -200, day(2026, 2, 10));
+    addLine("MARCH SHOP", -300, day(2026, 3, 5));
+    QComboBox* period = page().periodBox();
+    EXPECT_FALSE(page().customStartField()->isVisible());
+    period->setCurrentIndex(period->findText(QStringLiteral("Custom\u2026")));
+    ASSERT_TRUE(page().customStartField()->isVisible());
+    page().customStartField()->setText("2026-02-01");
+    page().customEndField()->clear();
+    QTest::keyClicks(page().customEndField(), "2026-02-2");
+    EXPECT_TRUE(shownIds().empty());
+    QTest::keyClicks(page().customEndField(), "8");
+    EXPECT_EQ(shownIds(), std::vector<Uuid>{february});
+}
+
 }  // namespace
 }  // namespace copperwick::testing
