@@ -144,6 +144,7 @@ TransactionsPage::TransactionsPage(RuntimeBridge& bridge, QWidget* parent)
     tableLayout->setSpacing(0);
     tableLayout->addWidget(m_table);
     auto* inspectorCard = new CardFrame(this);
+    m_inspectorCard = inspectorCard;
     auto* inspectorLayout = new QVBoxLayout(inspectorCard);
     inspectorLayout->setContentsMargins(1, 1, 1, 1);
     inspectorLayout->addWidget(m_inspector);
@@ -200,8 +201,7 @@ QWidget* TransactionsPage::buildToolbar() {
         layout->addWidget(button, 0, Qt::AlignVCenter);
     connect(m_add, &QPushButton::clicked, this, &TransactionsPage::openManualEntry);
     connect(m_export, &QPushButton::clicked, this, &TransactionsPage::exportCsv);
-    connect(m_details, &QPushButton::clicked, this,
-            [this] { setDetailsShown(m_inspector->parentWidget()->isHidden()); });
+    connect(m_details, &QPushButton::clicked, this, [this] { setDetailsShown(!detailsShown()); });
     return bar;
 }
 
@@ -214,7 +214,7 @@ QWidget* TransactionsPage::buildFilters() {
     m_search = new QLineEdit(row);
     m_search->setPlaceholderText(QStringLiteral("Search merchants, bank text, notes"));
     m_search->setAccessibleName(m_search->placeholderText());
-    m_search->setMinimumWidth(160);
+    m_search->setMinimumWidth(120);
     m_clearSearch =
         m_search->addAction(symbolIcon("xmark.circle.fill"), QLineEdit::TrailingPosition);
     m_clearSearch->setText(QStringLiteral("Clear search"));
@@ -254,11 +254,14 @@ QWidget* TransactionsPage::buildFilters() {
     layout->addWidget(m_customEnd);
     layout->addWidget(m_people);
 
-    for (QComboBox* box : {m_filter, m_account}) {
+    // The menus give up width before the window would have to grow: a
+    // narrow window floats the details instead.
+    for (QComboBox* box : {m_filter, m_account, m_period}) {
         box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(10);
-        connect(box, &QComboBox::currentIndexChanged, this, &TransactionsPage::runQuery);
+        box->setMinimumContentsLength(6);
     }
+    for (QComboBox* box : {m_filter, m_account})
+        connect(box, &QComboBox::currentIndexChanged, this, &TransactionsPage::runQuery);
     connect(m_period, &QComboBox::currentIndexChanged, this, [this] {
         const bool custom =
             m_period->currentData().toInt() == static_cast<int>(PeriodChoice::custom);
@@ -519,8 +522,45 @@ void TransactionsPage::changeSaved(const SavedChange& change) {
     m_inspector->changeSaved(change);
 }
 
+bool TransactionsPage::detailsShown() const {
+    return m_floating ? m_floatingShown : m_detailsShown;
+}
+
 void TransactionsPage::setDetailsShown(bool shown) {
-    m_inspector->parentWidget()->setVisible(shown);
+    (m_floating ? m_floatingShown : m_detailsShown) = shown;
+    placeInspector();
+}
+
+void TransactionsPage::resizeEvent(QResizeEvent* event) {
+    SectionPage::resizeEvent(event);
+    placeInspector();
+}
+
+void TransactionsPage::placeInspector() {
+    const bool floating = width() < kFloatBelow;
+    if (floating != m_floating) {
+        m_floating = floating;
+        if (floating) {
+            // Out of the splitter, over the table; it waits to be asked for,
+            // since it would cover most of a narrow table.
+            m_inspectorCard->setParent(this);
+            m_floatingShown = false;
+        } else {
+            m_splitter->addWidget(m_inspectorCard);
+            m_splitter->setStretchFactor(1, 1);
+            const int room = m_splitter->width();
+            m_splitter->setSizes({room - room / 4, room / 4});
+        }
+    }
+    if (m_floating) {
+        const QRect area = m_splitter->geometry();
+        const int panelWidth = std::min(320, area.width() * 4 / 5);
+        m_inspectorCard->setGeometry(area.right() + 1 - panelWidth, area.top(), panelWidth,
+                                     area.height());
+        m_inspectorCard->raise();
+    }
+    const bool shown = detailsShown();
+    m_inspectorCard->setVisible(shown);
     const QString words = shown ? QStringLiteral("Hide Details") : QStringLiteral("Show Details");
     m_details->setText(words);
     m_details->setAccessibleName(words);

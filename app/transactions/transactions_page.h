@@ -8,7 +8,9 @@
 // Transactions") shows just those lines under a banner until "Show All".
 //
 // The lines are the core query's; every change goes through the runtime as
-// one undoable step. Main thread only. The bridge's runtime must outlive it.
+// one undoable step. In a narrow window the inspector floats over the table's
+// right side while it is asked for, instead of taking a column of its own.
+// Main thread only. The bridge's runtime must outlive it.
 
 #include <filesystem>
 #include <functional>
@@ -53,6 +55,9 @@ class TransactionsPage : public SectionPage {
     void exportCsv();
     void showAll();
     void setDetailsShown(bool shown);
+    [[nodiscard]] bool detailsShown() const;
+    // Whether the inspector floats over the table, as in a narrow window.
+    [[nodiscard]] bool detailsFloat() const { return m_floating; }
     // Chooses these lines in the table, as a click and Ctrl-clicks would.
     void selectLines(const std::vector<Uuid>& ids);
 
@@ -77,7 +82,16 @@ class TransactionsPage : public SectionPage {
     // The query the table runs for what is chosen now.
     [[nodiscard]] TransactionQuery currentQuery() const;
 
+    // Narrower than this, the inspector floats over the table.
+    static constexpr int kFloatBelow = 700;
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    // Puts the inspector beside the table or over it, as the width asks,
+    // and shows it as the person last asked for in that place.
+    void placeInspector();
     QWidget* buildToolbar();
     QWidget* buildFilters();
     QWidget* buildBanner();
@@ -99,6 +113,11 @@ class TransactionsPage : public SectionPage {
     QTableView* m_table = nullptr;
     TransactionInspector* m_inspector = nullptr;
     QSplitter* m_splitter = nullptr;
+    QWidget* m_inspectorCard = nullptr;
+    bool m_floating = false;
+    // Shown beside the table; shown over it in a narrow window.
+    bool m_detailsShown = true;
+    bool m_floatingShown = false;
     QComboBox* m_filter = nullptr;
     QComboBox* m_account = nullptr;
     QComboBox* m_period = nullptr;

@@ -407,5 +407,35 @@ TEST_F(TransactionsPageTest, ACustomPeriodKeepsTheDaysTyped) {
     EXPECT_EQ(shownIds(), std::vector<Uuid>{february});
 }
 
+// In a narrow window the details float over the table when asked for, and
+// go back beside it when the window widens.
+TEST_F(TransactionsPageTest, TheDetailsFloatOverTheTableInANarrowWindow) {
+    const Uuid id = addLine("CORNER BAKERY", -800);
+    shownIds();
+    page().selectLines({id});
+    page().resize(app::TransactionsPage::kFloatBelow - 60, 700);
+    settle();
+    EXPECT_TRUE(page().detailsFloat());
+    EXPECT_FALSE(page().inspector()->isVisible());
+    EXPECT_EQ(page().detailsButton()->text(), "Show Details");
+    QTest::mouseClick(page().detailsButton(), Qt::LeftButton);
+    ASSERT_TRUE(page().inspector()->isVisible());
+    const QRect table(page().table()->mapTo(&page(), QPoint()), page().table()->size());
+    const QRect panel(page().inspector()->mapTo(&page(), QPoint()), page().inspector()->size());
+    EXPECT_TRUE(table.intersects(panel));
+    EXPECT_TRUE(page().inspector()->shownText().contains("CORNER BAKERY"));
+    QTest::mouseClick(page().detailsButton(), Qt::LeftButton);
+    EXPECT_FALSE(page().inspector()->isVisible());
+
+    page().resize(1300, 900);
+    settle();
+    EXPECT_FALSE(page().detailsFloat());
+    EXPECT_TRUE(page().inspector()->isVisible());
+    EXPECT_EQ(page().detailsButton()->text(), "Hide Details");
+    const QRect wideTable(page().table()->mapTo(&page(), QPoint()), page().table()->size());
+    const QRect widePanel(page().inspector()->mapTo(&page(), QPoint()), page().inspector()->size());
+    EXPECT_FALSE(wideTable.intersects(widePanel));
+}
+
 }  // namespace
 }  // namespace copperwick::testing
