@@ -185,8 +185,7 @@ void CashPage::showWallets() {
         QFont font = row.balance->font();
         font.setWeight(QFont::DemiBold);
         row.balance->setFont(font);
-        row.balance->setAccessibleName(toQString(wallet->name) + QStringLiteral(" balance ") +
-                                       balance);
+        row.balance->setAccessibleDescription(toQString(wallet->name));
         layout->addWidget(row.balance);
         row.archive = pushButton(QStringLiteral("Archive"), rowWidget);
         row.archive->setAccessibleDescription(toQString(wallet->name));

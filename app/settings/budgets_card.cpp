@@ -95,7 +95,12 @@ void BudgetsCard::showBudgets() {
         budget.field->setPlaceholderText(QStringLiteral("No budget"));
         budget.field->setMaximumWidth(200);
         QWidget* cell = withRefusalLine(budget.field, budget.refusal, m_budgetBox);
-        m_budgetForm->addRow(fieldLabel(toQString(category.name), budget.field, m_budgetBox), cell);
+        // A name's "&" is the name's own, not a mnemonic.
+        const QString name = toQString(category.name);
+        QLabel* label = fieldLabel(QString(name).replace(QLatin1Char('&'), QStringLiteral("&&")),
+                                   budget.field, m_budgetBox);
+        budget.field->setAccessibleName(name);
+        m_budgetForm->addRow(label, cell);
         const Uuid id = category.id;
         connect(budget.field, &QLineEdit::editingFinished, this, [this, id] { saveBudget(id); });
         m_budgets[id] = budget;

@@ -1,6 +1,7 @@
 #include "app/cash/cash_page.h"
 
 #include <QApplication>
+#include <QPointer>
 
 #include <gtest/gtest.h>
 
@@ -34,8 +35,7 @@ class CashScreenTest : public ::testing::Test, protected AppWorkspace {
     }
 
     void chooseKind(app::CashEntrySheet* sheet, ManualEntryKind kind) {
-        sheet->kindField()->setCurrentIndex(
-            sheet->kindField()->findData(static_cast<int>(kind)));
+        sheet->kindField()->setCurrentIndex(sheet->kindField()->findData(static_cast<int>(kind)));
     }
 
     LedgerBuilder builder;
@@ -122,9 +122,10 @@ TEST_F(CashScreenTest, ANewWalletWithOpeningCashShowsItsBalance) {
 
     QTest::keyClicks(sheet->nameField(), "Travel money");
     QTest::keyClick(sheet->nameField(), Qt::Key_Return);
-    ASSERT_TRUE(waitUntil([&] { return page->chosenWallet().has_value() &&
-                                       ledger().account(page->chosenWallet())->name ==
-                                           "Travel money"; }));
+    ASSERT_TRUE(waitUntil([&] {
+        return page->chosenWallet().has_value() &&
+               ledger().account(page->chosenWallet())->name == "Travel money";
+    }));
     const Uuid added = *page->chosenWallet();
     EXPECT_EQ(ledger().account(added)->type, AccountType::cash);
     EXPECT_EQ(cashBalance(ledger(), added), 25000);
@@ -151,18 +152,18 @@ TEST_F(CashScreenTest, KeyboardRoadOfTheCashSheet) {
     ASSERT_EQ(QApplication::focusWidget(), sheet->descriptionField());
     QTest::keyClicks(QApplication::focusWidget(), "Coffee");
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    ASSERT_TRUE(waitUntil([&] { return linesOf(wallet).size() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return linesOf(wallet).size() == 1; }))
+        << runtime->errorMessage().value_or("");
     EXPECT_EQ(linesOf(wallet)[0].amount, -725);
     EXPECT_EQ(linesOf(wallet)[0].kind, TransactionKind::expense);
     EXPECT_EQ(linesOf(wallet)[0].rawDescription, "Coffee");
 
     // Escape closes a second sheet with nothing done.
-    page->openCashEntry();
-    auto* second = page->findChild<app::CashEntrySheet*>();
-    ASSERT_TRUE(waitUntil([&] { return second && second->isVisible(); }));
+    QPointer<app::CashEntrySheet> second = page->openCashEntry();
+    ASSERT_TRUE(waitUntil([&] { return second->isVisible(); }));
     QTest::keyClicks(second->amountField(), "3");
     QTest::keyClick(second->amountField(), Qt::Key_Escape);
-    EXPECT_TRUE(waitUntil([&] { return page->findChild<app::CashEntrySheet*>() == nullptr; }));
+    EXPECT_TRUE(waitUntil([&] { return second.isNull(); }));
     EXPECT_EQ(linesOf(wallet).size(), 1u);
 
     EXPECT_EQ(misnamedControls(page), QStringList());
