@@ -218,7 +218,13 @@ void CashPage::showLines() {
         m_linesCard->titleLabel(),
         wallet ? QStringLiteral("Lines in ") + toQString(wallet->name) : QStringLiteral("Lines"));
     const int rows = m_model->rowCount();
-    fitToRows(m_lines, rows, kVisibleLines);
+    // As tall as its rows under the header, up to a most, then it scrolls.
+    const int shown = std::min(rows, kVisibleLines);
+    m_lines->setFixedHeight(m_lines->horizontalHeader()->sizeHint().height() +
+                            shown * m_lines->verticalHeader()->defaultSectionSize() +
+                            2 * m_lines->frameWidth());
+    m_lines->setVerticalScrollBarPolicy(rows > kVisibleLines ? Qt::ScrollBarAsNeeded
+                                                             : Qt::ScrollBarAlwaysOff);
     m_lines->setVisible(rows > 0);
     m_noLines->setVisible(rows == 0);
     m_linesCard->setVisible(wallet != nullptr);

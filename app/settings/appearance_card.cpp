@@ -92,9 +92,10 @@ AppearanceCard::AppearanceCard(SkinStore& skins, QWidget* parent)
     }
     body()->addWidget(tiles);
 
+    body()->addSpacing(4);
+    body()->addWidget(textLabel(QStringLiteral("Light or dark"), this));
     auto* modes = new QHBoxLayout;
     modes->setSpacing(18);
-    modes->addWidget(textLabel(QStringLiteral("Appearance"), this));
     for (const AppearanceMode mode :
          {AppearanceMode::followMac, AppearanceMode::light, AppearanceMode::dark}) {
         auto* button = new QRadioButton(toQString(title(mode)), this);
@@ -104,7 +105,6 @@ AppearanceCard::AppearanceCard(SkinStore& skins, QWidget* parent)
         m_modeButtons[mode] = button;
     }
     modes->addStretch(1);
-    body()->addSpacing(4);
     body()->addLayout(modes);
 
     auto* icon = new QHBoxLayout;

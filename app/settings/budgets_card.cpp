@@ -5,6 +5,7 @@
 #include "app/settings/settings_rows.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/sheet_dialog.h"
+#include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
 #include "core/model/money.h"
 #include "core/operations/entry_error.h"
@@ -105,6 +106,8 @@ void BudgetsCard::showBudgets() {
         connect(budget.field, &QLineEdit::editingFinished, this, [this, id] { saveBudget(id); });
         m_budgets[id] = budget;
     }
+    // Fields made afresh come last in Qt's chain; Tab follows the card as it reads.
+    orderTabs({this});
 }
 
 void BudgetsCard::showGoal() {

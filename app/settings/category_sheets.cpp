@@ -25,7 +25,9 @@ QColor categoryColour(int colorIndex, const QPalette& palette) {
     const QColor accent = palette.color(QPalette::Link);
     // Steps of the golden angle keep neighbours in a group far apart.
     const int hue = (accent.hsvHue() + std::max(0, colorIndex) * 137) % 360;
-    return QColor::fromHsv(hue, std::max(accent.hsvSaturation(), 110), accent.value());
+    // Bright enough to tell apart on the surface in light and dark alike.
+    return QColor::fromHsv(hue, std::clamp(accent.hsvSaturation(), 120, 170),
+                           std::max(accent.value(), 190));
 }
 
 CategorySheet::CategorySheet(RuntimeBridge& bridge, const std::optional<Uuid>& categoryID,

@@ -5,6 +5,7 @@
 #include "app/settings/person_sheet.h"
 #include "app/settings/settings_rows.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
 #include "core/model/household_resolution.h"
 #include "core/model/ledger_enums.h"
@@ -65,6 +66,7 @@ void PeopleCard::showRows() {
         addRow(noteLabel(QStringLiteral("No people yet. Spending is the household's until you add "
                                         "someone."),
                          this));
+        orderTabs({this});
         return;
     }
     for (const Person& person : ledger.people) {
@@ -88,6 +90,8 @@ void PeopleCard::showRows() {
         connect(row->addButton(kDelete), &QPushButton::clicked, this, [this, id] { remove(id); });
         addRow(row);
     }
+    // Rows made afresh come last in Qt's chain; Tab follows the card as it reads.
+    orderTabs({this});
 }
 
 void PeopleCard::remove(const Uuid& personID) {
@@ -132,6 +136,7 @@ void AccountsCard::showRows() {
     const Ledger& ledger = m_bridge.runtime().ledger();
     if (ledger.accounts.empty()) {
         addRow(noteLabel(QStringLiteral("No accounts yet. Importing a file makes one."), this));
+        orderTabs({this});
         return;
     }
     for (const Account& account : ledger.accounts) {
@@ -151,6 +156,8 @@ void AccountsCard::showRows() {
                 [this, id] { openSheet(new AccountSheet(m_bridge, id, this)); });
         addRow(row);
     }
+    // Rows made afresh come last in Qt's chain; Tab follows the card as it reads.
+    orderTabs({this});
 }
 
 CategoriesCard::CategoriesCard(RuntimeBridge& bridge, QWidget* parent)
@@ -203,6 +210,8 @@ void CategoriesCard::showRows() {
             addRow(row);
         }
     }
+    // Rows made afresh come last in Qt's chain; Tab follows the card as it reads.
+    orderTabs({this});
 }
 
 }  // namespace copperwick::app

@@ -12,6 +12,7 @@
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/section_card.h"
+#include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
 
 namespace copperwick::app {
@@ -81,6 +82,10 @@ void SettingsPage::changeSaved(const SavedChange& change) {
     m_budgets->changeSaved(change);
     m_reportSettings->changeSaved(change);
     m_data->changeSaved(change);
+    // Rows and fields made afresh come last in Qt's chain, whichever card
+    // they stand in; Tab follows the page as it reads.
+    orderTabs(
+        {m_appearance, m_people, m_accounts, m_categories, m_budgets, m_reportSettings, m_data});
 }
 
 std::vector<SelfCheck> SettingsPage::selfChecks() {
