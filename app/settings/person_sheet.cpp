@@ -79,8 +79,12 @@ std::optional<Person> PersonSheet::checked(bool showRefusals) {
 
 void PersonSheet::save() {
     const auto person = checked(true);
-    if (!person)
+    if (!person) {
+        // An allowance that can't be kept is said in the message bar as well.
+        if (!m_allowanceRefusal->isHidden())
+            m_bridge.runtime().setErrorMessage(toStdString(m_allowanceRefusal->label()->text()));
         return;
+    }
     saveThenClose(m_bridge.runtime(),
                   [person = *person](Ledger& copy) -> std::optional<LedgerDelta> {
                       return upsertPerson(copy, person);
