@@ -12,6 +12,7 @@
 #include "app/widgets/tab_order.h"
 #include "app/widgets/text_styles.h"
 #include "core/model/money.h"
+#include "core/operations/cash_links.h"
 #include "core/operations/manual_entry.h"
 #include "core/operations/upsert_account.h"
 
@@ -132,9 +133,30 @@ QPushButton* CashPage::archiveButton(const Uuid& walletID) const {
 }
 
 void CashPage::changeSaved(const SavedChange& change) {
-    if (!change.delta || touches(*change.delta, RecordKind::account) ||
-        touches(*change.delta, RecordKind::transaction))
+    if (!change.delta || touches(*change.delta, RecordKind::account)) {
         refresh();
+        return;
+    }
+    // Most saves (a review decision, a rule) touch no wallet at all; a line
+    // that went can't be looked up, so its going redraws everything.
+    const LedgerDelta& delta = *change.delta;
+    if (const auto deleted = delta.deleted.find(RecordKind::transaction);
+        deleted != delta.deleted.end() && !deleted->second.empty()) {
+        refresh();
+        return;
+    }
+    const auto changed = delta.changed.find(RecordKind::transaction);
+    if (changed == delta.changed.end())
+        return;
+    const Ledger& ledger = m_bridge.runtime().ledger();
+    for (const std::string& id : changed->second) {
+        const LedgerTransaction* line = ledger.transaction(Uuid::parse(id));
+        const Account* account = line ? ledger.account(line->accountID) : nullptr;
+        if (!line || (account && account->type == AccountType::cash)) {
+            refresh();
+            return;
+        }
+    }
 }
 
 void CashPage::refresh() {
@@ -166,6 +188,7 @@ void CashPage::showWallets() {
 
     const Ledger& ledger = m_bridge.runtime().ledger();
     const auto wallets = openWallets(ledger);
+    auto balances = walletBalances(ledger);
     for (const Account* wallet : wallets) {
         auto* rowWidget = new QWidget(m_walletsCard);
         auto* layout = new QHBoxLayout(rowWidget);
@@ -178,8 +201,7 @@ void CashPage::showWallets() {
         row.choice->setChecked(m_chosen == wallet->id);
         m_choices->addButton(row.choice);
         layout->addWidget(row.choice, 1);
-        const QString balance =
-            toQString(Money::format(cashBalance(ledger, wallet->id), wallet->currency));
+        const QString balance = toQString(Money::format(balances[wallet->id], wallet->currency));
         row.balance = textLabel(balance, rowWidget);
         row.balance->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         QFont font = row.balance->font();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/model/checked.h"
+
 namespace copperwick {
 
 std::vector<const LedgerTransaction*> linkableBankLines(const Ledger& ledger,
@@ -22,6 +24,23 @@ std::vector<const LedgerTransaction*> linkableBankLines(const Ledger& ledger,
         return left->id.text() < right->id.text();
     });
     return lines;
+}
+
+std::map<Uuid, int64_t> walletBalances(const Ledger& ledger) {
+    std::map<Uuid, int64_t> balances;
+    for (const Account& account : ledger.accounts) {
+        if (account.type == AccountType::cash)
+            balances[account.id] = 0;
+    }
+    if (balances.empty())
+        return balances;
+    for (const LedgerTransaction& line : ledger.transactions) {
+        if (!line.isActive())
+            continue;
+        if (const auto found = balances.find(line.accountID); found != balances.end())
+            found->second = checked::add(found->second, line.amount);
+    }
+    return balances;
 }
 
 }  // namespace copperwick

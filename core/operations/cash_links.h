@@ -1,12 +1,14 @@
 #pragma once
 
-// Which of a bank account's own lines can stand as the bank side of a cash
+// The cash wallets' side of the ledger: their balances, and which of a bank
+// account's own lines can stand as the bank side of a cash
 // move: the "ATM WITHDRAWAL" the bank already sent, so that the move adds no
 // second line that would count the money twice. The same test moveCash holds
 // a named line to, asked before anything is typed. Pure functions of the
 // ledger, on any thread.
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
 #include "core/model/ledger.h"
@@ -19,5 +21,9 @@ namespace copperwick {
 [[nodiscard]] std::vector<const LedgerTransaction*> linkableBankLines(const Ledger& ledger,
                                                                       const Uuid& bankAccountID,
                                                                       int64_t walletAmount);
+
+// cashBalance of every cash wallet at once, archived ones too, in one pass
+// over the ledger rather than one a wallet.
+[[nodiscard]] std::map<Uuid, int64_t> walletBalances(const Ledger& ledger);
 
 }  // namespace copperwick

@@ -54,3 +54,29 @@ TEST(LinkableBankLines, OffersOnlyTheLinesMoveCashTakes) {
 
 }  // namespace
 }  // namespace copperwick
+
+namespace copperwick {
+namespace {
+
+// The page's balances in one pass must be the very sums cashBalance gives.
+TEST(WalletBalances, AreEachWalletsCashBalance) {
+    testing::LedgerBuilder builder;
+    const Uuid checking = builder.account("Everyday Checking");
+    const Uuid jar = builder.account("Jar", AccountType::cash);
+    const Uuid purse = builder.account("Purse", AccountType::cash);
+    builder.transaction(jar, "Opening cash", 5000);
+    builder.transaction(jar, "Lunch", -1250);
+    const Uuid voided = builder.transaction(jar, "Mistake", -999);
+    builder.change(voided, [](LedgerTransaction& line) { line.voided = true; });
+    builder.transaction(checking, "Salary", 300000);
+    const Ledger& ledger = builder.ledger();
+
+    const auto balances = walletBalances(ledger);
+    ASSERT_EQ(balances.size(), 2u) << "wallets only";
+    EXPECT_EQ(balances.at(jar), 3750);
+    EXPECT_EQ(balances.at(jar), cashBalance(ledger, jar));
+    EXPECT_EQ(balances.at(purse), 0);
+}
+
+}  // namespace
+}  // namespace copperwick
