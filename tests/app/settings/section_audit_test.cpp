@@ -9,7 +9,16 @@
 #include <QPushButton>
 #include <QScrollArea>
 
+#include "app/cash/cash_entry_sheet.h"
+#include "app/cash/cash_page.h"
+#include "app/cash/new_wallet_sheet.h"
+#include "app/settings/account_sheet.h"
+#include "app/settings/category_sheets.h"
+#include "app/settings/person_sheet.h"
+#include "app/settings/record_cards.h"
+#include "app/settings/settings_page.h"
 #include "app/shell/sections.h"
+#include "core/operations/manual_entry.h"
 #include "core/operations/record_maintenance.h"
 #include "core/operations/upsert_category.h"
 #include "tests/app/app_fixture.h"
@@ -85,6 +94,53 @@ TEST_F(CashAndSettingsAudit, TabWalksEveryControlInReadingOrder) {
             EXPECT_EQ(faults.join(QLatin1Char('\n')), QString());
         }
     }
+}
+
+// Every sheet of the two screens: nothing cut short, Tab in reading order,
+// each control named by its words, and Escape closing it with nothing done.
+TEST_F(CashAndSettingsAudit, EverySheetIsWalkedInOrderAndEscapeClosesIt) {
+    const auto audit = [&](QDialog* sheet, const char* name) {
+        SCOPED_TRACE(name);
+        sheet->activateWindow();
+        ASSERT_TRUE(waitUntil([&] { return QApplication::activeWindow() == sheet; }));
+        EXPECT_EQ(layoutFaults(sheet).join(QLatin1Char('\n')), QString());
+        std::vector<QWidget*> walk = tabWalk(sheet);
+        QStringList faults = unreached(walk, sheet);
+        faults += outOfReadingOrder(walk, sheet);
+        faults += misnamedControls(sheet);
+        EXPECT_EQ(faults.join(QLatin1Char('\n')), QString());
+        const int64_t revision = runtime->revision();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        EXPECT_TRUE(waitUntil([&] { return !sheet->isVisible(); }));
+        EXPECT_EQ(runtime->revision(), revision);
+    };
+    runtime->setSection(AppSection::cash);
+    auto* cash = qobject_cast<app::CashPage*>(window->page(AppSection::cash));
+    app::CashEntrySheet* entry = cash->openCashEntry();
+    audit(entry, "cash entry");
+    entry = cash->openCashEntry();
+    entry->kindField()->setCurrentIndex(
+        entry->kindField()->findData(static_cast<int>(ManualEntryKind::withdrawal)));
+    audit(entry, "cash withdrawal");
+    audit(cash->openNewWallet(), "new wallet");
+
+    runtime->setSection(AppSection::settings);
+    auto* settings = qobject_cast<app::SettingsPage*>(window->page(AppSection::settings));
+    const Ledger& ledger = runtime->ledger();
+    const auto open = [&](QDialog* sheet) {
+        sheet->setAttribute(Qt::WA_DeleteOnClose);
+        sheet->open();
+        return sheet;
+    };
+    audit(open(new app::PersonSheet(window->bridge(), ledger.people[0].id, settings)), "person");
+    audit(open(new app::AccountSheet(window->bridge(), ledger.accounts[0].id, settings)),
+          "account");
+    audit(open(new app::AccountSheet(window->bridge(), std::nullopt, settings)), "new account");
+    audit(open(new app::CategorySheet(window->bridge(), ledger.categories[0].id,
+                                      CategoryGroup::expense, settings)),
+          "category");
+    audit(open(new app::DeleteCategorySheet(window->bridge(), ledger.categories[0].id, settings)),
+          "delete category");
 }
 
 }  // namespace
