@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include <QApplication>
+#include <QMenu>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,7 @@
 #include "app/settings/data_card.h"
 #include "app/settings/record_cards.h"
 #include "app/settings/report_settings_card.h"
+#include "core/operations/report_notes.h"
 #include "core/operations/set_budget.h"
 #include "core/operations/upsert_category.h"
 #include "runtime/skin_preference.h"
@@ -250,6 +252,70 @@ TEST_F(SettingsScreenTest, SettingsFieldsAreHeldToCoresRulesWithTheWordsUnderThe
     budgets->saveGoalButton()->click();
     EXPECT_EQ(ledger().settings->monthlySavingsGoal, 90'000'000'000);
     EXPECT_EQ(ledger().settings->monthlySavingsGoalCurrency, "EUR");
+}
+
+// A card given to one person in the account sheet: that card's lines follow
+// the person, the account's other lines and a line set by hand stay.
+TEST_F(SettingsScreenTest, ACardGivenToAPersonReachesThatCardsLinesAlone) {
+    const Uuid robin = Uuid::random();
+    builder.ledger().people.push_back(Person{.id = robin, .name = "Robin"});
+    const Uuid onCard = builder.transaction(checking, "HARDWARE STORE", -2500);
+    const Uuid byHand = builder.transaction(checking, "BOOKSHOP", -1500);
+    const Uuid noCard = builder.transaction(checking, "RENT", -90000);
+    builder.change(onCard, [](LedgerTransaction& line) { line.cardIdentifier = "1234"; });
+    builder.change(byHand, [](LedgerTransaction& line) {
+        line.cardIdentifier = "1234";
+        line.spendingAssignment = SpendingAssignment::shared();
+    });
+    open();
+    page->accounts()->editButton(checking)->click();
+    auto* sheet = openSheet<app::AccountSheet>();
+    ASSERT_NE(sheet, nullptr);
+    QComboBox* card = sheet->cardField("1234");
+    ASSERT_NE(card, nullptr);
+    card->setCurrentIndex(card->findText("Robin"));
+    sheet->saveButton()->click();
+    ASSERT_TRUE(waitUntil([&] { return !sheet->isVisible(); }));
+    EXPECT_EQ(ledger().account(checking)->cardAssignments.at("1234"),
+              SpendingAssignment::person(robin));
+    EXPECT_EQ(ledger().transaction(onCard)->inheritedAssignment, SpendingAssignment::person(robin));
+    EXPECT_EQ(ledger().transaction(byHand)->spendingAssignment, SpendingAssignment::shared());
+    EXPECT_NE(ledger().transaction(noCard)->inheritedAssignment, SpendingAssignment::person(robin));
+}
+
+TEST_F(SettingsScreenTest, PaymentServicesAreKeptInTheirOwnOrderAndShowAllBringsNotesBack) {
+    open();
+    app::ReportSettingsCard* reports = page->reportSettings();
+    EXPECT_EQ(reports->servicesButton()->text(), "Services \u00B7 1 selected");
+    QMenu* menu = reports->servicesButton()->menu();
+    const auto action = [&](const QString& text) {
+        for (QAction* each : menu->actions()) {
+            if (each->text() == text)
+                return each;
+        }
+        return static_cast<QAction*>(nullptr);
+    };
+    action("Venmo")->trigger();
+    action("Cash App")->trigger();
+    action("Zelle")->trigger();
+    EXPECT_EQ(ledger().settings->paymentServices,
+              (std::vector<PaymentService>{PaymentService::venmo, PaymentService::cashApp}));
+    EXPECT_EQ(reports->servicesButton()->text(), "Services \u00B7 2 selected");
+    action("Clear All")->trigger();
+    EXPECT_TRUE(ledger().settings->paymentServices.empty());
+    action("Select All")->trigger();
+    EXPECT_EQ(ledger().settings->paymentServices.size(), 5u);
+
+    EXPECT_FALSE(reports->showAllNotesButton()->isEnabled());
+    ASSERT_TRUE(runtime
+                    ->apply([&](Ledger& copy) {
+                        return acknowledge(copy, {DataNote::RarelyUsed{.accountID = spare}});
+                    })
+                    .saved);
+    ASSERT_TRUE(reports->showAllNotesButton()->isEnabled());
+    reports->showAllNotesButton()->click();
+    EXPECT_FALSE(ledger().account(spare)->rarelyUsed);
+    EXPECT_FALSE(reports->showAllNotesButton()->isEnabled());
 }
 
 TEST_F(SettingsScreenTest, EveryControlIsNamedByItsWords) {
