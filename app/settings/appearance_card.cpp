@@ -1,13 +1,13 @@
 #include "app/settings/appearance_card.h"
 
 #include <QApplication>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPainterPath>
 #include <QVBoxLayout>
 
 #include "app/widgets/qt_text.h"
-#include "app/widgets/reflow_grid_layout.h"
 #include "app/widgets/text_styles.h"
 
 namespace copperwick::app {
@@ -69,9 +69,11 @@ AppearanceCard::AppearanceCard(SkinStore& skins, QWidget* parent)
       m_skinGroup(new QButtonGroup(this)),
       m_modeGroup(new QButtonGroup(this)) {
     auto* tiles = new QWidget(this);
-    auto* grid = new ReflowGridLayout(3, tiles);
+    auto* grid = new QGridLayout(tiles);
     grid->setContentsMargins(0, 0, 0, 0);
-    grid->setSpacings(16, 14);
+    grid->setHorizontalSpacing(16);
+    grid->setVerticalSpacing(14);
+    int place = 0;
     for (const Skin skin : kAllSkins) {
         auto* tile = new QWidget(tiles);
         auto* layout = new QVBoxLayout(tile);
@@ -86,7 +88,8 @@ AppearanceCard::AppearanceCard(SkinStore& skins, QWidget* parent)
         line->setWordWrap(false);
         line->setContentsMargins(22, 0, 0, 0);
         layout->addWidget(line);
-        grid->addWidget(tile);
+        grid->addWidget(tile, place / 3, place % 3);
+        ++place;
         m_skinGroup->addButton(button, static_cast<int>(skin));
         m_skinButtons[skin] = button;
     }

@@ -1,6 +1,7 @@
 #include "app/settings/budgets_card.h"
 
 #include <QHBoxLayout>
+#include <QVBoxLayout>
 
 #include "app/settings/settings_rows.h"
 #include "app/widgets/qt_text.h"
@@ -20,6 +21,10 @@ constexpr std::string_view kGoalNote =
     "Optional: compare household income minus spending with a target for complete months. Leave "
     "empty to hide. Each goal uses your current report currency.";
 
+// Two columns of short fields read better than one long one, and still
+// fit the narrowest window.
+constexpr int kBudgetColumns = 2;
+
 QString amountText(const std::optional<int64_t>& cents) {
     return cents ? toQString(Money::decimalString(*cents)) : QString();
 }
@@ -33,10 +38,11 @@ BudgetsCard::BudgetsCard(RuntimeBridge& bridge, QWidget* parent)
                   "dollarsign.circle", parent),
       m_bridge(bridge) {
     m_budgetBox = new QWidget(this);
-    m_budgetForm = new QFormLayout(m_budgetBox);
-    m_budgetForm->setContentsMargins(0, 0, 0, 0);
-    m_budgetForm->setVerticalSpacing(6);
-    m_budgetForm->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    // Nineteen short fields read better side by side than in one long column.
+    m_budgetGrid = new QGridLayout(m_budgetBox);
+    m_budgetGrid->setContentsMargins(0, 0, 0, 0);
+    m_budgetGrid->setHorizontalSpacing(32);
+    m_budgetGrid->setVerticalSpacing(6);
     body()->addWidget(m_budgetBox);
 
     body()->addSpacing(6);
@@ -84,24 +90,43 @@ void BudgetsCard::changeSaved(const SavedChange& change) {
 }
 
 void BudgetsCard::showBudgets() {
-    while (m_budgetForm->rowCount() > 0)
-        m_budgetForm->removeRow(0);
+    while (QLayoutItem* item = m_budgetGrid->takeAt(0)) {
+        if (QWidget* cell = item->widget()) {
+            cell->hide();
+            cell->deleteLater();
+        }
+        delete item;
+    }
     m_budgets.clear();
     const Ledger& ledger = m_bridge.runtime().ledger();
+    int place = 0;
     for (const LedgerCategory& category : ledger.categories) {
         if (category.group != CategoryGroup::expense)
             continue;
+        auto* cell = new QWidget(m_budgetBox);
+        auto* cellLayout = new QVBoxLayout(cell);
+        cellLayout->setContentsMargins(0, 0, 0, 0);
+        cellLayout->setSpacing(2);
+        auto* line = new QHBoxLayout;
+        line->setSpacing(8);
         BudgetField budget;
-        budget.field = new QLineEdit(amountText(monthlyBudget(ledger, category.id)), m_budgetBox);
+        budget.field = new QLineEdit(amountText(monthlyBudget(ledger, category.id)), cell);
         budget.field->setPlaceholderText(QStringLiteral("No budget"));
-        budget.field->setMaximumWidth(200);
-        QWidget* cell = withRefusalLine(budget.field, budget.refusal, m_budgetBox);
+        budget.field->setFixedWidth(100);
+        budget.field->setAlignment(Qt::AlignRight);
         // A name's "&" is the name's own, not a mnemonic.
         const QString name = toQString(category.name);
         QLabel* label = fieldLabel(QString(name).replace(QLatin1Char('&'), QStringLiteral("&&")),
-                                   budget.field, m_budgetBox);
+                                   budget.field, cell);
         budget.field->setAccessibleName(name);
-        m_budgetForm->addRow(label, cell);
+        line->addWidget(label, 1);
+        line->addWidget(budget.field);
+        cellLayout->addLayout(line);
+        budget.refusal = new RefusalLine(cell);
+        budget.refusal->label()->setWordWrap(true);
+        cellLayout->addWidget(budget.refusal);
+        m_budgetGrid->addWidget(cell, place / kBudgetColumns, place % kBudgetColumns);
+        ++place;
         const Uuid id = category.id;
         connect(budget.field, &QLineEdit::editingFinished, this, [this, id] { saveBudget(id); });
         m_budgets[id] = budget;

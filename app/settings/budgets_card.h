@@ -7,7 +7,7 @@
 
 #include <map>
 
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -43,7 +43,7 @@ class BudgetsCard : public SectionCard {
 
     RuntimeBridge& m_bridge;
     QWidget* m_budgetBox = nullptr;
-    QFormLayout* m_budgetForm = nullptr;
+    QGridLayout* m_budgetGrid = nullptr;
     std::map<Uuid, BudgetField> m_budgets;
     QLineEdit* m_goal = nullptr;
     RefusalLine* m_goalRefusal = nullptr;
