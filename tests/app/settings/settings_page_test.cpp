@@ -12,6 +12,7 @@
 #include "app/settings/budgets_card.h"
 #include "app/settings/category_sheets.h"
 #include "app/settings/data_card.h"
+#include "app/settings/person_sheet.h"
 #include "app/settings/record_cards.h"
 #include "app/settings/report_settings_card.h"
 #include "core/operations/report_notes.h"
@@ -316,6 +317,28 @@ TEST_F(SettingsScreenTest, PaymentServicesAreKeptInTheirOwnOrderAndShowAllBrings
     reports->showAllNotesButton()->click();
     EXPECT_FALSE(ledger().account(spare)->rarelyUsed);
     EXPECT_FALSE(reports->showAllNotesButton()->isEnabled());
+}
+
+TEST_F(SettingsScreenTest, APersonIsKeptWithTheNamesBanksPrintAndARefusedAllowanceStays) {
+    open();
+    page->people()->addButton()->click();
+    auto* sheet = openSheet<app::PersonSheet>();
+    ASSERT_NE(sheet, nullptr);
+    QTest::keyClicks(sheet->nameField(), "  Robin  ");
+    QTest::keyClicks(sheet->bankNamesField(), "ROBIN SAMPLE, , R SAMPLE");
+    QTest::keyClicks(sheet->allowanceField(), "-20");
+    sheet->saveButton()->click();
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_EQ(runtime->errorMessage(), "Enter a positive monthly allowance, or leave it empty.");
+    EXPECT_TRUE(ledger().people.empty());
+    sheet->allowanceField()->clear();
+    QTest::keyClicks(sheet->allowanceField(), "150");
+    QTest::keyClick(sheet->allowanceField(), Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return ledger().people.size() == 1; }));
+    const Person& robin = ledger().people[0];
+    EXPECT_EQ(robin.name, "Robin");
+    EXPECT_EQ(robin.bankNames, (std::vector<std::string>{"ROBIN SAMPLE", "R SAMPLE"}));
+    EXPECT_EQ(robin.monthlyAllowance, 15000);
 }
 
 TEST_F(SettingsScreenTest, EveryControlIsNamedByItsWords) {
