@@ -1,13 +1,33 @@
 #pragma once
 
-// The settings section's screen. For now it shows the section's title; the
-// screen itself grows here, reading the ledger through the runtime and
-// changing it only through runtime calls.
+// The Settings section: one scrolling page of cards, each about one thing
+// the person keeps here: the look of the application, the household's
+// people, accounts and categories, budgets and the savings goal, what the
+// reports count, the data file and its backups, and the headings of Local
+// AI and updates. Each card reads the ledger through the runtime, changes
+// it only through the runtime, and redraws when a save touches what it
+// shows.
+//
+// The look goes through the application's SkinStore: the one made as a
+// child of the application object when there is one, otherwise one of the
+// page's own on the runtime's preferences. Main thread only.
+
+#include <QLabel>
+#include <QWidget>
 
 #include "app/shell/runtime_bridge.h"
+#include "app/shell/skin_store.h"
 #include "app/widgets/section_page.h"
 
 namespace copperwick::app {
+
+class AppearanceCard;
+class PeopleCard;
+class AccountsCard;
+class CategoriesCard;
+class BudgetsCard;
+class ReportSettingsCard;
+class DataCard;
 
 class SettingsPage : public SectionPage {
     Q_OBJECT
@@ -15,8 +35,37 @@ class SettingsPage : public SectionPage {
   public:
     explicit SettingsPage(RuntimeBridge& bridge, QWidget* parent = nullptr);
 
+    [[nodiscard]] std::vector<SelfCheck> selfChecks() override;
+
+    [[nodiscard]] SkinStore& skins() const { return *m_skins; }
+    [[nodiscard]] AppearanceCard* appearance() const { return m_appearance; }
+    [[nodiscard]] PeopleCard* people() const { return m_people; }
+    [[nodiscard]] AccountsCard* accounts() const { return m_accounts; }
+    [[nodiscard]] CategoriesCard* categories() const { return m_categories; }
+    [[nodiscard]] BudgetsCard* budgets() const { return m_budgets; }
+    [[nodiscard]] ReportSettingsCard* reportSettings() const { return m_reportSettings; }
+    [[nodiscard]] DataCard* data() const { return m_data; }
+    // Where the Local AI controls will stand; empty until they are built.
+    [[nodiscard]] QWidget* localAIControls() const { return m_localAIControls; }
+    // Where the update controls will stand; empty until they are built.
+    [[nodiscard]] QWidget* updateControls() const { return m_updateControls; }
+
   private:
-    [[maybe_unused]] RuntimeBridge& m_bridge;
+    void changeSaved(const SavedChange& change);
+    [[nodiscard]] SelfCheckOutcome checkSkinChange();
+    [[nodiscard]] SelfCheckOutcome checkCategoryRename();
+
+    RuntimeBridge& m_bridge;
+    SkinStore* m_skins = nullptr;
+    AppearanceCard* m_appearance = nullptr;
+    PeopleCard* m_people = nullptr;
+    AccountsCard* m_accounts = nullptr;
+    CategoriesCard* m_categories = nullptr;
+    BudgetsCard* m_budgets = nullptr;
+    ReportSettingsCard* m_reportSettings = nullptr;
+    DataCard* m_data = nullptr;
+    QWidget* m_localAIControls = nullptr;
+    QWidget* m_updateControls = nullptr;
 };
 
 }  // namespace copperwick::app

@@ -10,7 +10,7 @@ namespace {
 // Breeze has no gear, medical case, ticket, briefcase, bus or tram; the
 // nearest picture of the same idea stands in for each (KDE's own settings
 // picture, a heart, a play sign, a toolbox, a route).
-constexpr std::array<SymbolIcon, 42> kTable{{
+constexpr std::array<SymbolIcon, 48> kTable{{
     // Sections
     {"square.and.arrow.down", "document-import"},
     {"checklist", "view-task"},
@@ -58,6 +58,13 @@ constexpr std::array<SymbolIcon, 42> kTable{{
     {"tram.fill", "routeplanning"},
     {"takeoutbag.and.cup.and.straw.fill", "food"},
     {"cup.and.saucer.fill", "kteatime"},
+    // Settings
+    {"person.2", "user-group-properties"},
+    {"tag", "tag"},
+    {"paintpalette", "color-management"},
+    {"dollarsign.circle", "view-financial-budget"},
+    {"externaldrive", "drive-harddisk"},
+    {"arrow.down.circle", "system-software-update"},
 }};
 
 }  // namespace
