@@ -29,7 +29,8 @@ int main(int argc, char** argv) {
     runtimeOptions.mainQueue = std::make_shared<QtMainQueue>(&application);
     LedgerRuntime runtime(std::move(runtimeOptions));
     ImportModel importer;
-    SkinStore skins(runtime.defaults());
+    // A child of the application, where the Settings page finds it.
+    SkinStore skins(runtime.defaults(), &application);
     skins.applyAppearance();
     skins.applyAppIcon();
     MainWindow window(runtime, importer);

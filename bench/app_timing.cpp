@@ -107,7 +107,7 @@ int main(int argc, char** argv) {
     LedgerRuntime runtime(std::move(options));
     const double opened = millisecondsSince(start);
     ImportModel importer;
-    app::SkinStore skins(runtime.defaults());
+    app::SkinStore skins(runtime.defaults(), &application);
     skins.applyAppearance();
     app::MainWindow window(runtime, importer);
     window.resize(1200, 800);
