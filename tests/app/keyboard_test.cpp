@@ -25,9 +25,6 @@
 namespace copperwick::testing {
 namespace {
 
-constexpr AppSection kBuiltScreens[] = {AppSection::importFiles, AppSection::review,
-                                        AppSection::rules};
-
 class Keyboard : public ::testing::Test, protected AppWorkspace {
   protected:
     void open(bool demo = true) {

@@ -26,8 +26,14 @@
 
 #include "app/widgets/card_frame.h"
 #include "app/widgets/elided_label.h"
+#include "runtime/app_section.h"
 
 namespace copperwick::testing {
+
+// The sections with a screen of their own; Ask waits for Local AI.
+inline constexpr AppSection kBuiltScreens[] = {
+    AppSection::importFiles, AppSection::review, AppSection::transactions, AppSection::reports,
+    AppSection::cash,        AppSection::rules,  AppSection::settings};
 
 // Words as a person sees them: a mnemonic's "&" isn't shown.
 inline QString shownWords(QString text) {

@@ -20,9 +20,6 @@
 namespace copperwick::testing {
 namespace {
 
-constexpr AppSection kBuiltScreens[] = {AppSection::importFiles, AppSection::review,
-                                        AppSection::rules};
-
 class ScreenLayout : public ::testing::Test, protected AppWorkspace {
   protected:
     ScreenLayout() {
