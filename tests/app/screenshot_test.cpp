@@ -32,7 +32,11 @@ struct Shot {
 
 constexpr Shot kShots[] = {{AppSection::importFiles, "import"},
                            {AppSection::review, "review"},
-                           {AppSection::rules, "rules"}};
+                           {AppSection::transactions, "transactions"},
+                           {AppSection::reports, "reports"},
+                           {AppSection::cash, "cash"},
+                           {AppSection::rules, "rules"},
+                           {AppSection::settings, "settings"}};
 
 // The area a screen scrolls in: the largest one on it.
 QScrollArea* scrollingArea(QWidget* page) {
@@ -56,7 +60,8 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
     options.mainQueue = std::make_shared<QtMainQueue>(qApp);
     LedgerRuntime runtime(std::move(options));
     ImportModel importer;
-    SkinStore skins(runtime.defaults());
+    // A child of the application, as main() makes it, where Settings finds it.
+    SkinStore skins(runtime.defaults(), qApp);
     const auto save = [&](QWidget* widget, const QString& name) {
         QApplication::processEvents();
         EXPECT_TRUE(widget->grab().save(QDir(folder).filePath(name + ".png")))
