@@ -640,8 +640,8 @@ bool isSummaryText(std::string_view field) {
     }
     while (!words.empty() && words.back() == ' ')
         words.pop_back();
-    // Whole words only: "TOTAL WINE" and "NEW BALANCE ATHLETICS" stay shops
-    // unless the line also lacks a date or an amount.
+    // Whole phrases only, so that "TOTAL WINE" and "NEW BALANCE ATHLETICS"
+    // stay shops.
     static constexpr std::array<std::string_view, 6> kWholeLines{
         "total", "totals", "grand total", "subtotal", "sub total", "balance"};
     static constexpr std::array<std::string_view, 16> kTotalsOf{
