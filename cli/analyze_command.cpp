@@ -62,6 +62,9 @@ boost::json::object analysisHead(const FileAnalysis& analysis) {
         object["typeHint"] = rawValue(*analysis.typeHint);
     putOptionalText(object, "currencyHint", analysis.currencyHint);
     putOptionalText(object, "problem", analysis.problem);
+    putOptionalText(object, "layoutWorkedOut", analysis.layoutWorkedOut);
+    if (!analysis.layoutGaps.empty())
+        object["layoutGaps"] = textArray(analysis.layoutGaps);
     return object;
 }
 
@@ -117,6 +120,8 @@ void printAnalysis(std::ostream& out, const FileAnalysis& analysis) {
     out << analysis.fileName << '\n';
     if (analysis.profile) {
         out << "  Layout: " << analysis.profile->name << " (" << analysis.profile->id << ")\n";
+        if (analysis.layoutWorkedOut)
+            out << "  " << *analysis.layoutWorkedOut << '\n';
     } else {
         out << "  Layout: not recognised\n";
     }
@@ -137,6 +142,8 @@ void printAnalysis(std::ostream& out, const FileAnalysis& analysis) {
         << "  Currency: " << analysis.currencyHint.value_or("not stated") << '\n';
     if (analysis.problem)
         out << "  Problem: " << *analysis.problem << '\n';
+    for (const auto& gap : analysis.layoutGaps)
+        out << "  " << gap << '\n';
     out << "  " << analysis.rows.size() << " rows read, " << analysis.issues.size()
         << " couldn't be read, " << analysis.blankLines << " blank lines\n";
     for (const auto& row : analysis.rows) {

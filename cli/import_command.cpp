@@ -22,6 +22,7 @@
 #include "core/import/import_analyzer.h"
 #include "core/import/import_commit.h"
 #include "core/import/import_words.h"
+#include "core/import/layout_guesser.h"
 #include "core/model/enum_text.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
@@ -78,17 +79,29 @@ std::string batchLine(const Ledger& ledger, const ImportBatch& batch) {
     return out.str();
 }
 
+// What couldn't be found in a file no layout fits, and what to do about it.
+std::vector<std::string> layoutGapLines(const ImportFile& file) {
+    std::vector<std::string> lines = file.analysis.layoutGaps;
+    if (!lines.empty())
+        lines.emplace_back(LayoutGuesser::kChooseColumns);
+    return lines;
+}
+
 void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) {
     out << file.url.filename().string() << '\n';
     out << "  "
         << (file.analysis.profile ? "Layout: " + file.analysis.profile->name
                                   : std::string("Layout not recognized"))
         << '\n';
+    if (file.analysis.layoutWorkedOut)
+        out << "  " << *file.analysis.layoutWorkedOut << '\n';
     out << "  Account: " << accountText(ledger, file) << '\n';
     if (file.suggestionReason)
         out << "  " << *file.suggestionReason << '\n';
     if (const auto blocker = file.blocker())
         out << "  " << *blocker << '\n';
+    for (const auto& line : layoutGapLines(file))
+        out << "  " << line << '\n';
     if (!file.plan)
         return;
     const auto& plan = *file.plan;
@@ -164,7 +177,15 @@ void writePlan(JSONStream& json, const ImportFile& file) {
         {"profile", file.analysis.profile ? boost::json::value(file.analysis.profile->id)
                                           : boost::json::value(nullptr)},
         {"account", orNull(file.targetAccountID(), [](const Uuid& id) { return id.text(); })},
-        {"blocker", orNull(file.blocker(), [](const std::string& words) { return words; })}});
+        {"blocker", orNull(file.blocker(), [](const std::string& words) { return words; })},
+        {"layoutWorkedOut",
+         orNull(file.analysis.layoutWorkedOut, [](const std::string& words) { return words; })},
+        {"layoutGaps", [&] {
+             boost::json::array gaps;
+             for (const auto& gap : file.analysis.layoutGaps)
+                 gaps.push_back(boost::json::string(gap));
+             return gaps;
+         }()}});
     json.key("plan");
     if (!file.plan) {
         json.value(nullptr);
@@ -379,8 +400,11 @@ void runImport(CommandContext& context, ImportOptions options) {
     }
 
     for (const auto& file : model.files()) {
-        if (const auto blocker = file.blocker())
+        if (const auto blocker = file.blocker()) {
             context.err << file.url.filename().string() << ": " << *blocker << '\n';
+            for (const auto& line : layoutGapLines(file))
+                context.err << "  " << line << '\n';
+        }
     }
     if (blocked > 0) {
         context.err << "Nothing was imported.\n";

@@ -1,6 +1,7 @@
 // Feeds arbitrary bytes through the import's reading path the way the import
 // does (decode, detect, parse), and parses the raw bytes too so ill-formed
-// UTF-8 reaches the parser. Aborts on any broken promise of the reader.
+// UTF-8 reaches the parser, then works out a layout from the same bytes.
+// Aborts on any broken promise of the reader or of the layout guesser.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +14,7 @@
 #include <unicode/utf8.h>
 
 #include "core/import/csv_reader.h"
+#include "core/import/layout_guesser.h"
 
 namespace {
 
@@ -34,6 +36,27 @@ bool isWellFormedUtf8(std::string_view text) {
             return false;
     }
     return true;
+}
+
+// A guess names columns the rows have, or says what it couldn't find; a
+// worked-out layout is only handed back once the file read cleanly with it.
+void checkGuess(std::string_view bytes) {
+    namespace guesser = copperwick::LayoutGuesser;
+    const auto rows = copperwick::LayoutProposal::sampleRows(bytes, 200);
+    const auto outcome = guesser::guess(rows);
+    require(outcome.guess.has_value() != !outcome.gaps.empty());
+    if (outcome.guess) {
+        require(outcome.guess->dateColumn >= 1);
+        require(outcome.guess->descriptionColumn >= 1);
+        require(static_cast<std::size_t>(outcome.guess->headerRow) < rows.size());
+    }
+    const auto workedOut = guesser::workOut("fuzz.csv", bytes);
+    require(workedOut.check.has_value() != !workedOut.gaps.empty());
+    if (workedOut.check) {
+        require(workedOut.check->accepted);
+        require(!workedOut.check->analysis.problem);
+        require(!workedOut.check->analysis.rows.empty());
+    }
 }
 
 void checkRecords(std::string_view text, const std::vector<CSVRecord>& records) {
@@ -83,5 +106,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     checkRecords(bytes, reader::parse(bytes, reader::detectDelimiter(bytes)));
+    checkGuess(bytes);
     return 0;
 }

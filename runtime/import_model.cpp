@@ -391,6 +391,14 @@ void ImportModel::receive(const std::filesystem::path& url, std::shared_ptr<cons
     if (file.analysis.profile)
         draft.profileID = file.analysis.profile->id;
 
+    // A layout worked out from the file is told before anything is saved,
+    // and is taught at commit so that the bank's next file is recognised.
+    if (file.analysis.layoutWorkedOut && file.analysis.profile) {
+        file.layoutHelp = {ImportFile::LayoutHelp::Kind::done, *file.analysis.layoutWorkedOut};
+        file.proposedProfile = file.analysis.profile;
+        file.savesProposedProfile = true;
+    }
+
     applySuggestion(file, runtime);
 
     if (file.choice.kind == ImportFile::AccountChoice::Kind::newAccount) {
@@ -453,8 +461,10 @@ void ImportModel::applySuggestion(ImportFile& file, LedgerRuntime& runtime) {
 void ImportModel::reanalyze(ImportFile& file, LedgerRuntime& runtime) {
     const std::string name = file.url.filename().string();
     if (file.analysis.profile) {
+        auto workedOut = std::move(file.analysis.layoutWorkedOut);
         file.analysis =
             ImportAnalyzer::analyze(name, *file.data, *file.analysis.profile, file.flipSigns);
+        file.analysis.layoutWorkedOut = std::move(workedOut);
     } else {
         file.analysis = ImportAnalyzer::analyze(name, *file.data, allProfiles(runtime.ledger()),
                                                 file.flipSigns);

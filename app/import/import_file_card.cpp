@@ -48,6 +48,7 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
       m_fileID(fileID),
       m_fileName(new ElidedLabel(this)),
       m_layout(secondaryLabel({}, this)),
+      m_workedOut(secondaryLabel({}, this)),
       m_include(new QCheckBox(QStringLiteral("Include"), this)),
       m_remove(new QToolButton(this)),
       m_body(new QWidget(this)),
@@ -160,6 +161,9 @@ QWidget* ImportFileCard::makeHeader() {
     names->addWidget(m_fileName);
     m_layout->setWordWrap(false);
     names->addWidget(m_layout);
+    m_workedOut->setWordWrap(true);
+    m_workedOut->setVisible(false);
+    names->addWidget(m_workedOut);
     row->addLayout(names, 1);
 
     m_include->setAccessibleName(m_include->text());
@@ -240,6 +244,9 @@ void ImportFileCard::setFile(const ImportFile& file) {
     }
     m_body->setEnabled(file.include);
     m_unrecognized->setVisible(!profile);
+    m_workedOut->setVisible(profile && file.analysis.layoutWorkedOut);
+    if (file.analysis.layoutWorkedOut)
+        setLabelText(m_workedOut, toQString(*file.analysis.layoutWorkedOut));
 
     fillAccounts(ledger);
     fillPeople(ledger);

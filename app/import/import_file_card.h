@@ -41,6 +41,8 @@ class ImportFileCard : public CardFrame {
 
     [[nodiscard]] QString fileName() const { return m_fileName->fullText(); }
     [[nodiscard]] QLabel* layoutLabel() const { return m_layout; }
+    // Which columns were read, when the layout was worked out from the file.
+    [[nodiscard]] QLabel* workedOutLabel() const { return m_workedOut; }
     [[nodiscard]] QCheckBox* includeBox() const { return m_include; }
     [[nodiscard]] QToolButton* removeButton() const { return m_remove; }
     [[nodiscard]] QPushButton* chooseColumnsButton() const { return m_chooseColumns; }
@@ -71,6 +73,7 @@ class ImportFileCard : public CardFrame {
     Uuid m_fileID;
     ElidedLabel* m_fileName;
     QLabel* m_layout;
+    QLabel* m_workedOut;
     QCheckBox* m_include;
     QToolButton* m_remove;
     QWidget* m_body;

@@ -104,6 +104,12 @@ struct FileAnalysis {
     std::optional<std::string> problem;
     std::vector<std::vector<std::string>> sampleRecords;
     std::optional<std::string> currencyHint;
+    // No layout fitted, so one was worked out from the file itself: the line
+    // that tells the person which columns it read.
+    std::optional<std::string> layoutWorkedOut;
+    // No layout fitted and none could be worked out: what couldn't be found,
+    // one sentence each.
+    std::vector<std::string> layoutGaps;
 
     [[nodiscard]] std::optional<LocalDate> firstDate() const;
     [[nodiscard]] std::optional<LocalDate> lastDate() const;

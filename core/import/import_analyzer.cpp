@@ -8,6 +8,7 @@
 #include <openssl/evp.h>
 #include <unicode/regex.h>
 
+#include "core/import/layout_guesser.h"
 #include "core/import/ofx_import.h"
 #include "core/matching/merchant_text.h"
 #include "core/model/money.h"
@@ -236,6 +237,21 @@ Columns locate(const ImportProfile& profile, const std::map<std::string, std::si
     return c;
 }
 
+// Whether a row has anything in the columns that carry its money.
+bool hasAmountText(const CSVRecord& record, const Columns& columns) {
+    return readField(record, columns.amount) || readField(record, columns.debit) ||
+           readField(record, columns.credit);
+}
+
+// A row missing its date or its money is a balance or total line when one
+// of its fields says so; a row missing both can't be a transaction at all.
+bool isSummaryRow(const CSVRecord& record, bool hasDate, bool hasAmount) {
+    if (!hasDate && !hasAmount)
+        return true;
+    return std::any_of(record.fields.begin(), record.fields.end(),
+                       [](const std::string& field) { return isSummaryText(field); });
+}
+
 FileAnalysis freshAnalysis(std::string_view fileName, std::string_view data) {
     FileAnalysis analysis;
     analysis.id = Uuid::random();
@@ -270,13 +286,24 @@ class RowReader {
         };
 
         const auto dateText = readField(record, m_columns.date);
-        if (!dateText)
+        if (!dateText) {
+            if (isSummaryRow(record, false, hasAmountText(record, m_columns))) {
+                ++m_analysis.blankLines;
+                return;
+            }
             return issue("No date in this row (it may be a summary line).");
+        }
         std::optional<LocalDate> date;
         if (m_analysis.dateLayout)
             date = parseDate(*m_analysis.dateLayout, *dateText);
-        if (!date)
+        if (!date) {
+            // "Total" where the date would be.
+            if (isSummaryText(*dateText)) {
+                ++m_analysis.blankLines;
+                return;
+            }
             return issue("The date " + quoted(*dateText) + " isn't a date Copperwick can read.");
+        }
 
         if (m_columns.currency) {
             const auto code = readField(record, m_columns.currency);
@@ -293,6 +320,15 @@ class RowReader {
             }
         }
 
+        // A dated line without money, such as "Beginning balance as of ...",
+        // is the bank's summary when it says so.
+        const auto noAmount = [&] {
+            if (isSummaryRow(record, true, false))
+                ++m_analysis.blankLines;
+            else
+                issue("No amount in this row.");
+        };
+
         std::optional<LocalDate> postedDate;
         if (const auto posted = readField(record, m_columns.postedDate))
             postedDate = parseDate(*m_analysis.dateLayout, *posted);
@@ -301,7 +337,7 @@ class RowReader {
         if (m_columns.amount) {
             const auto amountText = readField(record, m_columns.amount);
             if (!amountText)
-                return issue("No amount in this row.");
+                return noAmount();
             const auto cents = Money::parseCents(*amountText);
             if (!cents)
                 return issue("The amount " + quoted(*amountText) +
@@ -312,7 +348,7 @@ class RowReader {
             const auto debitText = readField(record, m_columns.debit);
             const auto creditText = readField(record, m_columns.credit);
             if (!debitText && !creditText)
-                return issue("No amount in this row.");
+                return noAmount();
             std::optional<int64_t> debit, credit;
             if (debitText) {
                 debit = Money::parseCents(*debitText);
@@ -564,6 +600,24 @@ FileAnalysis analyzeBytes(std::string_view fileName, std::string_view data,
 
 FileAnalysis analyze(std::string_view fileName, std::string_view data,
                      const std::vector<ImportProfile>& profiles, bool flipSigns) {
+    auto analysis = analyzeBytes(fileName, data, profiles, flipSigns);
+    const bool unrecognized = !analysis.profile && analysis.problem == kUnrecognized;
+    if (!unrecognized)
+        return analysis;
+    auto workedOut = LayoutGuesser::workOut(fileName, data);
+    if (!workedOut.check) {
+        analysis.layoutGaps = std::move(workedOut.gaps);
+        return analysis;
+    }
+    const ImportProfile& profile = workedOut.check->profile;
+    auto guessed = flipSigns ? analyzeBytes(fileName, data, {profile}, true)
+                             : std::move(workedOut.check->analysis);
+    guessed.layoutWorkedOut = LayoutGuesser::workedOutLine(profile);
+    return guessed;
+}
+
+FileAnalysis analyzeKnown(std::string_view fileName, std::string_view data,
+                          const std::vector<ImportProfile>& profiles, bool flipSigns) {
     return analyzeBytes(fileName, data, profiles, flipSigns);
 }
 
@@ -572,6 +626,59 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, ImportPro
     // A layout chosen by hand is never blocked by the file's name.
     profile.fileNameHints.reset();
     return analyzeBytes(fileName, data, {std::move(profile)}, flipSigns);
+}
+
+bool isSummaryText(std::string_view field) {
+    std::string words;
+    for (const char c : text::lowercased(text::trimmed(field))) {
+        const bool letter = (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) >= 0x80;
+        if (letter) {
+            words.push_back(c);
+        } else if (!words.empty() && words.back() != ' ') {
+            words.push_back(' ');
+        }
+    }
+    while (!words.empty() && words.back() == ' ')
+        words.pop_back();
+    // Whole phrases only, so that "TOTAL WINE" and "NEW BALANCE ATHLETICS"
+    // stay shops.
+    static constexpr std::array<std::string_view, 6> kWholeLines{
+        "total", "totals", "grand total", "subtotal", "sub total", "balance"};
+    static constexpr std::array<std::string_view, 16> kTotalsOf{
+        "debits",  "credits",  "withdrawals",  "deposits", "fees", "interest",
+        "charges", "payments", "purchases",    "for",      "of",   "amount",
+        "balance", "activity", "transactions", "spending"};
+    static constexpr std::array<std::string_view, 13> kBalanceKinds{
+        "beginning", "ending",  "opening", "closing",   "starting", "previous", "new",
+        "available", "current", "ledger",  "statement", "daily",    "running"};
+    static constexpr std::array<std::string_view, 4> kBalanceAfter{
+        "forward", "as of", "brought forward", "carried forward"};
+    if (std::find(kWholeLines.begin(), kWholeLines.end(), words) != kWholeLines.end())
+        return true;
+    for (const auto what : kTotalsOf) {
+        const std::string phrase = "total " + std::string(what);
+        if (words == phrase || words.starts_with(phrase + " "))
+            return true;
+    }
+    // "New balance" alone is a statement's; "NEW BALANCE ATHLETICS" a shop's.
+    static constexpr std::array<std::string_view, 5> kBalanceDated{"as of", "on", "for", "at",
+                                                                   "from"};
+    for (const auto kind : kBalanceKinds) {
+        const std::string phrase = std::string(kind) + " balance";
+        if (words == phrase)
+            return true;
+        for (const auto dated : kBalanceDated) {
+            const std::string withDate = phrase + " " + std::string(dated);
+            if (words == withDate || words.starts_with(withDate + " "))
+                return true;
+        }
+    }
+    for (const auto after : kBalanceAfter) {
+        const std::string phrase = "balance " + std::string(after);
+        if (words == phrase || words.starts_with(phrase + " "))
+            return true;
+    }
+    return false;
 }
 
 std::map<std::string, std::size_t> columnMap(const std::vector<std::string>& fields) {

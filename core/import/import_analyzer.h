@@ -54,8 +54,14 @@ struct DetectedLayout {
 };
 
 // `profiles` are the ledger's taught layouts followed by the built-in ones.
+// When none fits a CSV file, a layout is worked out from the file itself and
+// used if the whole file reads cleanly with it; `layoutWorkedOut` then says
+// so, and otherwise `layoutGaps` says what couldn't be found.
 [[nodiscard]] FileAnalysis analyze(std::string_view fileName, std::string_view data,
                                    const std::vector<ImportProfile>& profiles, bool flipSigns);
+// The same with the given layouts only: nothing is worked out.
+[[nodiscard]] FileAnalysis analyzeKnown(std::string_view fileName, std::string_view data,
+                                        const std::vector<ImportProfile>& profiles, bool flipSigns);
 // With one layout chosen by hand; its file-name hints are ignored.
 [[nodiscard]] FileAnalysis analyze(std::string_view fileName, std::string_view data,
                                    ImportProfile profile, bool flipSigns);
@@ -82,6 +88,10 @@ void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
 // Lowercased, trimmed names to column indexes; the first of a repeated name wins.
 [[nodiscard]] std::map<std::string, std::size_t> columnMap(const std::vector<std::string>& fields);
 [[nodiscard]] bool headerlessShapeMatches(const ImportProfile& profile, const CSVRecord& record);
+// Whether a field names a bank's balance or total line ("Beginning balance as
+// of 03/01/2026", "Total debits"). A row that says so and lacks a date or an
+// amount is counted with the blank lines instead of blocking the file.
+[[nodiscard]] bool isSummaryText(std::string_view field);
 
 }  // namespace ImportAnalyzer
 

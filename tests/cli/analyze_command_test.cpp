@@ -36,9 +36,8 @@ TEST(AnalyzeCommand, JSONCarriesEveryRowFieldByName) {
 
     const auto& bank = files[1].as_object();
     EXPECT_EQ(bank.at("skippedLines").as_int64(), 4);
-    const auto& issue = bank.at("issues").as_array().at(0).as_object();
-    EXPECT_EQ(issue.at("line").as_int64(), 6);
-    EXPECT_EQ(issue.at("reason").as_string(), "No amount in this row.");
+    EXPECT_TRUE(bank.at("issues").as_array().empty());
+    EXPECT_EQ(bank.at("blankLines").as_int64(), 1);
 }
 
 TEST(AnalyzeCommand, LayoutAndFlipOptions) {

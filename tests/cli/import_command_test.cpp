@@ -268,6 +268,69 @@ TEST_F(ImportCommandTest, WhatIsntABankFileIsRefusedInWordsWithoutWaiting) {
     }
 }
 
+// A file that no layout fitted was refused until someone taught its columns by
+// hand; now its layout is worked out, told before saving, and taught on import.
+TEST_F(ImportCommandTest, AnUnknownLayoutIsWorkedOutToldAndTaught) {
+    const std::string line =
+        "Layout worked out from the file: date in “Date”, description in “Payee”, amount in "
+        "“Amount”.";
+    auto result = run({"import", "--dry-run", sample("generic-payee.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("  " + line + "\n"), std::string::npos) << result.out;
+
+    result = run({"--json", "import", "--dry-run", sample("generic-payee.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    auto answer = boost::json::parse(result.out).as_object();
+    const auto& file = answer.at("files").at(0).as_object();
+    EXPECT_EQ(file.at("layoutWorkedOut").as_string(), line);
+    EXPECT_TRUE(file.at("layoutGaps").as_array().empty());
+    const auto& rows = file.at("plan").at("rows").as_array();
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows[1].at("date").as_string(), "2026-03-15");  // day first: 15/03/2026
+    EXPECT_EQ(rows[1].at("amount").as_int64(), 150000);
+    EXPECT_EQ(rows[2].at("amount").as_int64(), -4000);
+
+    result = run({"import", sample("generic-payee.csv")});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Imported 3 transactions from 1 file.\n");
+
+    // The bank's next file is recognised by the layout taught, into the same account.
+    const auto april = folder / "april.csv";
+    testing::writeFile(april,
+                       "Date,Payee,Amount\n02/04/2026,CORNER SHOP,-9.00\n"
+                       "20/04/2026,CITY WATER,-41.00\n");
+    result = run({"--json", "import", "--dry-run", april.string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    answer = boost::json::parse(result.out).as_object();
+    EXPECT_TRUE(answer.at("files").at(0).at("layoutWorkedOut").is_null());
+    EXPECT_EQ(answer.at("totalToImport").as_int64(), 2);
+    LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+    ASSERT_EQ(runtime.ledger().profiles.size(), 1u);
+    EXPECT_EQ(runtime.ledger().profiles[0].name, "generic-payee");
+    EXPECT_EQ(answer.at("files").at(0).at("profile").as_string(), runtime.ledger().profiles[0].id);
+    ASSERT_EQ(runtime.ledger().accounts.size(), 1u);
+    EXPECT_EQ(answer.at("files").at(0).at("account").as_string(),
+              runtime.ledger().accounts[0].id.text());
+}
+
+TEST_F(ImportCommandTest, AFileThatCantBeWorkedOutSaysWhatIsMissing) {
+    const auto file = folder / "undated.csv";
+    testing::writeFile(file,
+                       "When,Payee,Amount\nlast week,CORNER SHOP,-9.00\n"
+                       "yesterday,CITY WATER,-41.00\n");
+    auto result = run({"import", file.string()});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("  Copperwick couldn't find a date column in this file.\n  Choose "
+                              "which columns hold the date, description and amount on the "
+                              "Import screen.\n"),
+              std::string::npos)
+        << result.err;
+    result = run({"--json", "import", "--dry-run", file.string()});
+    EXPECT_EQ(result.code, 1);
+    const auto gaps = boost::json::parse(result.out).at("files").at(0).at("layoutGaps");
+    EXPECT_EQ(gaps.as_array().size(), 1u);
+}
+
 // Each bank's sample: what the dry run promises is what the import does, and
 // the same file again adds nothing.
 TEST_F(ImportCommandTest, EverySampleImportsWhatItsDryRunPromised) {

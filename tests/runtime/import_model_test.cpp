@@ -84,6 +84,38 @@ TEST_F(ImportModelTest, NewCardImportsAndTheSameFileAgainAddsNothing) {
     EXPECT_EQ(runtime.backups().list().size(), backups);
 }
 
+TEST_F(ImportModelTest, ALayoutWorkedOutIsToldKeptThroughAFlipAndTaughtOnImport) {
+    drop({dropped("venmo-statement.csv")});
+    ASSERT_EQ(model.files().size(), 1u);
+    const Uuid id = model.files()[0].id;
+    const auto told = model.file(id)->layoutHelp;
+    EXPECT_EQ(told.kind, ImportFile::LayoutHelp::Kind::done);
+    EXPECT_TRUE(told.text.starts_with("Layout worked out from the file: date in “Datetime”"));
+    EXPECT_FALSE(model.file(id)->blocker()) << *model.file(id)->blocker();
+
+    model.setFlip(true, id, runtime);
+    EXPECT_EQ(model.file(id)->analysis.layoutWorkedOut, told.text);
+    model.setFlip(false, id, runtime);
+    EXPECT_TRUE(runtime.ledger().profiles.empty());  // nothing is saved before Import
+
+    model.commit(runtime, {});
+    ASSERT_EQ(runtime.ledger().profiles.size(), 1u);
+    EXPECT_EQ(runtime.ledger().activeTransactions().size(), 3u);
+
+    drop({written("venmo-april.csv",
+                  ",ID,Datetime,Type,Status,Note,From,To,Amount (total),Amount (tip),Amount "
+                  "(tax),Amount (fee),Tax Rate,Tax Exempt,Funding Source,Destination,Beginning "
+                  "Balance,Ending Balance,Statement Period Venmo Fees,Terminal Location,Year to "
+                  "Date Venmo Fees,Disclaimer\n"
+                  ",4012345678901234570,2026-04-02T18:22:10,Payment,Complete,Tacos,Dana "
+                  "Smith,Sam Lee,- $9.00,,0,,0,,Venmo balance,,,,,Venmo,,\n")});
+    const auto& april = model.files().back();
+    EXPECT_FALSE(april.analysis.layoutWorkedOut);
+    ASSERT_TRUE(april.analysis.profile);
+    EXPECT_EQ(april.analysis.profile->id, runtime.ledger().profiles[0].id);
+    EXPECT_EQ(april.choice.kind, ImportFile::AccountChoice::Kind::existing);
+}
+
 TEST_F(ImportModelTest, DroppingTheSameFileTwiceGivesOneCard) {
     const auto url = dropped("chase-card.csv");
     drop({url, url});

@@ -55,6 +55,21 @@ TEST_F(ImportSheets, SaveLayoutWaitsForDateDescriptionAndAmountThenTeachesTheLay
     EXPECT_EQ(fileOf(shown).analysis.rows.size(), 3u);
 }
 
+TEST_F(ImportSheets, ALayoutWorkedOutFromTheFileIsToldOnItsCard) {
+    drop({write("payee.csv",
+                "Date,Payee,Amount\n"
+                "02/03/2026,CORNER SHOP,-12.50\n"
+                "15/03/2026,PAYROLL,1500.00\n")});
+    auto* shown = card("payee.csv");
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(shown->layoutLabel()->text(), "Layout: payee");
+    EXPECT_TRUE(shown->workedOutLabel()->isVisibleTo(shown));
+    EXPECT_EQ(shown->workedOutLabel()->text(),
+              "Layout worked out from the file: date in “Date”, description in “Payee”, amount "
+              "in “Amount”.");
+    EXPECT_FALSE(shown->chooseColumnsButton()->isVisibleTo(shown));
+}
+
 TEST_F(ImportSheets, SplitColumnsTakeThePlaceOfTheAmount) {
     QTest::mouseClick(dropUnknownFile()->chooseColumnsButton(), Qt::LeftButton);
     app::ColumnMappingSheet* sheet = page->mappingSheet();

@@ -71,8 +71,9 @@ TEST(ImportAnalyzer, RecognisesEveryBuiltInLayoutWithItsSigns) {
 
 TEST(ImportAnalyzer, ReadsTheDetailsEachLayoutCarries) {
     const auto boa = analyzeSample("bank-of-america.csv");
-    EXPECT_EQ(boa.skippedLines, 4);  // three summary lines and a blank ahead of the header
-    EXPECT_EQ(reasons(boa), std::vector<std::string>{"No amount in this row."});
+    EXPECT_EQ(boa.skippedLines, 4);   // three summary lines and a blank ahead of the header
+    EXPECT_TRUE(boa.issues.empty());  // the dated "Beginning balance" line is a summary
+    EXPECT_EQ(boa.blankLines, 1);
     EXPECT_EQ(boa.accountedLines(), 8);
 
     const auto amex = analyzeSample("amex-card.csv");
@@ -211,13 +212,38 @@ TEST(ImportAnalyzer, RowProblemsAreToldInOrder) {
     EXPECT_EQ(
         reasons(analysis),
         (std::vector<std::string>{
-            "No date in this row (it may be a summary line).", "No amount in this row.",
-            "The date “31/31/2026” isn't a date Copperwick can read.",
+            "No amount in this row.", "The date “31/31/2026” isn't a date Copperwick can read.",
             "No description in this row.", "The amount “12.345” isn't an exact dollar amount."}));
-    EXPECT_EQ(analysis.blankLines, 1);
+    EXPECT_EQ(analysis.blankLines, 2);  // the TOTAL line and the blank one
     ASSERT_EQ(analysis.rows.size(), 1u);
     EXPECT_EQ(analysis.rows[0].line, 8);
     EXPECT_EQ(analysis.accountedLines(), 8);
+}
+
+// A checking download that opened with a dated "Beginning balance" line and
+// closed with totals was refused whole for rows that hold no transaction.
+TEST(ImportAnalyzer, BalanceAndTotalLinesAreSummariesNotProblems) {
+    const auto analysis = analyzeText(
+        "Date,Description,Amount,Running Bal.\n"
+        "03/01/2026,Beginning balance as of 03/01/2026,,\"1,000.00\"\n"
+        "03/02/2026,TOTAL WINE & MORE,-30.00,970.00\n"
+        "03/03/2026,NEW BALANCE ATHLETICS,,970.00\n"
+        ",Total debits,-30.00,\n"
+        ",,,\n"
+        "03/31/2026,Ending Balance:,,970.00\n");
+    EXPECT_EQ(reasons(analysis), std::vector<std::string>{"No amount in this row."});
+    EXPECT_EQ(analysis.issues.at(0).line, 4);  // a shop's name is no summary
+    EXPECT_EQ(analysis.blankLines, 4);
+    ASSERT_EQ(analysis.rows.size(), 1u);
+    EXPECT_EQ(analysis.rows[0].description(), "TOTAL WINE & MORE");
+    EXPECT_EQ(analysis.accountedLines(), 7);
+
+    for (const char* summary : {"Total", "TOTALS:", "Grand total", "Opening balance",
+                                "Balance brought forward", "Total for March 2026"})
+        EXPECT_TRUE(ImportAnalyzer::isSummaryText(summary)) << summary;
+    for (const char* shop :
+         {"TOTAL WINE", "BALANCE FITNESS", "TOTALLY FRESH", "NEW BALANCE ATHLETICS"})
+        EXPECT_FALSE(ImportAnalyzer::isSummaryText(shop)) << shop;
 }
 
 TEST(ImportAnalyzer, FlippedSignsChangeTheFingerprint) {
