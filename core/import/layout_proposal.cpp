@@ -177,8 +177,8 @@ LayoutCheck check(const ImportProfile& profile, std::string_view fileName, std::
     const std::size_t allowance = rows < 10 ? 1 : rows / 10;
     if (!result.analysis.problem && rows > 0 && issues <= allowance) {
         result.accepted = true;
-        result.note = "Apple Intelligence set up this layout and Copperwick read " +
-                      std::to_string(rows) + " rows with it.";
+        result.note = "Local AI set up this layout and Copperwick read " + std::to_string(rows) +
+                      " rows with it.";
         if (result.flippedSigns)
             result.note +=
                 " Signs were reversed because almost every row came out as money in; check the "

@@ -126,7 +126,7 @@ TEST(LayoutProposal, CheckReversesOnlyAFileThatIsMostlyMoneyIn) {
     EXPECT_EQ(seven.profile.signConvention, SignConvention::positiveIsMoneyOut);
     EXPECT_EQ(seven.analysis.rows.at(0).amount, -500);
     EXPECT_EQ(seven.note,
-              "Apple Intelligence set up this layout and Copperwick read 10 rows with it. Signs "
+              "Local AI set up this layout and Copperwick read 10 rows with it. Signs "
               "were reversed because almost every row came out as money in; check the preview.");
     EXPECT_FALSE(checked(file(6, 4)).flippedSigns);
 
