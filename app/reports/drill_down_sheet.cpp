@@ -15,6 +15,10 @@
 
 namespace copperwick::app {
 
+DrillDown categoryDrillDown(const CategoryLine& line) {
+    return {line.name, line.transactionIDs, true, line.categoryID};
+}
+
 DrillDownModel::DrillDownModel(Ledger ledger, std::vector<Uuid> ids, std::string currency,
                                QObject* parent)
     : QAbstractTableModel(parent),
@@ -78,7 +82,9 @@ DrillDownSheet::DrillDownSheet(LedgerRuntime& runtime, DrillDown drillDown, cons
     : SheetDialog(toQString(drillDown.title), {}, parent),
       m_runtime(runtime),
       m_drillDown(std::move(drillDown)),
-      m_net(FigureDrillDowns::net(m_drillDown.ids, ledger)),
+      m_net(m_drillDown.byCategory
+                ? FigureDrillDowns::categoryNet(m_drillDown.ids, ledger, m_drillDown.categoryID)
+                : FigureDrillDowns::net(m_drillDown.ids, ledger)),
       m_count(textLabel(countLine(m_drillDown.ids.size(), m_net, currency), this)),
       m_table(new QTableView(this)) {
     keepAtLeastWide(640);

@@ -6,6 +6,7 @@
 // a copy of the ledger as the report saw it, so a long one (every line of
 // "All time") costs only the rows in view. Main thread only.
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@
 
 #include "app/widgets/sheet_dialog.h"
 #include "core/model/ledger.h"
+#include "core/reports/report.h"
 #include "runtime/ledger_runtime.h"
 
 namespace copperwick::app {
@@ -24,7 +26,14 @@ namespace copperwick::app {
 struct DrillDown {
     std::string title;
     std::vector<Uuid> ids;
+    // A category's lines: its net counts a split line by its parts in
+    // `categoryID` alone (none: the uncategorized lines), as its row does.
+    bool byCategory = false;
+    std::optional<Uuid> categoryID = std::nullopt;
 };
+
+// The drill-down of a category's line of a report.
+[[nodiscard]] DrillDown categoryDrillDown(const CategoryLine& line);
 
 class DrillDownModel : public QAbstractTableModel {
     Q_OBJECT

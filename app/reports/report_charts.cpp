@@ -39,7 +39,11 @@ QChartView* viewOf(QChart* chart, const QString& name, int height, QWidget* pare
     view->setBackgroundBrush(Qt::NoBrush);
     view->setStyleSheet(QStringLiteral("background: transparent"));
     view->setMinimumHeight(height);
+    // The rows beside a chart carry its figures for the keyboard; neither the
+    // view nor the surface it draws on (which a graphics view makes a stop
+    // of its own) is a stop.
     view->setFocusPolicy(Qt::NoFocus);
+    view->viewport()->setFocusPolicy(Qt::NoFocus);
     view->setAccessibleName(name);
     view->setToolTip(name);
     return view;

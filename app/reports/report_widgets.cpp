@@ -23,6 +23,13 @@ bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < 128;
 }
 
+// A figure opens from the keyboard as from the pointer: Enter presses it
+// as Space does, wherever it stands.
+void openedByEnter(QPushButton* button) {
+    button->setAutoDefault(true);
+    button->setFocusPolicy(Qt::StrongFocus);
+}
+
 // A label that lets presses through to the row or tile under it.
 QLabel* passiveLabel(QLabel* label) {
     label->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -115,6 +122,7 @@ FigureTile::FigureTile(const QString& title, const QString& figure, const QStrin
     setAccessibleName(words);
     setAccessibleDescription(caption);
     setCursor(Qt::PointingHandCursor);
+    openedByEnter(this);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
 }
 
@@ -158,6 +166,7 @@ FigureRow::FigureRow(const std::vector<QString>& cells, const std::vector<int>& 
     setToolTip(words);
     setAccessibleName(words);
     setCursor(Qt::PointingHandCursor);
+    openedByEnter(this);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
@@ -203,8 +212,10 @@ QWidget* tableHeader(const std::vector<QString>& heads, const std::vector<int>& 
     line->setContentsMargins(8, 0, 8, 0);
     line->setSpacing(12);
     for (std::size_t i = 0; i < heads.size(); ++i) {
-        QLabel* head = secondaryLabel(heads[i], header);
-        head->setWordWrap(false);
+        // The first head gives way on a narrow window as its cells do.
+        QLabel* head = i == 0 ? new ElidedLabel(heads[i], header) : textLabel(heads[i], header);
+        head->setForegroundRole(QPalette::PlaceholderText);
+        head->setAccessibleName(heads[i]);
         QFont font = head->font();
         font.setWeight(QFont::DemiBold);
         head->setFont(font);

@@ -11,6 +11,7 @@
 #include <QProgressBar>
 #include <QScrollArea>
 
+#include "app/reports/flow_row_layout.h"
 #include "app/reports/report_charts.h"
 #include "app/shell/sections.h"
 #include "app/widgets/elided_label.h"
@@ -120,9 +121,15 @@ ReportsPage::ReportsPage(RuntimeBridge& bridge, QWidget* parent)
     m_tabs->setAccessibleName(QStringLiteral("Report tabs"));
     m_tabs->setDrawBase(false);
     m_tabs->setExpanding(false);
+    // On a narrow window the tabs' words shorten rather than hide behind
+    // scrolling arrows; each stays whole in its tooltip and its name.
+    m_tabs->setUsesScrollButtons(false);
+    m_tabs->setElideMode(Qt::ElideRight);
     m_tabs->setFocusPolicy(Qt::StrongFocus);
-    for (ReportTab tab : kReportTabs)
-        m_tabs->addTab(tabLabel(tab));
+    for (ReportTab tab : kReportTabs) {
+        const int index = m_tabs->addTab(tabLabel(tab));
+        m_tabs->setTabToolTip(index, tabLabel(tab));
+    }
     column->addWidget(m_tabs);
 
     m_content = new QWidget(page);
@@ -153,9 +160,16 @@ ReportsPage::~ReportsPage() = default;
 
 QWidget* ReportsPage::buildControls(QWidget* parent) {
     auto* bar = new QWidget(parent);
-    auto* row = new QHBoxLayout(bar);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(24);
+    // On a narrow window the choices wrap to a second line rather than
+    // push the page wider than the screen.
+    auto* row = new FlowRowLayout(bar);
+    row->setSpacings(24, 12);
+    const auto group = [bar](QLayout* column) {
+        auto* holder = new QWidget(bar);
+        column->setContentsMargins(0, 0, 0, 0);
+        holder->setLayout(column);
+        return holder;
+    };
 
     // Period, with the two dates of a custom one under it.
     auto* periodColumn = new QVBoxLayout;
@@ -190,7 +204,7 @@ QWidget* ReportsPage::buildControls(QWidget* parent) {
     m_customDates->hide();
     periodColumn->addWidget(m_customDates);
     periodColumn->addStretch(1);
-    row->addLayout(periodColumn);
+    row->addWidget(group(periodColumn));
 
     auto* peopleColumn = new QVBoxLayout;
     peopleColumn->setSpacing(4);
@@ -198,7 +212,7 @@ QWidget* ReportsPage::buildControls(QWidget* parent) {
     peopleColumn->addWidget(textLabel(QStringLiteral("People"), bar));
     peopleColumn->addWidget(m_people);
     peopleColumn->addStretch(1);
-    row->addLayout(peopleColumn, 1);
+    row->addWidget(group(peopleColumn));
 
     auto* currencyColumn = new QVBoxLayout;
     currencyColumn->setSpacing(4);
@@ -211,7 +225,7 @@ QWidget* ReportsPage::buildControls(QWidget* parent) {
     m_currencyNote->setMaximumWidth(260);
     currencyColumn->addWidget(m_currencyNote);
     currencyColumn->addStretch(1);
-    row->addLayout(currencyColumn, 1);
+    row->addWidget(group(currencyColumn));
 
     m_export = new QToolButton(bar);
     m_export->setIcon(symbolIcon("square.and.arrow.up"));
@@ -228,7 +242,7 @@ QWidget* ReportsPage::buildControls(QWidget* parent) {
     menu->addAction(QStringLiteral("Transactions in this report as CSV\u2026"), this,
                     &ReportsPage::exportTransactions);
     m_export->setMenu(menu);
-    row->addWidget(m_export, 0, Qt::AlignTop);
+    row->addWidget(m_export);
 
     connect(m_period, &QComboBox::currentIndexChanged, this, [this] {
         m_customDates->setVisible(m_period->currentData().toInt() ==
@@ -540,12 +554,16 @@ void ReportsPage::addOverview(QVBoxLayout* column) {
     split->setSpacing(16);
     const auto openCategory = [this](int index) {
         const CategoryLine& line = m_shown->report().categories[static_cast<std::size_t>(index)];
-        openDrillDown({line.name, line.transactionIDs});
+        openDrillDown(categoryDrillDown(line));
     };
     if (!report.categories.empty()) {
+        // The ring gives way first on a narrow window, down to a size that
+        // still reads; the rows keep their figures whole.
         QChartView* donut = categoryDonut(report, openCategory, where);
-        donut->setFixedWidth(230);
-        split->addWidget(donut, 0, Qt::AlignTop);
+        donut->setMinimumWidth(160);
+        donut->setMaximumWidth(230);
+        donut->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+        split->addWidget(donut, 2, Qt::AlignTop);
     }
     auto* list = new QVBoxLayout;
     list->setSpacing(0);
@@ -556,14 +574,14 @@ void ReportsPage::addOverview(QVBoxLayout* column) {
         const auto share = Money::shareTenths(line.amount, report.spending);
         FigureRow* row = figureRow({toQString(line.name), money(line.amount),
                                     share ? toQString(Money::percentText(*share)) : QString()},
-                                   {0, kFigureWidth, 56}, {line.name, line.transactionIDs}, where);
+                                   {0, kFigureWidth, 56}, categoryDrillDown(line), where);
         row->setSwatch(categoryColour(palette(), line.colorIndex));
         list->addWidget(row);
     }
     if (report.categories.size() > 8)
         list->addWidget(noteLabel(QStringLiteral("Every category is in Categories."), where, true));
     list->addStretch(1);
-    split->addLayout(list, 1);
+    split->addLayout(list, 3);
     where->body()->addLayout(split);
     column->addWidget(where);
 
@@ -725,7 +743,7 @@ void ReportsPage::addCategories(QVBoxLayout* column) {
     if (comparison.categoryChanges.empty()) {
         card->body()->addWidget(noteLabel(QStringLiteral("No spending in this period."), card));
     } else {
-        const std::vector<int> widths{0, kFigureWidth, kFigureWidth, 150};
+        const std::vector<int> widths{0, kFigureWidth, kFigureWidth, 136};
         card->body()->addWidget(
             tableHeader({QStringLiteral("Category"), QStringLiteral("This period"),
                          QStringLiteral("Before"), QStringLiteral("Change")},
@@ -748,7 +766,7 @@ void ReportsPage::addCategories(QVBoxLayout* column) {
             const CategoryLine* before = now ? now : lineOf(comparison.previous);
             FigureRow* row = figureRow(
                 {toQString(line.name), money(line.current), money(line.previous), changeText},
-                widths, {line.name, before ? before->transactionIDs : std::vector<Uuid>{}}, card);
+                widths, before ? categoryDrillDown(*before) : DrillDown{line.name, {}}, card);
             if (before)
                 row->setSwatch(categoryColour(palette(), before->colorIndex));
             card->body()->addWidget(row);
@@ -860,9 +878,11 @@ void ReportsPage::addBudgets(QVBoxLayout* column) {
         card->body()->addWidget(
             noteLabel(QStringLiteral("No budgets yet. Set monthly amounts below."), card));
     for (const BudgetLine& line : bundle.budgets) {
-        FigureRow* row = figureRow(
-            {toQString(line.name), toQString(line.summary())}, {0, 260},
-            {line.name, FigureDrillDowns::category(bundle.report(), line.categoryID)}, card);
+        FigureRow* row =
+            figureRow({toQString(line.name), toQString(line.summary())}, {0, 260},
+                      {line.name, FigureDrillDowns::category(bundle.report(), line.categoryID),
+                       true, line.categoryID},
+                      card);
         row->setSwatch(categoryColour(palette(), line.colorIndex));
         QLabel* summary = row->findChildren<QLabel*>().back();
         QPalette colours = summary->palette();

@@ -77,4 +77,29 @@ int64_t net(const std::vector<Uuid>& ids, const Ledger& ledger) {
     return sum;
 }
 
+int64_t categoryNet(const std::vector<Uuid>& ids, const Ledger& ledger,
+                    const std::optional<Uuid>& categoryID) {
+    // A part filed under a category the ledger no longer has is
+    // uncategorized, as the report files it.
+    const auto filedHere = [&](const Uuid& partCategory) {
+        const LedgerCategory* category = ledger.category(partCategory);
+        return categoryID ? category && category->id == *categoryID : !category;
+    };
+    int64_t sum = 0;
+    for (const Uuid& id : ids) {
+        const LedgerTransaction* line = ledger.transaction(id);
+        if (!line)
+            continue;
+        if (!line->splits || line->splits->empty()) {
+            sum = checked::add(sum, line->amount);
+            continue;
+        }
+        for (const TransactionSplit& part : *line->splits) {
+            if (filedHere(part.categoryID))
+                sum = checked::add(sum, part.amount);
+        }
+    }
+    return sum;
+}
+
 }  // namespace copperwick::FigureDrillDowns

@@ -7,6 +7,7 @@
 // of finished reports; safe on any thread for a ledger nobody writes meanwhile.
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -37,5 +38,11 @@ namespace copperwick::FigureDrillDowns {
 
 // The signed sum of the lines' amounts; ids not in the ledger count nothing.
 [[nodiscard]] int64_t net(const std::vector<Uuid>& ids, const Ledger& ledger);
+
+// The signed sum of the lines' amounts in one category (none: the
+// uncategorized lines), where a split line counts only its parts filed
+// there, as the report counts them: minus it is the category's spending.
+[[nodiscard]] int64_t categoryNet(const std::vector<Uuid>& ids, const Ledger& ledger,
+                                  const std::optional<Uuid>& categoryID);
 
 }  // namespace copperwick::FigureDrillDowns

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -209,6 +210,50 @@ TEST_F(ReportsScreenTest, DrillDownComesToItsTile) {
     const MonthLine& last = page().shown()->trend.months.back();
     page().rows().back()->click();
     EXPECT_EQ(page().drillDownSheet()->net(), last.net());
+}
+
+// A category's transactions summed whole lines, so a line split between
+// Groceries and Shopping counted in full under each and the drill-down's net
+// didn't match the figure on the category's row.
+TEST_F(ReportsScreenTest, CategoryDrillDownCountsASplitLineByItsPart) {
+    fillHousehold();
+    const Uuid split = addLine(checking, runtime().today().firstOfMonth().addingDays(5), -10000,
+                               "BIG BOX STORE", TransactionKind::expense);
+    change([&](Ledger& copy, LedgerDelta& delta) {
+        LedgerTransaction line = *copy.transaction(split);
+        line.splits = std::vector<TransactionSplit>{
+            {.id = Uuid::random(), .categoryID = categoryID("Groceries"), .amount = -6500},
+            {.id = Uuid::random(), .categoryID = categoryID("Shopping"), .amount = -3500}};
+        copy.transactions.set(line.id, line);
+        delta.change(RecordKind::transaction, line.id);
+    });
+    choosePeriod(PeriodChoice::thisMonth);
+    const Report& report = page().shown()->report();
+    for (const std::string name : {"Groceries", "Shopping"}) {
+        SCOPED_TRACE(name);
+        const auto line = std::find_if(report.categories.begin(), report.categories.end(),
+                                       [&](const CategoryLine& c) { return c.name == name; });
+        ASSERT_NE(line, report.categories.end());
+        // From the Overview's row and from the Categories tab's, by keyboard.
+        for (const ReportTab tab : {ReportTab::overview, ReportTab::categories}) {
+            page().setTab(tab);
+            const auto rows = page().rows();
+            const auto row = std::find_if(rows.begin(), rows.end(), [&](FigureRow* r) {
+                return r->cells()[0] == QString::fromStdString(name);
+            });
+            ASSERT_NE(row, rows.end());
+            EXPECT_EQ((*row)->cells()[1], usd(line->amount));
+            (*row)->setFocus();
+            QTest::keyClick(*row, Qt::Key_Return);
+            DrillDownSheet* sheet = page().drillDownSheet();
+            ASSERT_TRUE(sheet);
+            EXPECT_EQ(-sheet->net(), line->amount);
+            EXPECT_TRUE(sheet->countLabel()->text().endsWith(usd(-line->amount)));
+            sheet->reject();
+            ASSERT_TRUE(waitUntil([&] { return !page().drillDownSheet(); }));
+        }
+    }
+    EXPECT_EQ(FigureDrillDowns::categoryNet({split}, ledger(), categoryID("Shopping")), -3500);
 }
 
 // Gifts received are told apart from income: the Income tile and its
