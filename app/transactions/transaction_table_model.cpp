@@ -166,12 +166,16 @@ void TransactionTableModel::setQuery(TransactionQuery query) {
     refresh();
 }
 
-TransactionTableModel::Reading TransactionTableModel::read(const Ledger& ledger,
+TransactionTableModel::Reading TransactionTableModel::read(const Ledger& ledger, int64_t revision,
                                                            const TransactionQuery& query,
-                                                           TransactionSort sort) {
-    std::vector<const LedgerTransaction*> lines = query.select(ledger);
+                                                           TransactionSort sort,
+                                                           SearchTexts texts) {
+    if (!texts)
+        texts = std::make_shared<const TransactionSearchTexts>(ledger);
+    std::vector<const LedgerTransaction*> lines = query.select(ledger, *texts);
     sortTransactions(lines, ledger, sort);
-    Reading reading{.ledger = ledger, .ids = {}, .totals = {}};
+    Reading reading{
+        .ledger = ledger, .ids = {}, .totals = {}, .texts = std::move(texts), .revision = revision};
     reading.ids.reserve(lines.size());
     for (const LedgerTransaction* line : lines)
         reading.ids.push_back(line->id);
@@ -200,15 +204,18 @@ TransactionTotals TransactionTableModel::totalsOf(const Ledger& ledger,
 void TransactionTableModel::refresh() {
     const uint64_t number = ++m_number;
     const Ledger& ledger = m_runtime.ledger();
+    const int64_t revision = m_runtime.revision();
+    SearchTexts texts = revision == m_searchRevision ? m_searchTexts : nullptr;
     if (ledger.transactions.size() < m_inBackgroundFrom) {
         m_reading = false;
-        show(read(ledger, m_query, m_sort));
+        show(read(ledger, revision, m_query, m_sort, std::move(texts)));
         return;
     }
     if (!m_work)
         m_work = std::make_unique<BackgroundWork>(m_runtime.mainQueue());
     m_reading = true;
-    m_work->run([copy = ledger, query = m_query, sort = m_sort] { return read(copy, query, sort); },
+    m_work->run([copy = ledger, revision, query = m_query, sort = m_sort,
+                 texts = std::move(texts)] { return read(copy, revision, query, sort, texts); },
                 [this, number](WorkResult<Reading> result) {
                     if (number != m_number)
                         return;
@@ -225,6 +232,8 @@ void TransactionTableModel::show(Reading reading) {
     m_ledger = std::move(reading.ledger);
     m_ids = std::move(reading.ids);
     m_totals = reading.totals;
+    m_searchTexts = std::move(reading.texts);
+    m_searchRevision = reading.revision;
     m_rows.clear();
     m_rows.reserve(m_ids.size());
     for (std::size_t row = 0; row < m_ids.size(); ++row)

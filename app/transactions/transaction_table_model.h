@@ -103,13 +103,19 @@ class TransactionTableModel : public QAbstractTableModel {
     void rowsRead();
 
   private:
+    using SearchTexts = std::shared_ptr<const TransactionSearchTexts>;
     struct Reading {
         Ledger ledger;
         std::vector<Uuid> ids;
         TransactionTotals totals;
+        SearchTexts texts;
+        int64_t revision = 0;
     };
-    [[nodiscard]] static Reading read(const Ledger& ledger, const TransactionQuery& query,
-                                      TransactionSort sort);
+    // `texts` are the ledger's searched words when already lowered; the
+    // reading lowers them otherwise.
+    [[nodiscard]] static Reading read(const Ledger& ledger, int64_t revision,
+                                      const TransactionQuery& query, TransactionSort sort,
+                                      SearchTexts texts);
     void show(Reading reading);
     [[nodiscard]] static TransactionTotals totalsOf(const Ledger& ledger,
                                                     const std::vector<Uuid>& ids);
@@ -122,6 +128,10 @@ class TransactionTableModel : public QAbstractTableModel {
     std::unordered_map<Uuid, int> m_rows;
     TransactionTotals m_totals;
     mutable std::unordered_map<Uuid, MerchantIconDescriptor> m_descriptors;
+    // Lowered once per ledger revision, so that a search typed on a long
+    // history is a plain scan.
+    SearchTexts m_searchTexts;
+    int64_t m_searchRevision = -1;
     std::size_t m_inBackgroundFrom = kInBackgroundFrom;
     uint64_t m_number = 0;
     bool m_reading = false;

@@ -15,6 +15,7 @@
 
 #include "app/shell/sections.h"
 #include "app/transactions/manual_entry_sheet.h"
+#include "app/transactions/reflow_bar.h"
 #include "app/transactions/transaction_row_delegate.h"
 #include "app/widgets/card_frame.h"
 #include "app/widgets/page_header.h"
@@ -206,10 +207,7 @@ QWidget* TransactionsPage::buildToolbar() {
 }
 
 QWidget* TransactionsPage::buildFilters() {
-    auto* row = new QWidget(this);
-    auto* layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(8);
+    auto* row = new ReflowBar(this);
 
     m_search = new QLineEdit(row);
     m_search->setPlaceholderText(QStringLiteral("Search merchants, bank text, notes"));
@@ -246,13 +244,14 @@ QWidget* TransactionsPage::buildFilters() {
     m_people = pushButton({}, row);
     m_people->setMenu(new QMenu(m_people));
 
-    layout->addWidget(m_search, 2);
-    layout->addWidget(m_filter, 1);
-    layout->addWidget(m_account, 1);
-    layout->addWidget(m_period);
-    layout->addWidget(m_customStart);
-    layout->addWidget(m_customEnd);
-    layout->addWidget(m_people);
+    // On a narrow window the search and its days sit above the menus.
+    row->addToFirstRow(m_search, 2);
+    row->addToFirstRow(m_customStart);
+    row->addToFirstRow(m_customEnd);
+    row->addToSecondRow(m_filter, 1);
+    row->addToSecondRow(m_account, 1);
+    row->addToSecondRow(m_period);
+    row->addToSecondRow(m_people);
 
     // The menus give up width before the window would have to grow: a
     // narrow window floats the details instead.

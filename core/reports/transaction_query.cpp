@@ -14,6 +14,17 @@ namespace copperwick {
 
 namespace {
 
+std::string searchedText(const LedgerTransaction& transaction, const Ledger& ledger,
+                         bool withCategory) {
+    std::string haystack = ReportEngine::merchantIdentity(transaction, ledger).name + " " +
+                           transaction.rawDescription + " " + transaction.note;
+    if (withCategory) {
+        if (const LedgerCategory* category = ledger.category(transaction.categoryID))
+            haystack += " " + category->name;
+    }
+    return haystack;
+}
+
 // One walk of the query over many lines: the search lowered once, and the
 // people's filter made once for each currency met rather than for each line.
 class QueryRun {
@@ -23,7 +34,9 @@ class QueryRun {
           m_ledger(ledger),
           m_search(text::lowercased(text::trimmed(query.search))) {}
 
-    [[nodiscard]] bool keeps(const LedgerTransaction& transaction) {
+    // `lowered` is the line's searched words already lowered, when known.
+    [[nodiscard]] bool keeps(const LedgerTransaction& transaction,
+                             const std::string* lowered = nullptr) {
         const TransactionQuery& query = m_query;
         if (transaction.supersededBy)
             return false;
@@ -42,8 +55,12 @@ class QueryRun {
             return false;
         if (!query.filter.holds(transaction))
             return false;
-        return m_search.empty() ||
-               text::lowercased(searchedText(transaction)).find(m_search) != std::string::npos;
+        if (m_search.empty())
+            return true;
+        if (lowered && !m_query.searchesCategories)
+            return lowered->find(m_search) != std::string::npos;
+        return text::lowercased(searchedText(transaction, m_ledger, m_query.searchesCategories))
+                   .find(m_search) != std::string::npos;
     }
 
   private:
@@ -61,16 +78,6 @@ class QueryRun {
                     .first;
         }
         return found->second;
-    }
-
-    std::string searchedText(const LedgerTransaction& transaction) const {
-        std::string haystack = ReportEngine::merchantIdentity(transaction, m_ledger).name + " " +
-                               transaction.rawDescription + " " + transaction.note;
-        if (m_query.searchesCategories) {
-            if (const LedgerCategory* category = m_ledger.category(transaction.categoryID))
-                haystack += " " + category->name;
-        }
-        return haystack;
     }
 
     const TransactionQuery& m_query;
@@ -160,10 +167,68 @@ std::vector<const LedgerTransaction*> TransactionQuery::select(const Ledger& led
     return lines;
 }
 
+TransactionSearchTexts::TransactionSearchTexts(const Ledger& ledger) {
+    m_texts.reserve(ledger.transactions.size());
+    for (const auto& transaction : ledger.transactions)
+        m_texts.emplace_back(transaction.id,
+                             text::lowercased(searchedText(transaction, ledger, false)));
+}
+
+const std::string* TransactionSearchTexts::at(std::size_t place, const Uuid& id) const {
+    if (place >= m_texts.size() || m_texts[place].first != id)
+        return nullptr;
+    return &m_texts[place].second;
+}
+
+std::vector<const LedgerTransaction*> TransactionQuery::select(
+    const Ledger& ledger, const TransactionSearchTexts& texts) const {
+    QueryRun run(*this, ledger);
+    std::vector<const LedgerTransaction*> lines;
+    std::size_t place = 0;
+    for (const auto& transaction : ledger.transactions) {
+        if (run.keeps(transaction, texts.at(place++, transaction.id)))
+            lines.push_back(&transaction);
+    }
+    return lines;
+}
+
 void sortTransactions(std::vector<const LedgerTransaction*>& lines, const Ledger& ledger,
                       TransactionSort sort) {
-    // The text columns' keys are worked out once per line, not per comparison.
-    std::vector<std::pair<std::string, const LedgerTransaction*>> keyed;
+    // Every key is worked out once per line, not per comparison: on a long
+    // history the comparisons, not the keys, are most of the work.
+    const bool byNumber =
+        sort.column == TransactionColumn::date || sort.column == TransactionColumn::amount;
+    if (byNumber) {
+        struct Keyed {
+            int64_t key;
+            Uuid id;
+            const LedgerTransaction* line;
+        };
+        std::vector<Keyed> keyed;
+        keyed.reserve(lines.size());
+        for (const LedgerTransaction* line : lines) {
+            // A day packs into one number that orders as the dates do.
+            const int64_t key =
+                sort.column == TransactionColumn::date
+                    ? (int64_t{line->date.year} * 16 + line->date.month) * 32 + line->date.day
+                    : line->amount;
+            keyed.push_back({sort.ascending ? key : -key, line->id, line});
+        }
+        std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
+            if (a.key != b.key)
+                return a.key < b.key;
+            return a.id < b.id;
+        });
+        for (std::size_t i = 0; i < keyed.size(); ++i)
+            lines[i] = keyed[i].line;
+        return;
+    }
+    struct Keyed {
+        std::string key;
+        Uuid id;
+        const LedgerTransaction* line;
+    };
+    std::vector<Keyed> keyed;
     keyed.reserve(lines.size());
     for (const LedgerTransaction* line : lines) {
         std::string key;
@@ -181,31 +246,16 @@ void sortTransactions(std::vector<const LedgerTransaction*>& lines, const Ledger
             case TransactionColumn::amount:
                 break;
         }
-        keyed.emplace_back(std::move(key), line);
+        keyed.push_back({std::move(key), line->id, line});
     }
-    // Negative for a before b in the column's own ascending order.
-    const auto compare = [&](const auto& a, const auto& b) -> int {
-        switch (sort.column) {
-            case TransactionColumn::date:
-                return a.second->date < b.second->date ? -1 : b.second->date < a.second->date;
-            case TransactionColumn::amount:
-                return a.second->amount < b.second->amount ? -1
-                                                           : b.second->amount < a.second->amount;
-            case TransactionColumn::merchant:
-            case TransactionColumn::category:
-            case TransactionColumn::account:
-                return a.first.compare(b.first);
-        }
-        return 0;
-    };
-    std::stable_sort(keyed.begin(), keyed.end(), [&](const auto& a, const auto& b) {
-        const int order = compare(a, b);
+    std::stable_sort(keyed.begin(), keyed.end(), [&](const Keyed& a, const Keyed& b) {
+        const int order = a.key.compare(b.key);
         if (order != 0)
             return sort.ascending ? order < 0 : order > 0;
-        return a.second->id < b.second->id;
+        return a.id < b.id;
     });
     for (std::size_t i = 0; i < keyed.size(); ++i)
-        lines[i] = keyed[i].second;
+        lines[i] = keyed[i].line;
 }
 
 std::string categoryText(const Ledger& ledger, const LedgerTransaction& transaction) {

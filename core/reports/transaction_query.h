@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/model/ledger.h"
@@ -63,6 +64,22 @@ struct PeopleScope {
     friend bool operator==(const PeopleScope&, const PeopleScope&) = default;
 };
 
+// The words a search looks through, lowered once for every line of one
+// ledger, so that each query is a plain scan. Build it again whenever the
+// ledger changes: a merchant renamed changes the words of all its lines.
+class TransactionSearchTexts {
+  public:
+    TransactionSearchTexts() = default;
+    explicit TransactionSearchTexts(const Ledger& ledger);
+
+    // The lowered words of the line met at this place of a walk over the
+    // ledger it was built from, or null when that place holds another line.
+    [[nodiscard]] const std::string* at(std::size_t place, const Uuid& id) const;
+
+  private:
+    std::vector<std::pair<Uuid, std::string>> m_texts;
+};
+
 // Each field narrows the list; an absent one lets everything through. A line
 // replaced by its posted form is never kept.
 struct TransactionQuery {
@@ -92,6 +109,9 @@ struct TransactionQuery {
 
     // The lines kept, in no set order; sortTransactions orders them.
     [[nodiscard]] std::vector<const LedgerTransaction*> select(const Ledger& ledger) const;
+    // The same lines, searched in words lowered beforehand for this ledger.
+    [[nodiscard]] std::vector<const LedgerTransaction*> select(
+        const Ledger& ledger, const TransactionSearchTexts& texts) const;
 };
 
 // The columns the list sorts by.

@@ -3,6 +3,7 @@
 #include <set>
 #include <sstream>
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QMenu>
 #include <QSignalSpy>
@@ -26,6 +27,41 @@ class TransactionsPageTest : public TransactionsScreenTest {
   protected:
     void SetUp() override { openWorkspace(); }
 };
+
+// On a narrow window the people button was cut short and the search field
+// lay over the Filter menu: the bar now falls back to two rows.
+TEST_F(TransactionsPageTest, FilterBarTakesTwoRowsRatherThanCuttingAControl) {
+    page().periodBox()->setCurrentIndex(
+        page().periodBox()->findData(static_cast<int>(PeriodChoice::custom)));
+    const std::vector<QWidget*> controls{page().searchField(),    page().customStartField(),
+                                         page().customEndField(), page().filterBox(),
+                                         page().accountBox(),     page().periodBox(),
+                                         page().peopleButton()};
+    const auto placeOf = [&](QWidget* control) {
+        return QRect(control->mapTo(&page(), QPoint(0, 0)), control->size());
+    };
+    for (const int width : {520, 700, 1300}) {
+        page().resize(width, 700);
+        QApplication::processEvents();
+        QApplication::processEvents();
+        for (std::size_t i = 0; i < controls.size(); ++i) {
+            const QRect place = placeOf(controls[i]);
+            EXPECT_LE(place.right(), page().width()) << width;
+            for (std::size_t j = i + 1; j < controls.size(); ++j)
+                EXPECT_FALSE(place.intersects(placeOf(controls[j])))
+                    << controls[i]->accessibleName().toStdString() << " over "
+                    << controls[j]->accessibleName().toStdString() << " at " << width;
+        }
+        EXPECT_GE(page().peopleButton()->width(), page().peopleButton()->sizeHint().width())
+            << width;
+    }
+    EXPECT_EQ(placeOf(page().searchField()).top(), placeOf(page().peopleButton()).top())
+        << "a wide window keeps one row";
+    page().resize(520, 700);
+    QApplication::processEvents();
+    QApplication::processEvents();
+    EXPECT_LT(placeOf(page().searchField()).top(), placeOf(page().peopleButton()).top());
+}
 
 // A removed line must not count anywhere but under "Removed"; every other
 // filter keeps it out, and "Removed" keeps nothing else.

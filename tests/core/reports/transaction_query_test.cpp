@@ -165,6 +165,32 @@ TEST_F(TransactionQueryTest, SearchFindsMerchantBankTextAndNoteInAnyCase) {
     EXPECT_EQ(found("gym"), "") << "voided lines only under Removed";
 }
 
+// Words lowered once for the ledger must find what the query finds alone; a
+// line added since they were lowered is searched all the same.
+TEST_F(TransactionQueryTest, SearchInWordsLoweredBeforehandFindsTheSameLines) {
+    const TransactionSearchTexts texts(ledger());
+    const auto foundWith = [&](std::string search, bool categories = false) {
+        const TransactionQuery query{.search = std::move(search), .searchesCategories = categories};
+        std::vector<std::string> found;
+        for (const LedgerTransaction* transaction : query.select(ledger(), texts))
+            found.push_back(transaction->rawDescription);
+        std::sort(found.begin(), found.end());
+        std::string joined;
+        for (const auto& text : found)
+            joined += (joined.empty() ? "" : ", ") + text;
+        EXPECT_EQ(joined, kept(query)) << query.search;
+        return joined;
+    };
+    EXPECT_EQ(foundWith("bottle"), "SQ *BB COFFEE 114");
+    EXPECT_EQ(foundWith(" BIRTHDAY "), "ONLINE TRANSFER TO SAVINGS");
+    EXPECT_EQ(foundWith("subscriptions", true), "NETFLIX.COM");
+    foundWith("a");
+    foundWith("");
+
+    line("LATE BAKERY", -700, 14, TransactionKind::expense, "Dining");
+    EXPECT_EQ(foundWith("bakery"), "LATE BAKERY");
+}
+
 TEST_F(TransactionQueryTest, SortsByRawValuesAndBreaksTiesByID) {
     auto lines = TransactionQuery{}.select(ledger());
     const auto order = [&](TransactionSort sort) {
