@@ -18,15 +18,9 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
-namespace copperwick::app {
+#include "app/widgets/chart_colours.h"
 
-// The colour of a category's `colorIndex` (-1, a line with no category, is
-// the palette's quiet grey), for the light or dark form the palette is in.
-[[nodiscard]] QColor categoryColour(const QPalette& palette, int colorIndex);
-// The colour of a figure gone wrong (over budget), in the palette's light.
-[[nodiscard]] QColor warningColour(const QPalette& palette);
-// The colour of income beside spending in the charts.
-[[nodiscard]] QColor incomeColour(const QPalette& palette);
+namespace copperwick::app {
 
 // A category's colour as a dot before its name.
 class SwatchDot : public QWidget {

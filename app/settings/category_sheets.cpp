@@ -1,4 +1,5 @@
 #include "app/settings/category_sheets.h"
+#include "app/widgets/chart_colours.h"
 
 #include <QFormLayout>
 #include <QPixmap>
@@ -20,15 +21,6 @@ QIcon swatch(const QColor& colour) {
 }
 
 }  // namespace
-
-QColor categoryColour(int colorIndex, const QPalette& palette) {
-    const QColor accent = palette.color(QPalette::Link);
-    // Steps of the golden angle keep neighbours in a group far apart.
-    const int hue = (accent.hsvHue() + std::max(0, colorIndex) * 137) % 360;
-    // Bright enough to tell apart on the surface in light and dark alike.
-    return QColor::fromHsv(hue, std::clamp(accent.hsvSaturation(), 120, 170),
-                           std::max(accent.value(), 190));
-}
 
 CategorySheet::CategorySheet(RuntimeBridge& bridge, const std::optional<Uuid>& categoryID,
                              CategoryGroup group, QWidget* parent)
@@ -55,7 +47,7 @@ CategorySheet::CategorySheet(RuntimeBridge& bridge, const std::optional<Uuid>& c
     form->addRow(fieldLabel(QStringLiteral("Group"), m_group, this), m_group);
     m_colour = new QComboBox(this);
     for (int index = 0; index < kCategoryColours; ++index)
-        m_colour->addItem(swatch(categoryColour(index, palette())),
+        m_colour->addItem(swatch(categoryColour(palette(), index)),
                           QStringLiteral("Colour %1").arg(index + 1), index);
     m_colour->setCurrentIndex(std::clamp(m_category.colorIndex, 0, kCategoryColours - 1));
     form->addRow(fieldLabel(QStringLiteral("Colour"), m_colour, this), m_colour);
@@ -120,7 +112,7 @@ DeleteCategorySheet::DeleteCategorySheet(RuntimeBridge& bridge, const Uuid& cate
     m_replacement->addItem(QStringLiteral("None: back to Review"), QString());
     for (const LedgerCategory& other : ledger.categories) {
         if (other.id != categoryID)
-            m_replacement->addItem(swatch(categoryColour(other.colorIndex, palette())),
+            m_replacement->addItem(swatch(categoryColour(palette(), other.colorIndex)),
                                    toQString(other.name), toQString(other.id.text()));
     }
     form->addRow(fieldLabel(QStringLiteral("Move to"), m_replacement, this), m_replacement);

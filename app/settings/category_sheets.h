@@ -24,10 +24,6 @@ namespace copperwick::app {
 // How many colours a category can take.
 inline constexpr int kCategoryColours = 19;
 
-// The colour of a category's place in its group, worked out of the palette's
-// accent so that it sits with the skin in light and dark.
-[[nodiscard]] QColor categoryColour(int colorIndex, const QPalette& palette);
-
 class CategorySheet : public SheetDialog {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #include "app/settings/record_cards.h"
+#include "app/widgets/chart_colours.h"
 
 #include "app/settings/account_sheet.h"
 #include "app/settings/category_sheets.h"
@@ -197,7 +198,7 @@ void CategoriesCard::showRows() {
             auto* row = new RecordRow(toQString(category.name), {}, this);
             row->setProperty("recordID", toQString(category.id.text()));
             QPixmap dot(12, 12);
-            dot.fill(categoryColour(category.colorIndex, palette()));
+            dot.fill(categoryColour(palette(), category.colorIndex));
             auto* swatch = new QLabel(row);
             swatch->setPixmap(dot);
             static_cast<QHBoxLayout*>(row->layout())->insertWidget(0, swatch);

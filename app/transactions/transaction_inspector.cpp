@@ -17,6 +17,7 @@
 #include "core/model/money.h"
 #include "core/operations/classification.h"
 #include "core/operations/household_assignment.h"
+#include "core/operations/manual_entry.h"
 #include "core/reports/report_engine.h"
 #include "runtime/instant_text.h"
 
@@ -27,25 +28,8 @@ namespace {
 constexpr int kSectionGap = 18;
 
 // The kinds the filing editor offers, in the words of the review card's.
-constexpr std::pair<TransactionKind, const char*> kKinds[] = {
-    {TransactionKind::expense, "Spending"},
-    {TransactionKind::income, "Income"},
-    {TransactionKind::transfer, "Transfer"},
-};
-
-std::string kindWords(TransactionKind kind) {
-    switch (kind) {
-        case TransactionKind::expense:
-            return "Spending";
-        case TransactionKind::income:
-            return "Income";
-        case TransactionKind::transfer:
-            return "Transfer";
-        case TransactionKind::unknown:
-            break;
-    }
-    return "Needs review";
-}
+constexpr TransactionKind kKinds[] = {TransactionKind::expense, TransactionKind::income,
+                                      TransactionKind::transfer};
 
 const ImportBatch* batchOf(const Ledger& ledger, const LedgerTransaction& line) {
     if (!line.batchID)
@@ -263,13 +247,11 @@ void TransactionInspector::buildOne(QVBoxLayout* layout, const LedgerTransaction
     form->addWidget(fieldLabel(QStringLiteral("Merchant"), m_merchant, m_content), 0, 0);
     form->addWidget(m_merchant, 0, 1);
     m_kind = new QComboBox(m_content);
-    for (const auto& [kind, words] : kKinds)
-        m_kind->addItem(QString::fromUtf8(words), static_cast<int>(kind));
-    m_kind->setCurrentIndex(
-        std::max(0, m_kind->findData(static_cast<int>(
-                        line.kind == TransactionKind::unknown
-                            ? (line.amount > 0 ? TransactionKind::income : TransactionKind::expense)
-                            : line.kind))));
+    for (const TransactionKind kind : kKinds)
+        m_kind->addItem(toQString(label(kind)), static_cast<int>(kind));
+    m_kind->setCurrentIndex(std::max(
+        0, m_kind->findData(static_cast<int>(
+               line.kind == TransactionKind::unknown ? kindForAmount(line.amount) : line.kind))));
     form->addWidget(fieldLabel(QStringLiteral("Kind"), m_kind, m_content), 1, 0);
     form->addWidget(m_kind, 1, 1);
     m_category = new QComboBox(m_content);
@@ -305,7 +287,7 @@ void TransactionInspector::buildOne(QVBoxLayout* layout, const LedgerTransaction
                 QStringLiteral("posted ") +
                     toQString(DateText::medium(line.postedDate.value_or(line.date))),
                 true);
-    addText(layout, toQString(kindWords(line.kind)));
+    addText(layout, toQString(label(line.kind)));
     auto* assignRow = new QHBoxLayout;
     QPushButton* assign =
         pushButton(toQString(assignmentName(ledger, assignment(ledger, line))), m_content);
