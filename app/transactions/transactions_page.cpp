@@ -5,6 +5,7 @@
 
 #include <QActionGroup>
 #include <QCoreApplication>
+#include <QEvent>
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -135,6 +136,7 @@ TransactionsPage::TransactionsPage(RuntimeBridge& bridge, QWidget* parent)
     header->resizeSection(TransactionTableModel::amountColumn, 108);
     header->setSortIndicator(TransactionTableModel::dateColumn, Qt::DescendingOrder);
     header->setSortIndicatorShown(true);
+    m_table->installEventFilter(this);
 
     m_inspector = new TransactionInspector(bridge.runtime(), *m_actions, this);
     m_inspector->setMinimumWidth(280);
@@ -533,6 +535,25 @@ void TransactionsPage::setDetailsShown(bool shown) {
 void TransactionsPage::resizeEvent(QResizeEvent* event) {
     SectionPage::resizeEvent(event);
     placeInspector();
+}
+
+bool TransactionsPage::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_table && event->type() == QEvent::Resize)
+        fitColumns();
+    return SectionPage::eventFilter(watched, event);
+}
+
+void TransactionsPage::fitColumns() {
+    const int width = m_table->viewport()->width();
+    const int fit = width >= 640 ? 0 : width >= 520 ? 1 : 2;
+    // Only when the width crosses a step, so that a column the person
+    // widened keeps its width otherwise.
+    if (fit == m_columnFit)
+        return;
+    m_columnFit = fit;
+    m_table->setColumnHidden(TransactionTableModel::accountColumn, fit > 0);
+    m_table->horizontalHeader()->resizeSection(TransactionTableModel::categoryColumn,
+                                               fit > 1 ? 104 : 132);
 }
 
 void TransactionsPage::placeInspector() {

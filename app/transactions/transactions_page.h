@@ -87,11 +87,15 @@ class TransactionsPage : public SectionPage {
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     // Puts the inspector beside the table or over it, as the width asks,
     // and shows it as the person last asked for in that place.
     void placeInspector();
+    // A narrow table keeps room for the merchant's name and the amount: the
+    // account column goes first, then the category narrows.
+    void fitColumns();
     QWidget* buildToolbar();
     QWidget* buildFilters();
     QWidget* buildBanner();
@@ -138,6 +142,9 @@ class TransactionsPage : public SectionPage {
     std::vector<Uuid> m_selected;
     bool m_restoringSelection = false;
     SaveFilePanel m_savePanel;
+    // How narrow the table was when its columns were last fitted: 0 wide, 1
+    // without the account, 2 also with a narrow category.
+    int m_columnFit = 0;
 };
 
 }  // namespace copperwick::app
