@@ -1,5 +1,7 @@
 #include "app/cash/cash_page.h"
 
+#include <utility>
+
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPointer>
@@ -132,7 +134,18 @@ QPushButton* CashPage::archiveButton(const Uuid& walletID) const {
     return nullptr;
 }
 
+void CashPage::showEvent(QShowEvent* event) {
+    SectionPage::showEvent(event);
+    if (std::exchange(m_outdated, false))
+        refresh();
+}
+
 void CashPage::changeSaved(const SavedChange& change) {
+    // A hidden screen reads what changed when it next shows, not on every save.
+    if (!isVisible()) {
+        m_outdated = true;
+        return;
+    }
     if (!change.delta || touches(*change.delta, RecordKind::account)) {
         refresh();
         return;

@@ -48,6 +48,9 @@ class CashPage : public SectionPage {
     [[nodiscard]] QTableView* linesView() const { return m_lines; }
     [[nodiscard]] WalletLinesModel* linesModel() const { return m_model; }
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+
   private:
     struct WalletRow {
         Uuid id;
@@ -74,6 +77,8 @@ class CashPage : public SectionPage {
     QTableView* m_lines = nullptr;
     QLabel* m_noLines = nullptr;
     WalletLinesModel* m_model = nullptr;
+    // Saved while the page was hidden: it reads everything again when it shows.
+    bool m_outdated = false;
 };
 
 }  // namespace copperwick::app

@@ -1,5 +1,7 @@
 #include "app/settings/settings_page.h"
 
+#include <utility>
+
 #include <QApplication>
 #include <QPointer>
 
@@ -75,7 +77,18 @@ SettingsPage::SettingsPage(RuntimeBridge& bridge, QWidget* parent)
     connect(&m_bridge, &RuntimeBridge::changeSaved, this, &SettingsPage::changeSaved);
 }
 
+void SettingsPage::showEvent(QShowEvent* event) {
+    SectionPage::showEvent(event);
+    if (std::exchange(m_outdated, false))
+        changeSaved(SavedChange{.revision = m_bridge.runtime().revision(), .delta = std::nullopt});
+}
+
 void SettingsPage::changeSaved(const SavedChange& change) {
+    // A hidden screen reads what changed when it next shows, not on every save.
+    if (!isVisible()) {
+        m_outdated = true;
+        return;
+    }
     m_people->changeSaved(change);
     m_accounts->changeSaved(change);
     m_categories->changeSaved(change);

@@ -50,6 +50,9 @@ class SettingsPage : public SectionPage {
     // Where the update controls will stand; empty until they are built.
     [[nodiscard]] QWidget* updateControls() const { return m_updateControls; }
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+
   private:
     void changeSaved(const SavedChange& change);
     [[nodiscard]] SelfCheckOutcome checkSkinChange();
@@ -66,6 +69,8 @@ class SettingsPage : public SectionPage {
     DataCard* m_data = nullptr;
     QWidget* m_localAIControls = nullptr;
     QWidget* m_updateControls = nullptr;
+    // Saved while the page was hidden: it reads everything again when it shows.
+    bool m_outdated = false;
 };
 
 }  // namespace copperwick::app

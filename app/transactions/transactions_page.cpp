@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+#include <utility>
+
 #include <QActionGroup>
 #include <QCoreApplication>
 #include <QEvent>
@@ -512,6 +514,11 @@ void TransactionsPage::showAll() {
 }
 
 void TransactionsPage::changeSaved(const SavedChange& change) {
+    // A hidden screen reads what changed when it next shows, not on every save.
+    if (!isVisible()) {
+        m_outdated = true;
+        return;
+    }
     if (touches(change, {RecordKind::category, RecordKind::account, RecordKind::person})) {
         fillFilterMenu();
         fillAccountMenu();
@@ -521,6 +528,12 @@ void TransactionsPage::changeSaved(const SavedChange& change) {
         m_model->changeSaved(change);
     }
     m_inspector->changeSaved(change);
+}
+
+void TransactionsPage::showEvent(QShowEvent* event) {
+    SectionPage::showEvent(event);
+    if (std::exchange(m_outdated, false))
+        changeSaved(SavedChange{.revision = m_bridge.runtime().revision(), .delta = std::nullopt});
 }
 
 bool TransactionsPage::detailsShown() const {

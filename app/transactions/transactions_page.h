@@ -86,6 +86,7 @@ class TransactionsPage : public SectionPage {
     static constexpr int kFloatBelow = 700;
 
   protected:
+    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -145,6 +146,8 @@ class TransactionsPage : public SectionPage {
     // How narrow the table was when its columns were last fitted: 0 wide, 1
     // without the account, 2 also with a narrow category.
     int m_columnFit = 0;
+    // Saved while the page was hidden: it reads everything again when it shows.
+    bool m_outdated = false;
 };
 
 }  // namespace copperwick::app
