@@ -453,7 +453,8 @@ void ReportsPage::showTab() {
         }
     }
     auto* pageColumn = static_cast<QVBoxLayout*>(old->parentWidget()->layout());
-    pageColumn->replaceWidget(old, m_content);
+    // The layout hands back the old widget's item, which is ours to delete.
+    delete pageColumn->replaceWidget(old, m_content);
     m_content->show();
     old->hide();
     old->deleteLater();
