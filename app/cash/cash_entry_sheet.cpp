@@ -46,7 +46,7 @@ CashEntrySheet::CashEntrySheet(RuntimeBridge& bridge, const std::optional<Uuid>&
     setModal(true);
     keepAtLeastWide(520);
     LedgerRuntime& runtime = m_bridge.runtime();
-    runtime.setEntryEditorCount(runtime.entryEditorCount() + 1);
+    countAsEntryEditor(runtime);
 
     makeFields();
     m_save = addDefaultButton(QStringLiteral("Save"));
@@ -73,11 +73,6 @@ CashEntrySheet::CashEntrySheet(RuntimeBridge& bridge, const std::optional<Uuid>&
     });
     connect(m_date, &QLineEdit::textChanged, this, &CashEntrySheet::formChanged);
     m_amount->setFocus();
-}
-
-CashEntrySheet::~CashEntrySheet() {
-    LedgerRuntime& runtime = m_bridge.runtime();
-    runtime.setEntryEditorCount(std::max(0, runtime.entryEditorCount() - 1));
 }
 
 void CashEntrySheet::makeFields() {

@@ -34,7 +34,6 @@ class CashEntrySheet : public SheetDialog {
     // Opens on `walletID` when it is a wallet that can take entries.
     CashEntrySheet(RuntimeBridge& bridge, const std::optional<Uuid>& walletID,
                    QWidget* parent = nullptr);
-    ~CashEntrySheet() override;
 
     [[nodiscard]] QComboBox* kindField() const { return m_kind; }
     [[nodiscard]] QComboBox* walletField() const { return m_wallet; }

@@ -1,4 +1,5 @@
 #include "app/cash/cash_page.h"
+#include "app/widgets/saved_change.h"
 
 #include <utility>
 
@@ -32,11 +33,6 @@ constexpr std::string_view kNoLinesText = "No entries in this wallet yet.";
 
 // The most lines the table shows before it scrolls within the page.
 constexpr int kVisibleLines = 12;
-
-bool touches(const LedgerDelta& delta, RecordKind kind) {
-    const auto deleted = delta.deleted.find(kind);
-    return delta.changes(kind) || (deleted != delta.deleted.end() && !deleted->second.empty());
-}
 
 std::vector<const Account*> openWallets(const Ledger& ledger) {
     std::vector<const Account*> wallets;
@@ -146,7 +142,7 @@ void CashPage::changeSaved(const SavedChange& change) {
         m_outdated = true;
         return;
     }
-    if (!change.delta || touches(*change.delta, RecordKind::account)) {
+    if (touches(change, {RecordKind::account})) {
         refresh();
         return;
     }

@@ -18,7 +18,7 @@ NewWalletSheet::NewWalletSheet(RuntimeBridge& bridge, QWidget* parent)
     setModal(true);
     keepAtLeastWide(460);
     LedgerRuntime& runtime = m_bridge.runtime();
-    runtime.setEntryEditorCount(runtime.entryEditorCount() + 1);
+    countAsEntryEditor(runtime);
 
     QFormLayout* form = addForm();
     form->setVerticalSpacing(10);
@@ -39,11 +39,6 @@ NewWalletSheet::NewWalletSheet(RuntimeBridge& bridge, QWidget* parent)
     for (QLineEdit* field : {m_opening, m_date})
         connect(field, &QLineEdit::textChanged, this, &NewWalletSheet::formChanged);
     m_name->setFocus();
-}
-
-NewWalletSheet::~NewWalletSheet() {
-    LedgerRuntime& runtime = m_bridge.runtime();
-    runtime.setEntryEditorCount(std::max(0, runtime.entryEditorCount() - 1));
 }
 
 void NewWalletSheet::formChanged() {

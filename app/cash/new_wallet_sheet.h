@@ -23,7 +23,6 @@ class NewWalletSheet : public SheetDialog {
 
   public:
     explicit NewWalletSheet(RuntimeBridge& bridge, QWidget* parent = nullptr);
-    ~NewWalletSheet() override;
 
     [[nodiscard]] QLineEdit* nameField() const { return m_name; }
     [[nodiscard]] QLineEdit* openingCashField() const { return m_opening; }

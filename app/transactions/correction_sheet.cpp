@@ -22,7 +22,7 @@ CorrectionSheet::CorrectionSheet(LedgerRuntime& runtime, const Uuid& id, QWidget
     : SheetDialog(QStringLiteral("Correct Date, Amount or Description"), {}, parent),
       m_runtime(runtime),
       m_id(id) {
-    m_runtime.setEntryEditorCount(m_runtime.entryEditorCount() + 1);
+    countAsEntryEditor(m_runtime);
     keepAtLeastWide(500);
     const LedgerTransaction* line = m_runtime.ledger().transaction(id);
     const LedgerTransaction shown = line ? *line : LedgerTransaction{};
@@ -71,22 +71,6 @@ CorrectionSheet::CorrectionSheet(LedgerRuntime& runtime, const Uuid& id, QWidget
     addCancelButton();
     m_save = addDefaultButton(QStringLiteral("Save Correction"));
     connect(m_save, &QPushButton::clicked, this, &CorrectionSheet::save);
-}
-
-CorrectionSheet::~CorrectionSheet() {
-    stopCounting();
-}
-
-void CorrectionSheet::stopCounting() {
-    if (!m_counted)
-        return;
-    m_counted = false;
-    m_runtime.setEntryEditorCount(m_runtime.entryEditorCount() - 1);
-}
-
-void CorrectionSheet::done(int result) {
-    stopCounting();
-    SheetDialog::done(result);
 }
 
 QString CorrectionSheet::refusalText() const {

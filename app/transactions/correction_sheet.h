@@ -23,7 +23,6 @@ class CorrectionSheet : public SheetDialog {
 
   public:
     CorrectionSheet(LedgerRuntime& runtime, const Uuid& id, QWidget* parent = nullptr);
-    ~CorrectionSheet() override;
 
     [[nodiscard]] QLineEdit* dateField() const { return m_date; }
     [[nodiscard]] QLineEdit* amountField() const { return m_amount; }
@@ -35,17 +34,10 @@ class CorrectionSheet : public SheetDialog {
 
     void save();
 
-  protected:
-    // Closing, by any road, ends the sheet's count among the entry editors.
-    void done(int result) override;
-
   private:
-    void stopCounting();
-
     void showRefusal(const EntryError& error);
 
     LedgerRuntime& m_runtime;
-    bool m_counted = true;
     Uuid m_id;
     QLineEdit* m_date = nullptr;
     QLineEdit* m_amount = nullptr;

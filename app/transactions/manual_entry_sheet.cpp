@@ -27,7 +27,7 @@ constexpr EntryKind kKinds[] = {
 ManualEntrySheet::ManualEntrySheet(LedgerRuntime& runtime, QWidget* parent)
     : SheetDialog(QStringLiteral("Add Transaction"), toQString(kIntro), parent),
       m_runtime(runtime) {
-    m_runtime.setEntryEditorCount(m_runtime.entryEditorCount() + 1);
+    countAsEntryEditor(m_runtime);
     keepAtLeastWide(480);
     QFormLayout* form = addForm();
 
@@ -70,22 +70,6 @@ ManualEntrySheet::ManualEntrySheet(LedgerRuntime& runtime, QWidget* parent)
     connect(m_add, &QPushButton::clicked, this, &ManualEntrySheet::save);
     connect(m_kind, &QComboBox::currentIndexChanged, this, &ManualEntrySheet::fillCategories);
     fillCategories();
-}
-
-ManualEntrySheet::~ManualEntrySheet() {
-    stopCounting();
-}
-
-void ManualEntrySheet::stopCounting() {
-    if (!m_counted)
-        return;
-    m_counted = false;
-    m_runtime.setEntryEditorCount(m_runtime.entryEditorCount() - 1);
-}
-
-void ManualEntrySheet::done(int result) {
-    stopCounting();
-    SheetDialog::done(result);
 }
 
 void ManualEntrySheet::fillCategories() {

@@ -28,7 +28,6 @@ class ManualEntrySheet : public SheetDialog {
         "Manual entries are marked and undoable. A backup is made before saving.";
 
     explicit ManualEntrySheet(LedgerRuntime& runtime, QWidget* parent = nullptr);
-    ~ManualEntrySheet() override;
 
     [[nodiscard]] QComboBox* accountBox() const { return m_account; }
     [[nodiscard]] QLineEdit* dateField() const { return m_date; }
@@ -44,19 +43,12 @@ class ManualEntrySheet : public SheetDialog {
     // Checks the form, and saves it when nothing refuses it.
     void save();
 
-  protected:
-    // Closing, by any road, ends the sheet's count among the entry editors.
-    void done(int result) override;
-
   private:
-    void stopCounting();
-
     void fillCategories();
     void clearRefusals();
     void showRefusal(const EntryError& error);
 
     LedgerRuntime& m_runtime;
-    bool m_counted = true;
     QComboBox* m_account = nullptr;
     QLineEdit* m_date = nullptr;
     QLineEdit* m_amount = nullptr;

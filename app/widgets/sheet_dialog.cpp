@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <QPointer>
 
@@ -132,6 +133,27 @@ void SheetDialog::saveThenClose(LedgerRuntime& runtime, LedgerRuntime::PossibleC
         m_saveInBackgroundFrom);
     if (!*told)
         setEnabled(false);
+}
+
+SheetDialog::~SheetDialog() {
+    stopCounting();
+}
+
+void SheetDialog::countAsEntryEditor(LedgerRuntime& runtime) {
+    stopCounting();
+    m_countedIn = &runtime;
+    runtime.setEntryEditorCount(runtime.entryEditorCount() + 1);
+}
+
+void SheetDialog::done(int result) {
+    stopCounting();
+    QDialog::done(result);
+}
+
+void SheetDialog::stopCounting() {
+    LedgerRuntime* runtime = std::exchange(m_countedIn, nullptr);
+    if (runtime)
+        runtime->setEntryEditorCount(std::max(0, runtime->entryEditorCount() - 1));
 }
 
 }  // namespace copperwick::app

@@ -30,9 +30,13 @@ class SheetDialog : public QDialog {
   public:
     // An empty `intro` leaves the line out.
     SheetDialog(const QString& title, const QString& intro, QWidget* parent = nullptr);
+    ~SheetDialog() override;
 
     [[nodiscard]] QLabel* titleLabel() const { return m_title; }
     [[nodiscard]] QLabel* introLabel() const { return m_intro; }
+
+    // Closing, by any road, ends an entry sheet's count at once.
+    void done(int result) override;
 
     // From how many transactions the sheet's save runs beside the window.
     // Tests lower it to see the sheet wait.
@@ -65,6 +69,9 @@ class SheetDialog : public QDialog {
     // what was typed (the message bar says why). On a long history the save
     // runs beside the window and the sheet waits for it, disabled.
     void saveThenClose(LedgerRuntime& runtime, LedgerRuntime::PossibleChange change);
+    // A sheet for entries typed by hand counts among the runtime's entry
+    // editors from now until it closes.
+    void countAsEntryEditor(LedgerRuntime& runtime);
 
     void showEvent(QShowEvent* event) override;
 
@@ -76,6 +83,10 @@ class SheetDialog : public QDialog {
     QHBoxLayout* m_lead;
     QHBoxLayout* m_trail;
     std::size_t m_saveInBackgroundFrom = LedgerRuntime::kLongHistory;
+    // The runtime the sheet counts in while open, if it is an entry sheet.
+    LedgerRuntime* m_countedIn = nullptr;
+
+    void stopCounting();
 };
 
 // Lays the fields of one form row side by side in `box`, flush with the
