@@ -1,10 +1,12 @@
 // Pictures of the built screens on the demo workspace, in the light and the
 // dark form of the default skin, at 1280 by 800 and at the window's smallest
-// size, for a person to look at: written only when COPPERWICK_SCREENSHOT_DIR
-// names a folder. The README's pictures are the 1280 by 800 ones.
+// size, then every Reports tab, a line chosen in Transactions and the sheets,
+// for a person to look at: written only when COPPERWICK_SCREENSHOT_DIR names
+// a folder. The README's pictures are the 1280 by 800 ones.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include <QApplication>
@@ -13,11 +15,16 @@
 #include <QScrollBar>
 #include <QTest>
 
+#include "app/cash/cash_entry_sheet.h"
+#include "app/cash/cash_page.h"
 #include "app/import/import_page.h"
+#include "app/reports/reports_page.h"
 #include "app/rules/rules_page.h"
+#include "app/settings/account_sheet.h"
 #include "app/shell/main_window.h"
 #include "app/shell/qt_main_queue.h"
 #include "app/shell/skin_store.h"
+#include "app/transactions/transactions_page.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
 #include "tests/support/temp_folder.h"
@@ -105,7 +112,52 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         save(&window, QStringLiteral("import-") + form + QStringLiteral("-file-smallest"));
         importer.clear();
 
+        // Every Reports tab over three months, and a figure's drill-down.
+        window.resize(1280, 800);
+        runtime.setSection(AppSection::reports);
+        auto* reports = qobject_cast<ReportsPage*>(window.page(AppSection::reports));
+        ASSERT_NE(reports, nullptr);
+        reports->periodBox()->setCurrentIndex(static_cast<int>(PeriodChoice::last3Months));
+        for (int wait = 0; wait < 500 && reports->isBuilding(); ++wait)
+            QTest::qWait(10);
+        for (ReportTab tab : kReportTabs) {
+            reports->setTab(tab);
+            save(&window, QStringLiteral("reports-") + tabLabel(tab).toLower() + QLatin1Char('-') +
+                              form + QStringLiteral("-tab"));
+        }
+        reports->setTab(ReportTab::overview);
+        reports->tile(QStringLiteral("Spending"))->click();
+        save(reports->drillDownSheet(), QStringLiteral("sheet-drilldown-") + form);
+        reports->drillDownSheet()->reject();
+
+        // A spending line chosen in Transactions, with its details.
+        runtime.setSection(AppSection::transactions);
+        auto* transactions = qobject_cast<TransactionsPage*>(window.page(AppSection::transactions));
+        ASSERT_NE(transactions, nullptr);
+        for (int wait = 0; wait < 500 && transactions->model()->isReading(); ++wait)
+            QTest::qWait(10);
+        const auto& ids = transactions->model()->ids();
+        const auto spending = std::find_if(ids.begin(), ids.end(), [&](const Uuid& id) {
+            return runtime.ledger().transaction(id)->kind == TransactionKind::expense;
+        });
+        if (spending != ids.end())
+            transactions->selectLines({*spending});
+        save(&window, QStringLiteral("transactions-") + form + QStringLiteral("-chosen"));
+
         // The sheets, each as it opens.
+        runtime.setSection(AppSection::cash);
+        CashEntrySheet* cashEntry =
+            qobject_cast<CashPage*>(window.page(AppSection::cash))->openCashEntry();
+        ASSERT_NE(cashEntry, nullptr);
+        // A deposit, which asks for the bank side too.
+        cashEntry->kindField()->setCurrentIndex(5);
+        save(cashEntry, QStringLiteral("sheet-cash-") + form);
+        cashEntry->reject();
+        {
+            AccountSheet account(window.bridge(), runtime.ledger().accounts[0].id, &window);
+            account.show();
+            save(&account, QStringLiteral("sheet-account-") + form);
+        }
         runtime.setSection(AppSection::rules);
         auto* rules = qobject_cast<RulesPage*>(window.page(AppSection::rules));
         ASSERT_NE(rules, nullptr);
