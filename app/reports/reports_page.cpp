@@ -1,10 +1,10 @@
 #include "app/reports/reports_page.h"
+#include "app/settings/budgets_card.h"
 
 #include <algorithm>
 #include <set>
 
 #include <QFileDialog>
-#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
@@ -24,10 +24,7 @@
 #include "core/model/date_text.h"
 #include "core/model/file_output.h"
 #include "core/model/money.h"
-#include "core/operations/entry_error.h"
 #include "core/operations/report_notes.h"
-#include "core/operations/set_budget.h"
-#include "core/operations/update_settings.h"
 #include "core/reports/csv_export.h"
 #include "core/reports/figure_drill_downs.h"
 
@@ -898,87 +895,9 @@ void ReportsPage::addBudgets(QVBoxLayout* column) {
 }
 
 void ReportsPage::addBudgetEditors(QVBoxLayout* column) {
-    const Ledger& ledger = m_runtime.ledger();
-    auto* budgets = new SectionCard(QStringLiteral("Monthly budget"), {}, {}, m_content);
-    auto* form = new QFormLayout;
-    form->setHorizontalSpacing(16);
-    form->setVerticalSpacing(6);
-    for (const LedgerCategory& category : ledger.categories) {
-        if (category.group != CategoryGroup::expense)
-            continue;
-        auto* field = new QLineEdit(budgets);
-        if (const auto amount = monthlyBudget(ledger, category.id))
-            field->setText(toQString(Money::decimalString(*amount)));
-        field->setMaximumWidth(160);
-        field->setAlignment(Qt::AlignRight);
-        // A label's "&" would mark a mnemonic; the field keeps the name as written.
-        QString name = toQString(category.name);
-        form->addRow(fieldLabel(QString(name).replace(QLatin1Char('&'), QStringLiteral("&&")),
-                                field, budgets),
-                     field);
-        field->setAccessibleName(name);
-        connect(field, &QLineEdit::editingFinished, this,
-                [this, field, id = category.id, shown = field->text()] {
-                    if (field->text() != shown)
-                        saveBudget(id, field->text());
-                });
-    }
-    budgets->body()->addLayout(form);
-    column->addWidget(budgets);
-
-    auto* goal = new SectionCard(
-        QStringLiteral("Monthly savings goal"),
-        QStringLiteral("Optional: compare household income minus spending with a target for "
-                       "complete months. Leave empty to hide. Each goal uses your current report "
-                       "currency."),
-        {}, m_content);
-    auto* row = new QHBoxLayout;
-    row->setSpacing(8);
-    auto* field = new QLineEdit(goal);
-    field->setPlaceholderText(QStringLiteral("Optional monthly amount"));
-    field->setAccessibleName(field->placeholderText());
-    field->setMinimumWidth(220);
-    field->setMaximumWidth(260);
-    if (const auto& amount = ledger.settings->monthlySavingsGoal)
-        field->setText(toQString(Money::decimalString(*amount)));
-    QPushButton* save = pushButton(QStringLiteral("Save Goal"), goal);
-    row->addWidget(field);
-    row->addWidget(save);
-    row->addStretch(1);
-    goal->body()->addLayout(row);
-    connect(save, &QPushButton::clicked, this, [this, field] { saveGoal(field->text()); });
-    connect(field, &QLineEdit::returnPressed, this, [this, field] { saveGoal(field->text()); });
-    column->addWidget(goal);
-}
-
-void ReportsPage::saveBudget(const Uuid& categoryID, const QString& text) {
-    std::optional<int64_t> amount;
-    try {
-        amount = budgetEntered(toStdString(text));
-    } catch (const EntryError& refusal) {
-        m_runtime.setErrorMessage(refusal.what());
-        return;
-    }
-    m_runtime.applyForScreen(
-        [categoryID, amount](Ledger& ledger) -> std::optional<LedgerDelta> {
-            return setBudget(ledger, categoryID, amount);
-        },
-        [](const ApplyResult&) {});
-}
-
-void ReportsPage::saveGoal(const QString& text) {
-    std::optional<int64_t> goal;
-    try {
-        goal = savingsGoalEntered(toStdString(text));
-    } catch (const EntryError& refusal) {
-        m_runtime.setErrorMessage(refusal.what());
-        return;
-    }
-    m_runtime.applyForScreen(
-        [goal](Ledger& ledger) -> std::optional<LedgerDelta> {
-            return setSavingsGoal(ledger, goal);
-        },
-        [](const ApplyResult&) {});
+    // The same fields as in Settings: the tab is made again after each save,
+    // so the card always shows what the ledger holds.
+    column->addWidget(new BudgetsCard(m_bridge, m_content));
 }
 
 void ReportsPage::addRecurring(QVBoxLayout* column) {

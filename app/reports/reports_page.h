@@ -137,8 +137,6 @@ class ReportsPage : public SectionPage {
     void addBudgets(QVBoxLayout* column);
     // The family's monthly amounts and the savings goal, as typed.
     void addBudgetEditors(QVBoxLayout* column);
-    void saveBudget(const Uuid& categoryID, const QString& text);
-    void saveGoal(const QString& text);
     void addRecurring(QVBoxLayout* column);
     void addPaymentServices(QVBoxLayout* column);
 
