@@ -69,6 +69,7 @@ struct LedgerRuntime::ChangeAttempt {
     LedgerDelta delta;
     int64_t magnitude = 0;
     std::string message;
+    std::optional<EntryError> refusal;
 
     static ChangeAttempt failure(Kind kind, std::string message) {
         ChangeAttempt outcome;
@@ -78,17 +79,19 @@ struct LedgerRuntime::ChangeAttempt {
     }
 };
 
-LedgerRuntime::ChangeAttempt LedgerRuntime::attemptChange(const Ledger& base,
-                                                          int64_t magnitudeBefore,
-                                                          LedgerStore* store,
-                                                          const PossibleChange& change,
-                                                          std::future<void> safetyCopy) {
+LedgerRuntime::ChangeAttempt LedgerRuntime::attemptChange(
+    const Ledger& base, int64_t magnitudeBefore, LedgerStore* store, const PossibleChange& change,
+    std::future<void> safetyCopy, std::optional<EntryCopy> entryCopy) {
     using Kind = ChangeAttempt::Kind;
     Ledger copy = base;
     std::optional<LedgerDelta> delta;
     std::optional<std::string> refusal;
+    std::optional<EntryError> entryRefusal;
     try {
         delta = change(copy);
+    } catch (const EntryError& error) {
+        entryRefusal = error;
+        refusal = error.what();
     } catch (const std::exception& error) {
         // A refused entry, or amounts too large to add up: the copy goes,
         // the live ledger stays, and the person reads why.
@@ -102,8 +105,11 @@ LedgerRuntime::ChangeAttempt LedgerRuntime::attemptChange(const Ledger& base,
                                           std::string(kImportBackupRefusal) + error.what());
         }
     }
-    if (refusal)
-        return ChangeAttempt::failure(Kind::failed, std::move(*refusal));
+    if (refusal) {
+        ChangeAttempt refused = ChangeAttempt::failure(Kind::failed, std::move(*refusal));
+        refused.refusal = std::move(entryRefusal);
+        return refused;
+    }
     if (!delta)
         return ChangeAttempt{};
     if (!store)
@@ -112,6 +118,8 @@ LedgerRuntime::ChangeAttempt LedgerRuntime::attemptChange(const Ledger& base,
     if (magnitude > amount_limits::kLargestLedgerMagnitude && magnitude > magnitudeBefore)
         return ChangeAttempt::failure(Kind::failed, std::string(amount_limits::kTooLargeMessage));
     try {
+        if (entryCopy)
+            (void)entryCopy->backups->makeBackup(*store, "manual-entry", entryCopy->at);
         store->save(*delta, copy);
     } catch (const StoreError& error) {
         return ChangeAttempt::failure(error.kind() == StoreError::Case::changedElsewhere
@@ -133,6 +141,7 @@ struct LedgerRuntime::BackgroundChange {
     PossibleChange change;
     std::function<void(ApplyResult)> done;
     bool backUpBeforeImport = false;
+    EntryRoad entry = EntryRoad::none;
     int attempt = 0;
     // Which launch the main queue's word is about: a word for an attempt
     // already taken in must not make the main thread wait for the next one.
@@ -314,26 +323,38 @@ LedgerRuntime::Outcome LedgerRuntime::fail(std::string message) {
     return Outcome::failed;
 }
 
-LedgerRuntime::Outcome LedgerRuntime::save(const PossibleChange& change) {
+LedgerRuntime::Outcome LedgerRuntime::save(const PossibleChange& change, EntryRoad entry) {
     // One change at a time: one running in the background goes first.
     finishBackgroundChange();
     for (int attempt = 1;; ++attempt) {
-        ChangeAttempt tried = attemptChange(m_ledger, m_magnitude, m_store.get(), change);
+        // One safety copy is enough when the entry is worked out again
+        // after another program's save.
+        std::optional<EntryCopy> entryCopy;
+        if (entry != EntryRoad::none && attempt == 1)
+            entryCopy = EntryCopy{&m_backups, m_clock()};
+        ChangeAttempt tried =
+            attemptChange(m_ledger, m_magnitude, m_store.get(), change, {}, entryCopy);
         // Another program saved first: what it saved stays, and this change
         // is worked out again on top of it, as if it came second.
         if (tried.kind == ChangeAttempt::Kind::changedElsewhere && attempt < kSaveAttempts &&
             reload())
             continue;
-        return take(std::move(tried));
+        return take(std::move(tried), entry);
     }
 }
 
-LedgerRuntime::Outcome LedgerRuntime::take(ChangeAttempt tried) {
+LedgerRuntime::Outcome LedgerRuntime::take(ChangeAttempt tried, EntryRoad entry) {
     m_lastFailure.reset();
+    m_lastRefusal = std::move(tried.refusal);
     switch (tried.kind) {
         case ChangeAttempt::Kind::nothing:
             return Outcome::nothing;
         case ChangeAttempt::Kind::failed:
+            if (entry == EntryRoad::sheet && m_lastRefusal) {
+                m_lastFailure = std::move(tried.message);
+                return Outcome::failed;
+            }
+            return fail(std::move(tried.message));
         case ChangeAttempt::Kind::changedElsewhere:
             return fail(std::move(tried.message));
         case ChangeAttempt::Kind::saved:
@@ -353,6 +374,7 @@ ApplyResult LedgerRuntime::resultOf(Outcome outcome) {
         result.delta = std::exchange(m_lastDelta, {});
     } else if (outcome == Outcome::failed) {
         result.message = m_lastFailure;
+        result.refusal = m_lastRefusal;
     }
     return result;
 }
@@ -399,13 +421,15 @@ void LedgerRuntime::launchBackgroundChange() {
     // backups, which nothing else uses until this change is taken in.
     auto work = [base = m_ledger, magnitudeBefore = m_magnitude, store = m_store.get(),
                  backups = &m_backups, now = m_clock(), change = pending.change,
-                 backUp = pending.backUpBeforeImport && pending.attempt == 1]() {
+                 backUp = pending.backUpBeforeImport && pending.attempt == 1,
+                 entryCopy = pending.entry != EntryRoad::none && pending.attempt == 1]() {
         std::future<void> safetyCopy;
         if (backUp) {
             safetyCopy = startWork(
                 [store, backups, now] { (void)backups->makeBackup(*store, "before-import", now); });
         }
-        return attemptChange(base, magnitudeBefore, store, change, std::move(safetyCopy));
+        return attemptChange(base, magnitudeBefore, store, change, std::move(safetyCopy),
+                             entryCopy ? std::optional(EntryCopy{backups, now}) : std::nullopt);
     };
     pending.outcome =
         startWork([work = std::move(work), queue = m_mainQueue,
@@ -440,7 +464,7 @@ void LedgerRuntime::settleBackgroundChange() {
         launchBackgroundChange();
         return;
     }
-    pending->done(resultOf(take(std::move(tried))));
+    pending->done(resultOf(take(std::move(tried), pending->entry)));
 }
 
 bool LedgerRuntime::undoLastChange() {
@@ -457,25 +481,35 @@ bool LedgerRuntime::undoLastChange() {
 }
 
 bool LedgerRuntime::commitEntry(const Change& change) {
-    bool backedUp = false;
-    try {
-        const Outcome outcome = save([&](Ledger& ledger) -> std::optional<LedgerDelta> {
-            LedgerDelta delta = change(ledger);
-            if (!m_store)
-                throw EntryError(EntryError::Case::unavailable);
-            // No entry is saved without its safety copy; one is enough when
-            // the entry is worked out again after another program's save.
-            if (!backedUp) {
-                backUp("manual-entry");
-                backedUp = true;
-            }
-            return delta;
-        });
-        return outcome == Outcome::saved;
-    } catch (const std::exception& error) {
-        setErrorMessage(error.what());
-        return false;
+    return save(entryChange(change, m_store != nullptr), EntryRoad::messageBar) == Outcome::saved;
+}
+
+void LedgerRuntime::commitEntryForScreen(Change change, std::function<void(ApplyResult)> done,
+                                         std::size_t longFrom) {
+    PossibleChange entry = entryChange(std::move(change), m_store != nullptr);
+    // Without a file the entry is refused here, in its own words.
+    if (m_store && m_ledger.transactions.size() >= longFrom) {
+        finishBackgroundChange();
+        m_lastFailure.reset();
+        m_background = std::make_unique<BackgroundChange>();
+        m_background->change = std::move(entry);
+        m_background->done = std::move(done);
+        m_background->entry = EntryRoad::sheet;
+        launchBackgroundChange();
+        return;
     }
+    done(resultOf(save(entry, EntryRoad::sheet)));
+}
+
+LedgerRuntime::PossibleChange LedgerRuntime::entryChange(Change change, bool canSave) {
+    return [change = std::move(change), canSave](Ledger& ledger) -> std::optional<LedgerDelta> {
+        LedgerDelta delta = change(ledger);
+        // Checked after the entry itself, so that what was typed is
+        // answered first.
+        if (!canSave)
+            throw EntryError(EntryError::Case::unavailable);
+        return delta;
+    };
 }
 
 void LedgerRuntime::undoLastChangeForScreen(std::function<void(bool)> done, std::size_t longFrom) {

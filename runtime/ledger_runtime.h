@@ -27,6 +27,7 @@
 #include "core/model/instant.h"
 #include "core/model/ledger.h"
 #include "core/model/ledger_delta.h"
+#include "core/operations/entry_error.h"
 #include "core/reports/report_bundle.h"
 #include "core/reports/report_filter.h"
 #include "core/store/backup_manager.h"
@@ -61,6 +62,9 @@ struct ApplyResult {
     // Why it wasn't saved, in the words the message bar shows; absent when
     // it was, or when the change found nothing to do.
     std::optional<std::string> message;
+    // An entry typed by hand that was refused, for the sheet to show beside
+    // the field it concerns; then `message` holds its words too.
+    std::optional<EntryError> refusal;
 };
 
 // Told to observers after every change that reached the disk and the live
@@ -170,6 +174,13 @@ class LedgerRuntime {
     // Entries typed by hand: refused entries and failed safety backups show
     // their message and save nothing. True when the entry was saved.
     bool commitEntry(const Change& change);
+    // The same for a sheet, beside the window from `longFrom` transactions
+    // on, as applyForScreen. A refusal goes back to the sheet in `refusal`
+    // rather than to the message bar: the sheet stays open and shows it
+    // under what was typed. The safety copy is made once the entry is
+    // accepted, on the same thread as its save.
+    void commitEntryForScreen(Change change, std::function<void(ApplyResult)> done,
+                              std::size_t longFrom = kLongHistory);
     // The safety copy before an import; false (with the message shown) means
     // the caller must not commit.
     [[nodiscard]] bool backUpBeforeImport();
@@ -216,6 +227,14 @@ class LedgerRuntime {
     };
     struct BackgroundChange;
     struct ChangeAttempt;
+    // Whether a change is an entry typed by hand, which is saved only with
+    // a safety copy, and where its refusal is shown.
+    enum class EntryRoad { none, messageBar, sheet };
+    // Where and when an entry's safety copy is made.
+    struct EntryCopy {
+        const BackupManager* backups = nullptr;
+        Instant at;
+    };
     // How often a change is worked out again when other programs keep
     // saving first.
     static constexpr int kSaveAttempts = 5;
@@ -229,16 +248,22 @@ class LedgerRuntime {
     // Fills a demo's fresh file with the fictional household and shows its reports.
     void openDemo();
     // The road of every change: run on a copy, check, save, install.
-    Outcome save(const PossibleChange& change);
+    Outcome save(const PossibleChange& change, EntryRoad entry = EntryRoad::none);
     // One attempt at a change: run on a copy of `base`, checked against the
     // ledger-wide amount limit, and saved once the safety copy (when there
     // is one) is made. Touches nothing but its arguments, so it runs on the
     // main thread or beside it alike.
+    // An entry's safety copy (`entryCopy`) is made after the change is
+    // worked out and before it is saved, so a refused entry needs none.
     static ChangeAttempt attemptChange(const Ledger& base, int64_t magnitudeBefore,
                                        LedgerStore* store, const PossibleChange& change,
-                                       std::future<void> safetyCopy = {});
-    // Makes an attempt's saved ledger live, or shows why it wasn't saved.
-    Outcome take(ChangeAttempt tried);
+                                       std::future<void> safetyCopy = {},
+                                       std::optional<EntryCopy> entryCopy = std::nullopt);
+    // An entry typed by hand as a change that is refused when nothing can be saved.
+    static PossibleChange entryChange(Change change, bool canSave);
+    // Makes an attempt's saved ledger live, or shows why it wasn't saved:
+    // on the message bar, except an entry's refusal, which a sheet shows.
+    Outcome take(ChangeAttempt tried, EntryRoad entry = EntryRoad::none);
     // What apply and the screens' changes hand back, after take.
     ApplyResult resultOf(Outcome outcome);
     // Shows why a change wasn't saved, and keeps it for apply's answer.
@@ -262,6 +287,7 @@ class LedgerRuntime {
     // apply to hand back.
     LedgerDelta m_lastDelta;
     std::optional<std::string> m_lastFailure;
+    std::optional<EntryError> m_lastRefusal;
     Observable<int64_t> m_revision{0};
     int m_activeReportBuilds = 0;
     int m_activePDFBuilds = 0;

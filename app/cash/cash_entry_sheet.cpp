@@ -227,12 +227,11 @@ void CashEntrySheet::save() {
     }
     LedgerRuntime& runtime = m_bridge.runtime();
     const Instant now = runtime.now();
-    if (runtime.commitEntry([&](Ledger& copy) { return enterCash(copy, entry, now); })) {
-        accept();
-        return;
-    }
-    // The message bar says it too; here it stands beside what was typed.
-    m_refusal->setRefusal(toQString(runtime.errorMessage().value_or(std::string())));
+    saveEntryThenClose(
+        runtime, [entry, now](Ledger& copy) { return enterCash(copy, entry, now); },
+        [this](const EntryError& error) {
+            m_refusal->setRefusal(QString::fromUtf8(error.what()));
+        });
 }
 
 }  // namespace copperwick::app

@@ -67,13 +67,16 @@ void NewWalletSheet::save() {
     wallet.currency = runtime.ledger().settings->reportCurrency;
     const LocalDate date = form.date.value_or(runtime.today());
     const Instant now = runtime.now();
-    if (runtime.commitEntry(
-            [&](Ledger& copy) { return addWallet(copy, wallet, form.openingCash, date, now); })) {
-        m_saved = wallet.id;
-        accept();
-        return;
-    }
-    m_refusal->setRefusal(toQString(runtime.errorMessage().value_or(std::string())));
+    // Read only once the sheet is accepted, which is once the wallet is saved.
+    m_saved = wallet.id;
+    saveEntryThenClose(
+        runtime,
+        [wallet, opening = form.openingCash, date, now](Ledger& copy) {
+            return addWallet(copy, wallet, opening, date, now);
+        },
+        [this](const EntryError& error) {
+            m_refusal->setRefusal(QString::fromUtf8(error.what()));
+        });
 }
 
 }  // namespace copperwick::app

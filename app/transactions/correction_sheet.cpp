@@ -1,6 +1,5 @@
 #include "app/transactions/correction_sheet.h"
 
-#include "app/transactions/entry_refusal.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_styles.h"
 #include "core/model/date_text.h"
@@ -124,12 +123,7 @@ void CorrectionSheet::save() {
                                           now](Ledger& ledger) {
         return correctTransaction(ledger, id, date, amount, description, reason, now);
     };
-    if (const auto refusal = refusalOf(m_runtime.ledger(), change)) {
-        showRefusal(*refusal);
-        return;
-    }
-    if (m_runtime.commitEntry(change))
-        accept();
+    saveEntryThenClose(m_runtime, change, [this](const EntryError& error) { showRefusal(error); });
 }
 
 }  // namespace copperwick::app

@@ -1,6 +1,5 @@
 #include "app/transactions/manual_entry_sheet.h"
 
-#include "app/transactions/entry_refusal.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_styles.h"
 #include "core/operations/manual_entry.h"
@@ -147,12 +146,7 @@ void ManualEntrySheet::save() {
     const LedgerRuntime::Change change = [entry, now](Ledger& ledger) {
         return addManualTransaction(ledger, entry, now);
     };
-    if (const auto refusal = refusalOf(m_runtime.ledger(), change)) {
-        showRefusal(*refusal);
-        return;
-    }
-    if (m_runtime.commitEntry(change))
-        accept();
+    saveEntryThenClose(m_runtime, change, [this](const EntryError& error) { showRefusal(error); });
 }
 
 }  // namespace copperwick::app

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "app/transactions/entry_refusal.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_styles.h"
 #include "core/model/money.h"
@@ -167,12 +166,9 @@ void SplitSheet::saveParts(const std::vector<TransactionSplit>& parts) {
     const LedgerRuntime::Change change = [id = m_id, parts, now](Ledger& ledger) {
         return splitTransaction(ledger, id, parts, now);
     };
-    if (const auto refusal = refusalOf(m_runtime.ledger(), change)) {
-        m_refusal->setRefusal(QString::fromUtf8(refusal->what()));
-        return;
-    }
-    if (m_runtime.commitEntry(change))
-        accept();
+    saveEntryThenClose(m_runtime, change, [this](const EntryError& error) {
+        m_refusal->setRefusal(QString::fromUtf8(error.what()));
+    });
 }
 
 }  // namespace copperwick::app

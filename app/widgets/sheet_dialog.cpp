@@ -118,19 +118,43 @@ QWidget* withRefusalLine(QWidget* field, RefusalLine*& refusal, QWidget* parent)
 }
 
 void SheetDialog::saveThenClose(LedgerRuntime& runtime, LedgerRuntime::PossibleChange change) {
-    auto told = std::make_shared<bool>(false);
-    runtime.applyForScreen(
-        std::move(change),
-        [sheet = QPointer<SheetDialog>(this), told](const ApplyResult& result) {
-            *told = true;
-            // Closed by the window manager meanwhile: what was saved stays saved.
-            if (!sheet)
-                return;
-            sheet->setEnabled(true);
-            if (!result.message)
-                sheet->accept();
+    waitFor(
+        [&runtime, &change, this](std::function<void(const ApplyResult&)> done) {
+            runtime.applyForScreen(std::move(change), std::move(done), m_saveInBackgroundFrom);
         },
-        m_saveInBackgroundFrom);
+        [this](const ApplyResult& result) {
+            if (!result.message)
+                accept();
+        });
+}
+
+void SheetDialog::saveEntryThenClose(LedgerRuntime& runtime, LedgerRuntime::Change change,
+                                     std::function<void(const EntryError&)> refused) {
+    waitFor(
+        [&runtime, &change, this](std::function<void(const ApplyResult&)> done) {
+            runtime.commitEntryForScreen(std::move(change), std::move(done),
+                                         m_saveInBackgroundFrom);
+        },
+        [this, refused = std::move(refused)](const ApplyResult& result) {
+            if (result.refusal)
+                refused(*result.refusal);
+            else if (!result.message)
+                accept();
+        });
+}
+
+void SheetDialog::waitFor(const std::function<void(std::function<void(const ApplyResult&)>)>& save,
+                          std::function<void(const ApplyResult&)> settled) {
+    auto told = std::make_shared<bool>(false);
+    save([sheet = QPointer<SheetDialog>(this), told,
+          settled = std::move(settled)](const ApplyResult& result) {
+        *told = true;
+        // Closed by the window manager meanwhile: what was saved stays saved.
+        if (!sheet)
+            return;
+        sheet->setEnabled(true);
+        settled(result);
+    });
     if (!*told)
         setEnabled(false);
 }

@@ -10,6 +10,8 @@
 // Layout…). Every button is named by its words, and Enter or Space presses
 // the one that has the keyboard. Main thread only.
 
+#include <functional>
+
 #include <QDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -69,6 +71,10 @@ class SheetDialog : public QDialog {
     // what was typed (the message bar says why). On a long history the save
     // runs beside the window and the sheet waits for it, disabled.
     void saveThenClose(LedgerRuntime& runtime, LedgerRuntime::PossibleChange change);
+    // The same for an entry typed by hand, with its safety copy: a refusal
+    // goes to `refused`, to stand under the field it concerns.
+    void saveEntryThenClose(LedgerRuntime& runtime, LedgerRuntime::Change change,
+                            std::function<void(const EntryError&)> refused);
     // A sheet for entries typed by hand counts among the runtime's entry
     // editors from now until it closes.
     void countAsEntryEditor(LedgerRuntime& runtime);
@@ -76,6 +82,10 @@ class SheetDialog : public QDialog {
     void showEvent(QShowEvent* event) override;
 
   private:
+    // Sets the sheet waiting until `done` is told, unless it already was.
+    void waitFor(const std::function<void(std::function<void(const ApplyResult&)>)>& save,
+                 std::function<void(const ApplyResult&)> settled);
+
     QLabel* m_title;
     QLabel* m_intro;
     QSpacerItem* m_width;

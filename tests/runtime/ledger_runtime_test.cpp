@@ -561,6 +561,47 @@ TEST(LedgerRuntime, BackgroundChangeBecomesLiveOnlyWhenTheMainThreadTakesItIn) {
     EXPECT_EQ(namesOf(f.launch()->ledger()), std::vector<std::string>{"Dana"});
 }
 
+// A sheet's entry on a long history: the refusal comes back to the sheet in
+// its own case, not through the message bar, and an accepted entry is backed
+// up and saved beside the window before it is live.
+TEST(LedgerRuntime, AScreensEntryIsRefusedToTheSheetAndSavedBesideTheWindow) {
+    Fixture f;
+    LedgerRuntime runtime(f.queued());
+    std::optional<ApplyResult> result;
+    const auto told = [&](ApplyResult r) { result = std::move(r); };
+
+    runtime.commitEntryForScreen(
+        [](Ledger&) -> LedgerDelta { throw EntryError(EntryError::Case::amount); }, told, 0);
+    f.queue->runUntil([&] { return result.has_value(); });
+    ASSERT_TRUE(result->refusal);
+    EXPECT_EQ(result->refusal->kind(), EntryError::Case::amount);
+    EXPECT_EQ(result->message, "Enter a nonzero amount with no more than two decimal places.");
+    EXPECT_FALSE(runtime.errorMessage()) << "the sheet shows it under the field";
+    EXPECT_TRUE(f.backups().empty());
+
+    result.reset();
+    runtime.commitEntryForScreen([](Ledger& l) { return addPerson(l, "Dana"); }, told, 0);
+    EXPECT_TRUE(runtime.isChangingInBackground());
+    EXPECT_TRUE(runtime.ledger().people.empty());
+    f.queue->runUntil([&] { return result.has_value(); });
+    EXPECT_TRUE(result->saved);
+    EXPECT_FALSE(result->refusal);
+    EXPECT_EQ(namesOf(runtime.ledger()), std::vector<std::string>{"Dana"});
+    ASSERT_EQ(f.backups().size(), 1u);
+    EXPECT_EQ(f.backups()[0].reason, "manual entry");
+
+    // A failed safety copy is no refusal of what was typed: the bar says it.
+    result.reset();
+    std::filesystem::remove_all(f.temp / "Copperwick" / "Backups");
+    testing::writeFile(f.temp / "Copperwick" / "Backups", "in the way");
+    runtime.commitEntryForScreen([](Ledger& l) { return addPerson(l, "Sam"); }, told, 0);
+    f.queue->runUntil([&] { return result.has_value(); });
+    EXPECT_FALSE(result->saved);
+    EXPECT_FALSE(result->refusal);
+    EXPECT_TRUE(runtime.errorMessage());
+    EXPECT_EQ(namesOf(f.launch()->ledger()), std::vector<std::string>{"Dana"});
+}
+
 TEST(LedgerRuntime, ChangeMadeWhileOneRunsInTheBackgroundComesSecond) {
     // A decision made on the Review screen while an import saved in the
     // background must neither be lost under the import's save nor lose it.

@@ -179,5 +179,35 @@ TEST_F(TransactionSheetsTest, ManualEntryRefusalKeepsTheSheetOpenWithTheInput) {
     EXPECT_EQ(shownIds(), std::vector<Uuid>{added->id});
 }
 
+// On a long history the entry is checked, backed up and saved beside the
+// window: the sheet waits closed to the keyboard, a refusal still comes back
+// under the field with what was typed, and an accepted entry closes it.
+TEST_F(TransactionSheetsTest, OnALongHistoryTheEntrySheetWaitsForItsSave) {
+    const std::size_t before = ledger().transactions.size();
+    QTest::mouseClick(page().addButton(), Qt::LeftButton);
+    ManualEntrySheet* sheet = openedSheet<ManualEntrySheet>();
+    ASSERT_NE(sheet, nullptr);
+    sheet->setSaveInBackgroundFrom(0);
+    typeInto(sheet, sheet->amountField(), "12.50");
+    typeInto(sheet, sheet->descriptionField(), "Farmers market");
+    QTest::keyClick(sheet->descriptionField(), Qt::Key_Return);
+    EXPECT_FALSE(sheet->isEnabled());
+    runtime().mainQueue()->runUntil([&] { return !runtime().isChangingInBackground(); });
+    EXPECT_TRUE(sheet->isEnabled());
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_EQ(sheet->refusalText(), "Choose a category that matches spending or income.");
+    EXPECT_EQ(sheet->descriptionField()->text(), "Farmers market");
+    EXPECT_FALSE(runtime().errorMessage()) << "the refusal stands under the field alone";
+
+    sheet->categoryBox()->setCurrentIndex(sheet->categoryBox()->findText("Groceries"));
+    QTest::keyClick(sheet->amountField(), Qt::Key_Return);
+    EXPECT_FALSE(sheet->isEnabled());
+    EXPECT_EQ(ledger().transactions.size(), before) << "nothing is live until it is saved";
+    runtime().mainQueue()->runUntil([&] { return !runtime().isChangingInBackground(); });
+    ASSERT_TRUE(waitUntil([&] { return openedSheetGone<ManualEntrySheet>(); }));
+    EXPECT_EQ(ledger().transactions.size(), before + 1);
+    EXPECT_EQ(runtime().entryEditorCount(), 0);
+}
+
 }  // namespace
 }  // namespace copperwick::testing
