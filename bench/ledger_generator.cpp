@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include "core/model/household_resolution.h"
+
 namespace copperwick::bench {
 
 namespace {
@@ -101,9 +103,20 @@ Ledger generateLedger(const GeneratorOptions& options) {
         ledger.batches.push_back(batch);
     }
     ledger.transactions.reserve(options.transactions);
+    // As an import stores every line: whose spending its account makes it.
+    std::vector<SpendingAssignment> inherited;
+    for (const Account& account : ledger.accounts)
+        inherited.push_back(defaultAssignment(account));
+    const auto inheritedBy = [&](const Uuid& account) {
+        for (std::size_t a = 0; a < accounts.size(); ++a) {
+            if (accounts[a] == account)
+                return inherited[a];
+        }
+        return SpendingAssignment::unassigned();
+    };
     const auto addLine = [&](std::size_t line, const Uuid& account, LocalDate date, int64_t amount,
                              const std::string& description) {
-        const LedgerTransaction t{
+        LedgerTransaction t{
             .id = nextID(random),
             .accountID = account,
             .batchID = batches[random() % batches.size()],
@@ -112,6 +125,7 @@ Ledger generateLedger(const GeneratorOptions& options) {
             .amount = amount,
             .rawDescription = description,
             .fingerprint = fmt::format("{}|{}|{}", date.iso(), amount, description)};
+        t.inheritedAssignment = inheritedBy(account);
         ledger.transactions.set(t.id, t);
     };
     for (std::size_t i = 0; i < options.transactions; ++i) {
@@ -151,6 +165,12 @@ Ledger generateLedger(const GeneratorOptions& options) {
                             .status = TransactionStatus::posted,
                             .fingerprint = fmt::format("{}|{}|{}", date.iso(), amount, description),
                             .occurrence = 1};
+        t.inheritedAssignment = inheritedBy(t.accountID);
+        // A few bank lines arrive with the card's own merchant and category.
+        if (random() % 8 == 0) {
+            t.bankMerchant = kMerchantStems[stem];
+            t.bankCategory = "Merchandise";
+        }
         if (random() % 4 != 0) {
             t.kind = TransactionKind::expense;
             t.merchantID = merchants[stem];
@@ -158,6 +178,9 @@ Ledger generateLedger(const GeneratorOptions& options) {
             t.method = MatchMethod::learned;
             t.evidence = "You filed this merchant before.";
             t.review = ReviewState::automatic;
+        } else {
+            t.evidence = fmt::format("Merchant {} from the bank text; no category yet.",
+                                     kMerchantStems[stem]);
         }
         ledger.transactions.set(t.id, t);
     }

@@ -101,9 +101,10 @@ constexpr uint64_t kRequired =
     bit(Field::fingerprint) | bit(Field::occurrence) | bit(Field::kind) | bit(Field::method) |
     bit(Field::evidence) | bit(Field::review) | bit(Field::voided) | bit(Field::note);
 
-// Values that are objects or arrays, left to the ordinary reader.
-constexpr uint64_t kNested = bit(Field::suggestion) | bit(Field::spendingAssignment) |
-                             bit(Field::inheritedAssignment) | bit(Field::originalDetails) |
+// Values that are objects or arrays, left to the ordinary reader. The two
+// assignments are objects too, but read here in the forms the encoder
+// writes: every imported line carries the one it inherited.
+constexpr uint64_t kNested = bit(Field::suggestion) | bit(Field::originalDetails) |
                              bit(Field::revisions) | bit(Field::splits);
 
 // A key as a row spells it, closing quote included, as the little-endian
@@ -564,11 +565,42 @@ class Scanner {
                 // Null is absence: fine for an optional field, fatal for a required one.
                 return readWord("null") &&
                        (field == Field::unknown || (kRequired & bit(field)) == 0);
+            case '{':
+                if (field == Field::spendingAssignment)
+                    return readAssignment(m_record.spendingAssignment);
+                if (field == Field::inheritedAssignment)
+                    return readAssignment(m_record.inheritedAssignment);
+                return false;
             default: {
                 int64_t value = 0;
                 return readInteger(value) && takeInteger(field, value);
             }
         }
+    }
+
+    // {"unassigned":{}}, {"shared":{}} or {"person":{"_0":"ID"}}, white space
+    // allowed between tokens; any other spelling is declined, and the
+    // ordinary reader decides what it means.
+    bool readAssignment(std::optional<SpendingAssignment>& out) {
+        if (!takeAfterSpace('{') || !takeAfterSpace('"'))
+            return false;
+        std::string_view name;
+        if (!readString(name) || !takeAfterSpace(':') || !takeAfterSpace('{'))
+            return false;
+        if (name == "person") {
+            Uuid person;
+            if (!takeAfterSpace('"') || !readWord("_0\"") || !takeAfterSpace(':') ||
+                !takeAfterSpace('"') || !takeUuid(person))
+                return false;
+            out = SpendingAssignment::person(person);
+        } else if (name == "shared") {
+            out = SpendingAssignment::shared();
+        } else if (name == "unassigned") {
+            out = SpendingAssignment::unassigned();
+        } else {
+            return false;
+        }
+        return takeAfterSpace('}') && takeAfterSpace('}');
     }
 
     // The take functions come after the opening quote and read the string

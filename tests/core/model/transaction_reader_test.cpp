@@ -1,5 +1,6 @@
 #include "core/model/transaction_reader.h"
 
+#include <array>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -25,8 +26,14 @@ using testing::randomFlatTransaction;
 
 TEST(TransactionReader, ReadsEveryFlatRecordAsTheTreeReaderDoes) {
     std::mt19937 random(7);
+    const std::array<std::optional<SpendingAssignment>, 4> assignments{
+        std::nullopt, SpendingAssignment::unassigned(), SpendingAssignment::shared(),
+        SpendingAssignment::person(*Uuid::parse("5A1F6C3E-2B4D-4E8F-9A0B-1C2D3E4F5A6B"))};
     for (int i = 0; i < 500; ++i) {
-        const auto t = randomFlatTransaction(random);
+        auto t = randomFlatTransaction(random);
+        // Every imported line carries the assignment it inherited.
+        t.inheritedAssignment = assignments[static_cast<std::size_t>(i) % 4];
+        t.spendingAssignment = assignments[static_cast<std::size_t>(i / 4) % 4];
         const auto text = record_json::encode(t);
         const auto flat = detail::readFlatTransaction(text);
         ASSERT_TRUE(flat) << text;
@@ -37,7 +44,8 @@ TEST(TransactionReader, ReadsEveryFlatRecordAsTheTreeReaderDoes) {
 TEST(TransactionReader, LeavesNestedRecordsToTheTreeReader) {
     std::mt19937 random(11);
     auto t = randomFlatTransaction(random);
-    t.spendingAssignment = SpendingAssignment::shared();
+    t.splits = {
+        TransactionSplit{.id = Uuid::random(), .categoryID = Uuid::random(), .amount = t.amount}};
     const auto text = record_json::encode(t);
     EXPECT_FALSE(detail::readFlatTransaction(text));
     const auto decoded = record_json::decode<LedgerTransaction>(text);
@@ -95,7 +103,15 @@ TEST(TransactionReader, TakesOnlyWhatTheTreeReaderReadsTheSame) {
          quick},
         {R"("note":"n")",
          R"("externalID":"e","note":"n","batchID":"0B3C9E2A-7D41-4F6E-8C5B-2A1D0E9F8C7B")", quick},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"unassigned":{}})", quick},
+        {R"("note":"n")", R"("note":"n","spendingAssignment" : { "shared" : { } } )", quick},
+        {R"("note":"n")",
+         R"("note":"n","spendingAssignment":{"person":{"_0":"5A1F6C3E-2B4D-4E8F-9A0B-1C2D3E4F5A6B"}})",
+         quick},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"shared":{}})", quick},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":null)", quick},
         // Readable, but left to the tree reader.
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"shared":{"x":1}})", handedOn},
         {R"("note":"n")", R"("note":"n","mood":1.5)", handedOn},
         {R"("note":"n")", R"("note":"n","mood":{"a":[1]})", handedOn},
         {R"("note":"n")", R"("note":"n","mood":[])", handedOn},
@@ -137,6 +153,15 @@ TEST(TransactionReader, TakesOnlyWhatTheTreeReaderReadsTheSame) {
         {R"(,"note":"n")", "", refused},
         {"{", "\xEF\xBB\xBF{", refused},
         {"{", "[{", refused},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{})", refused},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"nobody":{}})", refused},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"shared":{},"unassigned":{}})",
+         refused},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"person":{}})", refused},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"person":{"_0":"nobody"}})",
+         refused},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":{"shared":[]})", refused},
+        {R"("note":"n")", R"("note":"n","inheritedAssignment":"shared")", refused},
     };
     for (const auto& c : cases) {
         const std::string text = edited(c.from, c.to);
