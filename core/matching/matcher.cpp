@@ -22,6 +22,10 @@ struct Matcher::Memo {
     std::unordered_map<std::string, std::optional<MerchantDirectory::Hit>> directoryHits;
     std::unordered_map<std::string, std::optional<MerchantDirectory::Closest>> closest;
     std::unordered_map<std::string, std::optional<SimilarMerchant>> similar;
+    // A bank file repeats its texts: a year of a card holds a few hundred
+    // shops. The built-in rules' answer hangs on the text, the direction of
+    // the money and the account's type alone, so each is asked once.
+    std::unordered_map<std::string, const BuiltInRule*> builtInRules;
 };
 
 namespace {
@@ -42,6 +46,11 @@ bool longerKeyFirst(std::string_view a, std::string_view b) {
     if (lengthA != lengthB)
         return lengthA > lengthB;
     return a < b;
+}
+
+// Which way money went, as the built-in rules tell it apart.
+char directionOf(int64_t amount) {
+    return amount < 0 ? '-' : amount > 0 ? '+' : '0';
 }
 
 // `prefix` followed by one blank begins `key`: a learned key applies to a
@@ -339,6 +348,24 @@ const std::optional<MerchantDirectory::Closest>& Matcher::closest(const std::str
     return it->second;
 }
 
+const BuiltInRule* Matcher::builtInRule(std::string_view normalized, int64_t amount,
+                                        std::optional<AccountType> accountType) const {
+    std::string key;
+    key.reserve(normalized.size() + 3);
+    key.append(normalized);
+    key.push_back('\0');
+    key.push_back(directionOf(amount));
+    key.push_back(accountType ? static_cast<char>('a' + static_cast<int>(*accountType)) : '-');
+    auto it = m_memo->builtInRules.find(key);
+    if (it == m_memo->builtInRules.end()) {
+        it = m_memo->builtInRules
+                 .emplace(std::move(key), BuiltInRuleSet::match(normalized, amount, accountType,
+                                                                m_disabledBuiltIns))
+                 .first;
+    }
+    return it->second;
+}
+
 std::optional<Matcher::SimilarMerchant> Matcher::similarLearned(const std::string& key) const {
     if (const auto it = m_memo->similar.find(key); it != m_memo->similar.end())
         return it->second;
@@ -447,8 +474,7 @@ MatchResult Matcher::match(const LedgerTransaction& transaction, const MerchantT
         std::optional<AccountType> accountType;
         if (const auto it = m_accountsByID.find(transaction.accountID); it != m_accountsByID.end())
             accountType = it->second.type;
-        if (const BuiltInRule* rule = BuiltInRuleSet::match(normalized, transaction.amount,
-                                                            accountType, m_disabledBuiltIns)) {
+        if (const BuiltInRule* rule = builtInRule(normalized, transaction.amount, accountType)) {
             filing =
                 ClassPick{.kind = rule->kind,
                           .categoryID = rule->categoryName ? categoryIDNamed(*rule->categoryName)

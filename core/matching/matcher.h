@@ -22,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/matching/builtin_knowledge.h"
 #include "core/matching/merchant_directory.h"
 #include "core/matching/merchant_text.h"
 #include "core/matching/rule_pattern.h"
@@ -106,6 +107,10 @@ class Matcher {
                                    std::string_view normalized) const;
     [[nodiscard]] const std::optional<MerchantDirectory::Closest>& closest(
         const std::string& key) const;
+    // BuiltInRuleSet::match with this matcher's disabled rules, asked once
+    // per text, direction and account type.
+    [[nodiscard]] const BuiltInRule* builtInRule(std::string_view normalized, int64_t amount,
+                                                 std::optional<AccountType> accountType) const;
     [[nodiscard]] std::optional<Uuid> merchantIDNamed(std::string_view name) const;
     [[nodiscard]] std::optional<Uuid> categoryIDNamed(std::string_view name) const;
 

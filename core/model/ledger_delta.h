@@ -78,6 +78,7 @@ struct LedgerDelta {
 
     // Folds a later delta into this one: its word on an id wins.
     void merge(const LedgerDelta& later);
+    void merge(LedgerDelta&& later);
 
     [[nodiscard]] bool isEmpty() const;
     [[nodiscard]] bool changes(RecordKind kind) const;

@@ -1,5 +1,10 @@
 #include "core/model/ledger_delta.h"
 
+#include <initializer_list>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 namespace copperwick {
@@ -34,6 +39,39 @@ TEST(LedgerDelta, MergedDeltaCountsAsLater) {
     ASSERT_EQ(first.sourceLines.size(), 2u);
     EXPECT_EQ(first.sourceLines[1].text, "two");
     EXPECT_EQ(first.deletedSourceBatches.size(), 1u);
+}
+
+// A merge that takes the later delta's ids over instead of copying them must
+// land where the copying one does, whatever the earlier delta already held.
+TEST(LedgerDelta, MergingByMoveEqualsMergingByCopy) {
+    const auto make = [](std::initializer_list<std::pair<bool, std::string>> words) {
+        LedgerDelta delta;
+        for (const auto& [changed, id] : words) {
+            if (changed)
+                delta.change(RecordKind::transaction, id);
+            else
+                delta.remove(RecordKind::transaction, id);
+        }
+        return delta;
+    };
+    const std::vector<LedgerDelta> earlier{LedgerDelta{}, make({{true, "A"}, {true, "B"}}),
+                                           make({{false, "A"}, {true, "C"}})};
+    const std::vector<LedgerDelta> later{LedgerDelta{}, make({{true, "A"}, {true, "D"}}),
+                                         make({{false, "B"}, {false, "C"}}),
+                                         make({{true, "C"}, {false, "A"}})};
+    for (const auto& first : earlier) {
+        for (const auto& second : later) {
+            LedgerDelta copied = first;
+            copied.merge(second);
+            LedgerDelta moved = first;
+            LedgerDelta taken = second;
+            moved.merge(std::move(taken));
+            EXPECT_EQ(moved.changed[RecordKind::transaction],
+                      copied.changed[RecordKind::transaction]);
+            EXPECT_EQ(moved.deleted[RecordKind::transaction],
+                      copied.deleted[RecordKind::transaction]);
+        }
+    }
 }
 
 TEST(LedgerDelta, EmptySetsStillCountAsEmpty) {
