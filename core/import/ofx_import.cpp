@@ -131,8 +131,8 @@ std::unique_ptr<icu::RegexMatcher> matcherFor(const Pattern& pattern,
     return found;
 }
 
-// The inner text of every match of <TAG(?:\s[^>]*)?>(.*?)</\s*TAG\s*>, in
-// file order and untrimmed. The match is found in two steps, the opening tag
+// Every match of <TAG(?:\s[^>]*)?>(.*?)</\s*TAG\s*>, in file order, with
+// its inner text untrimmed. The match is found in two steps, the opening tag
 // and then the first closing tag after it, which is where the lazy body would
 // stop. As one pattern ICU tries the closing tag at every character, and an
 // element that never closes rescans the rest of the text once for each later
@@ -140,11 +140,8 @@ std::unique_ptr<icu::RegexMatcher> matcherFor(const Pattern& pattern,
 // file order, an opening with no closing after it means no later one has
 // either.
 //
-// The pieces are read-only aliases into `in`, which must outlive them; that
-// spares copying every transaction of a large statement.
-//
-// A span is where one element stands: from its opening tag to the end of its
-// closing tag, and its inner text between them.
+// A span is where one element stands, from its opening tag to the end of its
+// closing tag, and where its inner text does.
 struct Span {
     int32_t outerStart = 0;
     int32_t innerStart = 0;
@@ -176,6 +173,8 @@ struct Span {
     return found;
 }
 
+// The inner texts of `spans`, as read-only aliases into `in`, which must
+// outlive them; that spares copying every transaction of a large statement.
 [[nodiscard]] std::vector<icu::UnicodeString> blocks(const Element& element,
                                                      const icu::UnicodeString& in) {
     std::vector<icu::UnicodeString> found;
@@ -427,16 +426,17 @@ void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileA
 }
 
 // The refusal for a file that carries the bank's error in place of a
-// statement: a status whose severity is ERROR, or, when there is no
-// statement, one whose code isn't 0. Absent when the bank reported no error.
-[[nodiscard]] std::optional<std::string> bankError(const icu::UnicodeString& whole,
-                                                   bool hasStatement) {
+// statement: one with no statement and a status whose code isn't 0 or whose
+// severity is ERROR. Absent when the bank reported no error. A file with
+// statements is read even if one of its accounts failed: the statements it
+// does hold are the person's.
+[[nodiscard]] std::optional<std::string> bankError(const icu::UnicodeString& whole) {
     const Patterns& p = patterns();
     for (const auto& status : blocks(p.status, whole)) {
         const auto code = LeafReader(p.statusCode).value(status);
         const auto severity = LeafReader(p.severity).value(status);
         const bool error = severity && text::uppercased(*severity) == "ERROR";
-        const bool failed = code && *code != "0" && !hasStatement;
+        const bool failed = code && code->find_first_not_of('0') != std::string::npos;
         if (!error && !failed)
             continue;
         std::string message = LeafReader(p.message).value(status).value_or(
@@ -532,9 +532,11 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
     const auto bankStatements = blocks(p.bankStatement, whole);
     const auto cardStatements = blocks(p.cardStatement, whole);
     const std::size_t statementCount = bankStatements.size() + cardStatements.size();
-    if (auto refusal = bankError(whole, statementCount > 0)) {
-        analysis.problem = std::move(*refusal);
-        return analysis;
+    if (statementCount == 0) {
+        if (auto refusal = bankError(whole)) {
+            analysis.problem = std::move(*refusal);
+            return analysis;
+        }
     }
     if (statementCount != 1) {
         analysis.problem = std::string(kStatementCountProblem);

@@ -23,6 +23,9 @@ constexpr std::string_view kInvestmentProblem =
     "are not supported.";
 constexpr std::string_view kSeveralAccountsProblem =
     "This QIF file holds the transactions of several accounts. Export one account at a time.";
+constexpr std::string_view kNoRegisterProblem =
+    "This QIF file holds no account's transactions. Export a checking, credit-card, cash or "
+    "other account from your budgeting program.";
 constexpr std::string_view kAmbiguousDatesProblem =
     "Copperwick can't tell whether the dates in this file are day/month or month/day. Export it "
     "again with dates written as year-month-day.";
@@ -237,7 +240,8 @@ struct WrittenDate {
 }
 
 // Whether the amounts use a decimal comma: some do ("12,34") and none uses
-// a decimal point.
+// a decimal point. A last separator before three digits ("1,234", "1.234")
+// is taken for a thousands separator and tells nothing.
 [[nodiscard]] bool usesDecimalComma(const std::vector<std::string_view>& amounts) {
     bool comma = false;
     for (const auto amount : amounts) {
@@ -248,11 +252,11 @@ struct WrittenDate {
         while (last + 1 + digits < amount.size() && amount[last + 1 + digits] >= '0' &&
                amount[last + 1 + digits] <= '9')
             ++digits;
+        if (digits == 3)
+            continue;
         if (amount[last] == '.')
             return false;
-        // "1,234" is a thousand and more in either style.
-        if (digits != 3)
-            comma = true;
+        comma = true;
     }
     return comma;
 }
@@ -438,7 +442,7 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
         return analysis;
     }
     if (!chosen) {
-        analysis.problem = std::string(kSeveralAccountsProblem);
+        analysis.problem = std::string(kNoRegisterProblem);
         return analysis;
     }
 

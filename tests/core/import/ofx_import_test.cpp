@@ -712,6 +712,14 @@ TEST(OFXImport, BankErrorInPlaceOfAStatementIsToldAsSuch) {
               "file again.");
     // The bank said all is well and sent nothing: no error, no statement.
     EXPECT_EQ(analyzeText(status("<CODE>0<SEVERITY>INFO")).problem, std::string(kStatementCount));
+    // One account failed and another came: the statement that came is read.
+    const std::string withStatement = bankStatement(transaction("20240102", "-1.00", "X"));
+    const auto failedNeighbour =
+        analyzeText(withStatement.substr(0, withStatement.find("</BANKMSGSRSV1>")) +
+                    "<STMTTRNRS><TRNUID>2<STATUS><CODE>2003<SEVERITY>ERROR</STATUS></STMTTRNRS>" +
+                    withStatement.substr(withStatement.find("</BANKMSGSRSV1>")));
+    EXPECT_FALSE(failedNeighbour.problem);
+    EXPECT_EQ(failedNeighbour.rows.size(), 1u);
     const auto sample = analyzeText(readSample("../statements/bank_error.ofx"));
     EXPECT_EQ(sample.problem,
               "Your bank sent an error instead of a statement: General error. Please try again "

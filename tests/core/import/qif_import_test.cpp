@@ -138,10 +138,11 @@ TEST(QifImport, ReadsTheDateFormsBudgetingProgramsWrite) {
 
 TEST(QifImport, AmountsReadWithTheFilesDecimalMark) {
     EXPECT_EQ(describe(analyzeText("!Type:Bank\nD1/20/2024\nT-1.234,56\nPA\n^\nD1/20/2024\nT12,5\n"
-                                   "PB\n^\nD1/20/2024\nT-7\nPC\n^\n")),
+                                   "PB\n^\nD1/20/2024\nT-7\nPC\n^\nD1/20/2024\nT-2.000\nPD\n^\n")),
               "row 1 2024-01-20 -123456 \"A\"\n"
               "row 2 2024-01-20 1250 \"B\"\n"
-              "row 3 2024-01-20 -700 \"C\"\n");
+              "row 3 2024-01-20 -700 \"C\"\n"
+              "row 4 2024-01-20 -200000 \"D\"\n");
     // A comma before three digits is a thousands separator in either style.
     EXPECT_EQ(describe(analyzeText("!Type:Bank\nD1/20/2024\nT-1,234\nPA\n^\nD1/20/2024\nT5.5\nPB\n"
                                    "^\n")),
@@ -196,6 +197,9 @@ TEST(QifImport, OneAccountsTransactionsAFile) {
                           "D1/20/2024\nNBuy\n^\n")
                   .problem,
               std::string(kInvestment));
+    EXPECT_EQ(analyzeText("Date,Amount\n1/20/2024,-1\n").problem,
+              "This QIF file holds no account's transactions. Export a checking, credit-card, "
+              "cash or other account from your budgeting program.");
     // Category and class lists are no accounts.
     EXPECT_FALSE(
         analyzeText("!Type:Cat\nNFood\nE\n^\n!Type:Bank\nD1/20/2024\nT-1\nPA\n^\n").problem);
