@@ -1,6 +1,6 @@
 // Feeds arbitrary bytes to the CAMT.053 reader as if they were a decoded
 // statement. Its XML reader must never crash, loop or run out of stack; every
-// entry must be accounted for once (row, issue or blank line), in order; and
+// entry must be accounted for once (row, unreadable line or blank line), in order; and
 // cutting the text into its statements must give texts that read alike.
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 // Feeds arbitrary bytes to the QIF reader as if they were a decoded register.
 // It must never crash; every record of the account must be accounted for
-// once (row, issue or blank line), in order; flipping signs must negate
+// once (row, unreadable line or blank line), in order; flipping signs must negate
 // every amount and change nothing else.
 
 #include <cstddef>

@@ -11,7 +11,7 @@
 
 namespace copperwick::StatementAmount {
 
-// The row issue for an amount that names a fraction of a cent.
+// Why a row whose amount names a fraction of a cent is left unread.
 inline constexpr std::string_view kFinerThanCents = "This amount has more decimals than cents.";
 
 struct Reading {
