@@ -14,6 +14,7 @@
 #include "core/import/bank_file.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
+#include "core/import/statement_files.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
 #include "runtime/import_model.h"
@@ -191,15 +192,24 @@ void runAnalyze(CommandContext& context, const AnalyzeOptions& options) {
             context.exitCode = kExitFailure;
             continue;
         }
-        const std::string data = std::move(std::get<std::string>(read));
+        std::string data = std::move(std::get<std::string>(read));
         const std::string name = std::filesystem::path(file).filename().string();
-        const FileAnalysis analysis =
-            chosen ? ImportAnalyzer::analyze(name, data, *chosen, options.flipSigns)
-                   : ImportAnalyzer::analyze(name, data, profiles, options.flipSigns);
-        if (json) {
-            writeAnalysis(*json, analysis);
-        } else {
-            printAnalysis(context.out, analysis);
+        // A file of several statements is told one statement at a time, as
+        // the import takes it.
+        auto parts = StatementFiles::split(name, data);
+        if (parts.empty())
+            parts.push_back({{}, std::move(data)});
+        for (const auto& part : parts) {
+            FileAnalysis analysis =
+                chosen ? ImportAnalyzer::analyze(name, part.data, *chosen, options.flipSigns)
+                       : ImportAnalyzer::analyze(name, part.data, profiles, options.flipSigns);
+            if (!part.label.empty())
+                analysis.fileName = StatementFiles::partName(name, part.label);
+            if (json) {
+                writeAnalysis(*json, analysis);
+            } else {
+                printAnalysis(context.out, analysis);
+            }
         }
     }
     if (json)
@@ -212,7 +222,8 @@ void addAnalyzeCommand(CLI::App& app, CommandContext& context) {
     auto options = std::make_shared<AnalyzeOptions>();
     auto* analyze = app.add_subcommand(
         "analyze", "Show what Copperwick reads in bank files, without importing them");
-    takesPath(context, analyze->add_option("FILE", options->files, "CSV, OFX or QFX files"))
+    takesPath(context,
+              analyze->add_option("FILE", options->files, "CSV, OFX, QFX, QIF or CAMT.053 files"))
         ->required();
     analyze->add_flag("--flip-signs", options->flipSigns,
                       "The bank writes spending as positive amounts");

@@ -23,6 +23,7 @@
 #include "core/import/import_commit.h"
 #include "core/import/import_words.h"
 #include "core/import/layout_guesser.h"
+#include "core/import/statement_files.h"
 #include "core/model/enum_text.h"
 #include "core/model/money.h"
 #include "core/model/record_json.h"
@@ -88,7 +89,7 @@ std::vector<std::string> layoutGapLines(const ImportFile& file) {
 }
 
 void printPlan(std::ostream& out, const Ledger& ledger, const ImportFile& file) {
-    out << file.url.filename().string() << '\n';
+    out << file.name() << '\n';
     out << "  "
         << (file.analysis.profile ? "Layout: " + file.analysis.profile->name
                                   : std::string("Layout not recognized"))
@@ -173,7 +174,7 @@ boost::json::value orNull(const std::optional<T>& value, F&& convert) {
 void writePlan(JSONStream& json, const ImportFile& file) {
     json.beginObject();
     json.members(boost::json::object{
-        {"fileName", file.url.filename().string()},
+        {"fileName", file.name()},
         {"profile", file.analysis.profile ? boost::json::value(file.analysis.profile->id)
                                           : boost::json::value(nullptr)},
         {"account", orNull(file.targetAccountID(), [](const Uuid& id) { return id.text(); })},
@@ -354,9 +355,15 @@ void runImport(CommandContext& context, ImportOptions options) {
                 fail(context, unreadableFileMessage(url, *problem));
                 return;
             }
-            auto data = std::make_shared<const std::string>(std::move(std::get<std::string>(read)));
-            auto analysis = ImportAnalyzer::analyze(url.filename().string(), *data, *chosen, false);
-            model.receive(url, std::move(data), std::move(analysis), *runtime);
+            const std::string name = url.filename().string();
+            auto parts = StatementFiles::split(name, std::get<std::string>(read));
+            if (parts.empty())
+                parts.push_back({{}, std::move(std::get<std::string>(read))});
+            for (auto& part : parts) {
+                auto data = std::make_shared<const std::string>(std::move(part.data));
+                auto analysis = ImportAnalyzer::analyze(name, *data, *chosen, false);
+                model.receive(url, std::move(data), std::move(analysis), *runtime, part.label);
+            }
         }
     } else {
         model.add(urls, *runtime);
@@ -401,7 +408,7 @@ void runImport(CommandContext& context, ImportOptions options) {
 
     for (const auto& file : model.files()) {
         if (const auto blocker = file.blocker()) {
-            context.err << file.url.filename().string() << ": " << *blocker << '\n';
+            context.err << file.name() << ": " << *blocker << '\n';
             for (const auto& line : layoutGapLines(file))
                 context.err << "  " << line << '\n';
         }
@@ -519,7 +526,8 @@ void runUndoImport(CommandContext& context, const std::string& batchText) {
 void addImportCommands(CLI::App& app, CommandContext& context) {
     auto options = std::make_shared<ImportOptions>();
     auto* import = app.add_subcommand("import", "Import bank files into the ledger");
-    takesPath(context, import->add_option("FILE", options->files, "CSV, OFX or QFX files"))
+    takesPath(context,
+              import->add_option("FILE", options->files, "CSV, OFX, QFX, QIF or CAMT.053 files"))
         ->required();
     import->add_option("--account", options->account, "Import into this account")
         ->type_name("NAME|ID");

@@ -1,13 +1,17 @@
 // Feeds arbitrary bytes to the OFX reader as if they were a decoded statement.
 // The reader must never crash, must account for each transaction block once
-// and in order, and must find the same blocks as the one-pattern form of the
-// element match, <TAG(?:\s[^>]*)?>(.*?)</\s*TAG\s*>, that it reads in two steps.
+// and in order (a zero line as a blank line), and must find the same blocks
+// as the one-pattern form of the element match,
+// <TAG(?:\s[^>]*)?>(.*?)</\s*TAG\s*>, that it reads in two steps. Cutting
+// the text into its statements must not crash either, and every statement
+// must read as a file of its own.
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,9 +43,12 @@ std::vector<icu::UnicodeString> literalBlocks(std::string_view tag, const icu::U
     return found;
 }
 
-// Every block, by its number, as the analysis saw it.
-std::vector<std::string> blockTexts(const copperwick::FileAnalysis& analysis) {
-    std::vector<std::string> texts(analysis.rows.size() + analysis.issues.size());
+// Every block, by its number, as the analysis saw it; a blank line's is
+// absent.
+std::vector<std::optional<std::string>> blockTexts(const copperwick::FileAnalysis& analysis) {
+    check(analysis.blankLines >= 0);
+    std::vector<std::optional<std::string>> texts(analysis.rows.size() + analysis.issues.size() +
+                                                  static_cast<std::size_t>(analysis.blankLines));
     std::vector<bool> seen(texts.size(), false);
     const auto take = [&](int64_t line, std::string_view rawText) {
         check(line >= 1 && static_cast<std::size_t>(line) <= texts.size());
@@ -65,6 +72,7 @@ std::vector<std::string> blockTexts(const copperwick::FileAnalysis& analysis) {
         previous = issue.line;
         take(issue.line, issue.rawText);
     }
+    check(static_cast<int64_t>(std::count(seen.begin(), seen.end(), false)) == analysis.blankLines);
     return texts;
 }
 
@@ -75,6 +83,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto analysis = copperwick::OFXImport::analyze("fuzz.ofx", text, text, false);
 
     check(analysis.fileHash.size() == 64);
+    const auto parts = copperwick::OFXImport::statements(text);
+    check(parts.size() != 1);
+    for (const auto& part : parts) {
+        check(!part.label.empty());
+        const auto one = copperwick::OFXImport::analyze("part.ofx", part.data, part.data, false);
+        check(one.fileHash.size() == 64);
+    }
+
     const auto texts = blockTexts(analysis);
     if (!analysis.profile) {
         check(texts.empty());
@@ -92,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
         std::string piece;
         expected[i].toUTF8String(piece);
-        check(piece == texts[i]);
+        check(!texts[i] || piece == *texts[i]);
     }
     return 0;
 }

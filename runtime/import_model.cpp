@@ -9,6 +9,7 @@
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
 #include "core/import/import_commit.h"
+#include "core/import/statement_files.h"
 #include "core/model/amount_limits.h"
 #include "core/model/text.h"
 #include "core/operations/upsert_account.h"
@@ -99,7 +100,7 @@ bool planHolds(const ImportFile& file, const Uuid& accountID, const Ledger& ledg
 
 // Why a file passed over brings nothing, as the end of a sentence.
 std::string nothingNew(const ImportFile& file, const ImportPlan& plan) {
-    const std::string name = file.url.filename().string();
+    const std::string name = file.name();
     if (plan.rows.empty()) {
         return plan.issues.empty() ? name + " holds no transactions"
                                    : "no row of " + name + " could be read";
@@ -184,6 +185,11 @@ Worked workOut(Ledger ledger, std::vector<ImportFile>& ready, Instant now) {
 }
 
 }  // namespace
+
+std::string ImportFile::name() const {
+    const std::string fileName = url.filename().string();
+    return statement.empty() ? fileName : StatementFiles::partName(fileName, statement);
+}
 
 std::optional<std::string> ImportFile::blocker() const {
     if (layoutHelp.kind == LayoutHelp::Kind::working)
@@ -323,11 +329,21 @@ void ImportModel::add(const std::vector<std::filesystem::path>& urls, LedgerRunt
                 auto read = readBankFile(url);
                 if (auto* problem = std::get_if<BankFileProblem>(&read))
                     return std::move(*problem);
-                auto bytes =
-                    std::make_shared<const std::string>(std::move(std::get<std::string>(read)));
-                auto analysis =
-                    ImportAnalyzer::analyze(url.filename().string(), *bytes, profiles, false);
-                return Analysed{std::move(bytes), std::move(analysis)};
+                const std::string name = url.filename().string();
+                std::vector<Analysed> analysed;
+                for (auto& part : StatementFiles::split(name, std::get<std::string>(read))) {
+                    auto bytes = std::make_shared<const std::string>(std::move(part.data));
+                    auto analysis = ImportAnalyzer::analyze(name, *bytes, profiles, false);
+                    analysis.fileName = StatementFiles::partName(name, part.label);
+                    analysed.push_back({std::move(bytes), std::move(analysis), part.label});
+                }
+                if (analysed.empty()) {
+                    auto bytes =
+                        std::make_shared<const std::string>(std::move(std::get<std::string>(read)));
+                    auto analysis = ImportAnalyzer::analyze(name, *bytes, profiles, false);
+                    analysed.push_back({std::move(bytes), std::move(analysis), {}});
+                }
+                return analysed;
             },
             [this, url, &runtime](WorkResult<ReadOutcome> result) {
                 const auto slot =
@@ -357,8 +373,10 @@ void ImportModel::receiveInOrder(LedgerRuntime& runtime) {
         } else if (auto* problem = std::get_if<BankFileProblem>(&outcome)) {
             runtime.setErrorMessage(unreadableFileMessage(pending.url, *problem));
         } else {
-            auto& analysed = std::get<Analysed>(outcome);
-            receive(pending.url, std::move(analysed.data), std::move(analysed.analysis), runtime);
+            for (auto& analysed : std::get<std::vector<Analysed>>(outcome)) {
+                receive(pending.url, std::move(analysed.data), std::move(analysed.analysis),
+                        runtime, analysed.statement);
+            }
             continue;
         }
         notify();
@@ -370,17 +388,21 @@ void ImportModel::waitForAnalyses(LedgerRuntime& runtime) {
 }
 
 void ImportModel::receive(const std::filesystem::path& url, std::shared_ptr<const std::string> data,
-                          FileAnalysis analysis, LedgerRuntime& runtime) {
-    if (std::any_of(m_files.begin(), m_files.end(),
-                    [&](const ImportFile& file) { return file.url == url; }))
+                          FileAnalysis analysis, LedgerRuntime& runtime,
+                          const std::string& statement) {
+    if (std::any_of(m_files.begin(), m_files.end(), [&](const ImportFile& file) {
+            return file.url == url && file.statement == statement;
+        }))
         return;
     const Ledger& ledger = runtime.ledger();
 
     ImportFile file;
     file.id = Uuid::random();
     file.url = url;
+    file.statement = statement;
     file.data = std::move(data);
     file.analysis = std::move(analysis);
+    file.analysis.fileName = file.name();
     auto& draft = file.draft;
     draft.id = Uuid::random();
     draft.name = file.analysis.profile ? file.analysis.profile->name : url.stem().string();
@@ -408,8 +430,7 @@ void ImportModel::receive(const std::filesystem::path& url, std::shared_ptr<cons
                 other.draft.last4 == file.draft.last4 && other.draft.type == file.draft.type &&
                 other.analysis.currencyHint == file.analysis.currencyHint) {
                 file.draft = other.draft;
-                file.suggestionReason =
-                    "Goes to the same new account as " + other.url.filename().string() + ".";
+                file.suggestionReason = "Goes to the same new account as " + other.name() + ".";
                 break;
             }
         }
@@ -469,6 +490,7 @@ void ImportModel::reanalyze(ImportFile& file, LedgerRuntime& runtime) {
         file.analysis = ImportAnalyzer::analyze(name, *file.data, allProfiles(runtime.ledger()),
                                                 file.flipSigns);
     }
+    file.analysis.fileName = file.name();
 }
 
 void ImportModel::replan(const Uuid& id, LedgerRuntime& runtime) {
@@ -535,6 +557,7 @@ void ImportModel::applyMapping(ImportProfile profile, const Uuid& id, LedgerRunt
     file->savesProposedProfile = false;
     file->analysis = ImportAnalyzer::analyze(file->url.filename().string(), *file->data,
                                              std::move(profile), file->flipSigns);
+    file->analysis.fileName = file->name();
     applySuggestion(*file, runtime);
     replan(id, runtime);
 }
@@ -701,9 +724,11 @@ void ImportModel::finishCommit(CommitJob& job, const ApplyResult& result, Ledger
 
 void ImportModel::archive(const std::vector<std::pair<Uuid, ImportBatch>>& committed,
                           const std::filesystem::path& folder, LedgerRuntime& runtime) {
+    // The statements of one file share it, and it moves once, with the first.
+    std::set<std::filesystem::path> moved;
     for (const auto& [fileID, batch] : committed) {
         const auto* file = this->file(fileID);
-        if (!file)
+        if (!file || !moved.insert(file->url).second)
             continue;
         const std::string name = file->url.filename().string();
         try {

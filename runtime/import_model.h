@@ -67,7 +67,10 @@ struct ImportFile {
 
     Uuid id;
     std::filesystem::path url;
-    // The file's bytes, shared by every copy of the card and by its analysis:
+    // For one statement of a file that holds several, the words that tell it
+    // from the others ("card ending 1234"); "" for a whole file.
+    std::string statement;
+    // The file's bytes, or its statement's, shared by every copy of the card and by its analysis:
     // a bank file can run to megabytes.
     std::shared_ptr<const std::string> data;
     FileAnalysis analysis;
@@ -88,6 +91,9 @@ struct ImportFile {
     std::optional<ImportProfile> proposedProfile;
     bool savesProposedProfile = false;
 
+    // The file's name, with the statement's words after it for a statement:
+    // "Activity.ofx · card ending 1234". Its analysis and its import carry it.
+    [[nodiscard]] std::string name() const;
     // Why this file can't be imported as it stands, or absent when it can.
     [[nodiscard]] std::optional<std::string> blocker() const;
     // The account the rows go to: the chosen one, or the draft's for a new one.
@@ -135,14 +141,17 @@ class ImportModel {
     void setForcedLines(std::set<int64_t> lines, const Uuid& id);
     void setDraft(ImportFile::NewAccountDraft draft, const Uuid& id);
 
-    // Reads each file and starts its analysis; a file already on the list is skipped.
+    // Reads each file and starts its analysis; a file already on the list is
+    // skipped. A file of several statements (OFX, CAMT.053) becomes one card
+    // per statement.
     void add(const std::vector<std::filesystem::path>& urls, LedgerRuntime& runtime);
     // Waits for every analysis still running and takes them in, running the
     // runtime's main queue meanwhile. Analyses otherwise come back by
     // themselves, through that queue.
     void waitForAnalyses(LedgerRuntime& runtime);
+    // `statement` names one statement of a file of several, as ImportFile's does.
     void receive(const std::filesystem::path& url, std::shared_ptr<const std::string> data,
-                 FileAnalysis analysis, LedgerRuntime& runtime);
+                 FileAnalysis analysis, LedgerRuntime& runtime, const std::string& statement = {});
     void replan(const Uuid& id, LedgerRuntime& runtime);
     void setChoice(ImportFile::AccountChoice choice, const Uuid& id, LedgerRuntime& runtime);
     void setFlip(bool flag, const Uuid& id, LedgerRuntime& runtime);
@@ -167,12 +176,14 @@ class ImportModel {
     void removeObserver(ObserverID id);
 
   private:
-    // A bank file read and analysed away from the main thread.
+    // A bank file, or one statement of it, read and analysed away from the
+    // main thread.
     struct Analysed {
         std::shared_ptr<const std::string> data;
         FileAnalysis analysis;
+        std::string statement;
     };
-    using ReadOutcome = std::variant<BankFileProblem, Analysed>;
+    using ReadOutcome = std::variant<BankFileProblem, std::vector<Analysed>>;
     struct PendingFile {
         std::filesystem::path url;
         std::optional<ReadOutcome> outcome;

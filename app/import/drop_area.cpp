@@ -16,7 +16,7 @@ namespace copperwick::app {
 
 namespace {
 
-const QString kTitle = QStringLiteral("Drop CSV, OFX or QFX files here");
+const QString kTitle = QStringLiteral("Drop CSV, OFX, QFX, QIF or CAMT.053 files here");
 const QString kLine = QStringLiteral(
     "Common bank CSV layouts are recognized automatically, including DCU, Schwab, Monzo, N26 "
     "and Bank of Ireland. OFX/QFX checking, savings and credit-card statements are also "

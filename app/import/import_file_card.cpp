@@ -234,7 +234,7 @@ QString ImportFileCard::blockerText() const {
 
 void ImportFileCard::setFile(const ImportFile& file) {
     const Ledger& ledger = m_bridge.runtime().ledger();
-    m_fileName->setFullText(toQString(file.url.filename().string()));
+    m_fileName->setFullText(toQString(file.name()));
     const auto& profile = file.analysis.profile;
     setLabelText(m_layout, profile ? QStringLiteral("Layout: ") + toQString(profile->name)
                                    : QStringLiteral("Layout not recognized"));

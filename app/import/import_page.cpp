@@ -23,7 +23,8 @@ namespace copperwick::app {
 namespace {
 
 const QString kSubtitle = QStringLiteral(
-    "Add bank CSV, OFX or QFX files. Copperwick shows exactly what it found, and nothing is "
+    "Add bank CSV, OFX, QFX, QIF or CAMT.053 files. Copperwick shows exactly what it found, and "
+    "nothing is "
     "saved until you choose Import.");
 
 }  // namespace

@@ -8,8 +8,10 @@
 #include <openssl/evp.h>
 #include <unicode/regex.h>
 
+#include "core/import/camt_import.h"
 #include "core/import/layout_guesser.h"
 #include "core/import/ofx_import.h"
+#include "core/import/qif_import.h"
 #include "core/matching/merchant_text.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
@@ -538,6 +540,10 @@ FileAnalysis analyzeText(FileAnalysis analysis, std::string_view data, std::stri
                          const std::vector<ImportProfile>& profiles, bool flipSigns) {
     if (OFXImport::recognizes(analysis.fileName, text))
         return OFXImport::analyze(analysis.fileName, data, text, flipSigns);
+    if (CamtImport::recognizes(analysis.fileName, text))
+        return CamtImport::analyze(analysis.fileName, data, text, flipSigns);
+    if (QifImport::recognizes(analysis.fileName, text))
+        return QifImport::analyze(analysis.fileName, data, text, flipSigns);
 
     const char32_t delimiter = CSVReader::detectDelimiter(text);
     analysis.delimiter = std::string(1, static_cast<char>(delimiter));
@@ -872,6 +878,9 @@ AccountSuggestion suggestAccount(const FileAnalysis& analysis,
     if (!candidates.empty() && profile.id.starts_with("ofx-"))
         return {AccountSuggestion::Choose{
             "OFX/QFX is shared by many banks. Confirm the account for this statement."}};
+    if (!candidates.empty() && profile.id == "camt053")
+        return {AccountSuggestion::Choose{
+            "CAMT.053 is shared by many banks. Confirm the account for this statement."}};
     if (candidates.empty()) {
         AccountSuggestion::New proposal;
         proposal.type =

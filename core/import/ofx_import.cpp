@@ -1,5 +1,6 @@
 #include "core/import/ofx_import.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -10,9 +11,11 @@
 #include <vector>
 
 #include <unicode/regex.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
 #include "core/import/import_analyzer.h"
+#include "core/import/statement_amount.h"
 #include "core/model/import_profile.h"
 #include "core/model/ledger_enums.h"
 #include "core/model/local_date.h"
@@ -36,6 +39,8 @@ constexpr std::string_view kBadAmount = "Missing or invalid exact transaction am
 constexpr std::string_view kNoDescription = "No transaction name or memo.";
 constexpr std::string_view kRepeatedID =
     "Repeated transaction ID in this statement; check this row before importing.";
+constexpr std::string_view kBankErrorStart = "Your bank sent an error instead of a statement: ";
+constexpr std::string_view kBankErrorEnd = ". Download the file again.";
 constexpr std::string_view kJoiner = " \xC2\xB7 ";  // U+00B7 MIDDLE DOT between blanks
 
 using Pattern = std::unique_ptr<icu::RegexPattern>;
@@ -78,6 +83,7 @@ struct Patterns {
     Element bankStatement = element("STMTRS");
     Element cardStatement = element("CCSTMTRS");
     Element transaction = element("STMTTRN");
+    Element status = element("STATUS");
 
     Pattern currency = leafPattern("CURDEF");
     Pattern accountType = leafPattern("ACCTTYPE");
@@ -88,6 +94,10 @@ struct Patterns {
     Pattern memo = leafPattern("MEMO");
     Pattern transactionID = leafPattern("FITID");
     Pattern checkNumber = leafPattern("CHECKNUM");
+    Pattern transactionType = leafPattern("TRNTYPE");
+    Pattern statusCode = leafPattern("CODE");
+    Pattern severity = leafPattern("SEVERITY");
+    Pattern message = leafPattern("MESSAGE");
 };
 
 const Patterns& patterns() {
@@ -121,8 +131,8 @@ std::unique_ptr<icu::RegexMatcher> matcherFor(const Pattern& pattern,
     return found;
 }
 
-// The inner text of every match of <TAG(?:\s[^>]*)?>(.*?)</\s*TAG\s*>, in
-// file order and untrimmed. The match is found in two steps, the opening tag
+// Every match of <TAG(?:\s[^>]*)?>(.*?)</\s*TAG\s*>, in file order, with
+// its inner text untrimmed. The match is found in two steps, the opening tag
 // and then the first closing tag after it, which is where the lazy body would
 // stop. As one pattern ICU tries the closing tag at every character, and an
 // element that never closes rescans the rest of the text once for each later
@@ -130,11 +140,17 @@ std::unique_ptr<icu::RegexMatcher> matcherFor(const Pattern& pattern,
 // file order, an opening with no closing after it means no later one has
 // either.
 //
-// The pieces are read-only aliases into `in`, which must outlive them; that
-// spares copying every transaction of a large statement.
-[[nodiscard]] std::vector<icu::UnicodeString> blocks(const Element& element,
-                                                     const icu::UnicodeString& in) {
-    std::vector<icu::UnicodeString> found;
+// A span is where one element stands, from its opening tag to the end of its
+// closing tag, and where its inner text does.
+struct Span {
+    int32_t outerStart = 0;
+    int32_t innerStart = 0;
+    int32_t innerEnd = 0;
+    int32_t outerEnd = 0;
+};
+
+[[nodiscard]] std::vector<Span> spans(const Element& element, const icu::UnicodeString& in) {
+    std::vector<Span> found;
     const auto opening = matcherFor(element.opening, in);
     const auto closing = matcherFor(element.closing, in);
     if (!opening || !closing)
@@ -142,15 +158,28 @@ std::unique_ptr<icu::RegexMatcher> matcherFor(const Pattern& pattern,
     UErrorCode status = U_ZERO_ERROR;
     int32_t from = 0;
     while (from <= in.length() && opening->find(from, status) && U_SUCCESS(status)) {
-        const int32_t start = opening->end(status);
-        if (U_FAILURE(status) || !closing->find(start, status) || U_FAILURE(status))
+        Span span;
+        span.outerStart = opening->start(status);
+        span.innerStart = opening->end(status);
+        if (U_FAILURE(status) || !closing->find(span.innerStart, status) || U_FAILURE(status))
             break;
-        const int32_t end = closing->start(status);
-        from = closing->end(status);
+        span.innerEnd = closing->start(status);
+        span.outerEnd = closing->end(status);
+        from = span.outerEnd;
         if (U_FAILURE(status))
             break;
-        found.push_back(in.tempSubStringBetween(start, end));
+        found.push_back(span);
     }
+    return found;
+}
+
+// The inner texts of `spans`, as read-only aliases into `in`, which must
+// outlive them; that spares copying every transaction of a large statement.
+[[nodiscard]] std::vector<icu::UnicodeString> blocks(const Element& element,
+                                                     const icu::UnicodeString& in) {
+    std::vector<icu::UnicodeString> found;
+    for (const Span& span : spans(element, in))
+        found.push_back(in.tempSubStringBetween(span.innerStart, span.innerEnd));
     return found;
 }
 
@@ -189,6 +218,10 @@ class LeafReader {
         if (U_FAILURE(status))
             return std::nullopt;
         std::string found(text::trimmed(text::toUTF8(in.tempSubStringBetween(start, end))));
+        if (found.empty()) {
+            if (auto contents = characterData(in, end))
+                return contents;
+        }
         replaceAll(found, "&lt;", "<");
         replaceAll(found, "&gt;", ">");
         replaceAll(found, "&quot;", "\"");
@@ -200,6 +233,27 @@ class LeafReader {
     }
 
   private:
+    // A value written as <![CDATA[...]]> is its contents exactly as they
+    // stand: no entity inside is decoded. Absent when `at` opens no such
+    // section, or one that never closes, or one with nothing in it.
+    [[nodiscard]] static std::optional<std::string> characterData(const icu::UnicodeString& in,
+                                                                  int32_t at) {
+        static const icu::UnicodeString kOpen = icu::UnicodeString::fromUTF8("<![CDATA[");
+        static const icu::UnicodeString kClose = icu::UnicodeString::fromUTF8("]]>");
+        while (at < in.length() && u_isspace(in.charAt(at)))
+            ++at;
+        if (in.compare(at, kOpen.length(), kOpen) != 0)
+            return std::nullopt;
+        const int32_t start = at + kOpen.length();
+        const int32_t end = in.indexOf(kClose, start);
+        if (end < 0)
+            return std::nullopt;
+        std::string contents(text::trimmed(text::toUTF8(in.tempSubStringBetween(start, end))));
+        if (contents.empty())
+            return std::nullopt;
+        return contents;
+    }
+
     std::unique_ptr<icu::RegexMatcher> m_matcher;
 };
 
@@ -274,14 +328,37 @@ class LeafReader {
     return memo.value_or(std::string());
 }
 
+// Some banks write cheques and fees with neither name nor memo; the type and
+// the cheque number are all a person would recognise them by ("CHECK 1042",
+// "DEBIT"). "OTHER" says nothing, so it counts as no type; a number without
+// a type is a cheque.
+[[nodiscard]] std::string typeDescription(const std::optional<std::string>& type,
+                                          const std::optional<std::string>& checkNumber) {
+    std::string kind = type ? text::uppercased(*type) : std::string();
+    if (kind == "OTHER")
+        kind.clear();
+    if (!checkNumber)
+        return kind;
+    return (kind.empty() ? std::string("CHECK") : kind) + " " + *checkNumber;
+}
+
+// OFX amounts use "." or, from some banks, a decimal comma; a comma is
+// never a thousands separator there.
+[[nodiscard]] StatementAmount::Reading readAmount(std::string_view text) {
+    const bool decimalComma =
+        text.find(',') != std::string_view::npos && text.find('.') == std::string_view::npos;
+    return StatementAmount::read(text, decimalComma ? ',' : '.');
+}
+
 // Reads the transactions of one statement into `analysis`. Each block is its
 // own line: the number is the block's position, which is what a person sees
 // when an issue points at it.
 void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileAnalysis& analysis) {
     const Patterns& p = patterns();
     const auto transactions = blocks(p.transaction, statement);
-    LeafReader readPosted(p.posted), readAmount(p.amount), readName(p.name), readMemo(p.memo),
-        readTransactionID(p.transactionID), readCheckNumber(p.checkNumber);
+    LeafReader readPosted(p.posted), readAmountText(p.amount), readName(p.name), readMemo(p.memo),
+        readTransactionID(p.transactionID), readCheckNumber(p.checkNumber),
+        readType(p.transactionType);
 
     std::unordered_map<std::string, int64_t> occurrences;
     std::unordered_set<std::string> seenIDs;
@@ -293,19 +370,29 @@ void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileA
             analysis.issues.push_back(RowIssue{line, std::string(reason), std::move(rawText)});
         };
 
+        const auto amountText = readAmountText.value(block);
+        const auto reading = amountText ? readAmount(*amountText) : StatementAmount::Reading{};
+        auto amount = reading.cents;
+        // A zero line, often with no name, is a placeholder some banks write
+        // into an empty statement: nothing happened, so it is no row.
+        if (amount == 0) {
+            ++analysis.blankLines;
+            continue;
+        }
         const auto postedText = readPosted.value(block);
         const auto posted = postedText ? date(*postedText) : std::nullopt;
         if (!posted) {
             issue(kBadDate);
             continue;
         }
-        const auto amountText = readAmount.value(block);
-        auto amount = amountText ? Money::parseCents(*amountText) : std::nullopt;
         if (!amount) {
-            issue(kBadAmount);
+            issue(reading.finerThanCents ? StatementAmount::kFinerThanCents : kBadAmount);
             continue;
         }
-        const std::string text = description(readName.value(block), readMemo.value(block));
+        const auto checkNumber = readCheckNumber.value(block);
+        std::string text = description(readName.value(block), readMemo.value(block));
+        if (text.empty())
+            text = typeDescription(readType.value(block), checkNumber);
         if (text.empty()) {
             issue(kNoDescription);
             continue;
@@ -318,7 +405,6 @@ void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileA
         if (flipSigns)
             *amount = -*amount;
 
-        const auto checkNumber = readCheckNumber.value(block);
         ParsedRow row;
         row.line = line;
         row.date = *posted;
@@ -339,7 +425,80 @@ void readTransactions(const icu::UnicodeString& statement, bool flipSigns, FileA
         analysis.problem = std::string(kIncompleteProblem);
 }
 
+// The refusal for a file that carries the bank's error in place of a
+// statement: one with no statement and a status whose code isn't 0 or whose
+// severity is ERROR. Absent when the bank reported no error. A file with
+// statements is read even if one of its accounts failed: the statements it
+// does hold are the person's.
+[[nodiscard]] std::optional<std::string> bankError(const icu::UnicodeString& whole) {
+    const Patterns& p = patterns();
+    for (const auto& status : blocks(p.status, whole)) {
+        const auto code = LeafReader(p.statusCode).value(status);
+        const auto severity = LeafReader(p.severity).value(status);
+        const bool error = severity && text::uppercased(*severity) == "ERROR";
+        const bool failed = code && code->find_first_not_of('0') != std::string::npos;
+        if (!error && !failed)
+            continue;
+        std::string message = LeafReader(p.message).value(status).value_or(
+            code ? "error code " + *code : std::string("no reason given"));
+        while (!message.empty() && message.back() == '.')
+            message.pop_back();
+        return std::string(kBankErrorStart) + message + std::string(kBankErrorEnd);
+    }
+    return std::nullopt;
+}
+
 }  // namespace
+
+std::vector<StatementPart> statements(std::string_view text) {
+    std::vector<StatementPart> found;
+    const Patterns& p = patterns();
+    const icu::UnicodeString whole = text::toUnicode(text);
+    if (contains(p.documentType, whole))
+        return found;
+    struct Place {
+        Span span;
+        bool isCard = false;
+    };
+    std::vector<Place> places;
+    for (const Span& span : spans(p.bankStatement, whole))
+        places.push_back({span, false});
+    for (const Span& span : spans(p.cardStatement, whole))
+        places.push_back({span, true});
+    if (places.size() < 2)
+        return found;
+    std::sort(places.begin(), places.end(),
+              [](const Place& a, const Place& b) { return a.span.outerStart < b.span.outerStart; });
+    // A statement inside another (a card statement written into a bank one)
+    // can't be cut out on its own; such a file is left whole, to be refused.
+    for (std::size_t i = 1; i < places.size(); ++i) {
+        if (places[i].span.outerStart < places[i - 1].span.outerEnd)
+            return found;
+    }
+
+    std::vector<std::string> accounts;
+    for (const Place& place : places) {
+        const auto inner = whole.tempSubStringBetween(place.span.innerStart, place.span.innerEnd);
+        const auto accountID = LeafReader(p.accountID).value(inner);
+        const auto last4 = accountID ? lastFourDigits(*accountID) : std::nullopt;
+        accounts.push_back(last4 ? (place.isCard ? "card ending " : "account ending ") + *last4
+                                 : std::string());
+    }
+    const auto labels = StatementFiles::labels(accounts);
+
+    // Each statement keeps the file's text before the first statement and
+    // after the last, so that it reads as a file of its own.
+    const icu::UnicodeString head = whole.tempSubStringBetween(0, places.front().span.outerStart);
+    const icu::UnicodeString tail = whole.tempSubString(places.back().span.outerEnd);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        icu::UnicodeString part(head);
+        part.append(whole, places[i].span.outerStart,
+                    places[i].span.outerEnd - places[i].span.outerStart);
+        part.append(tail);
+        found.push_back({labels[i], text::toUTF8(part)});
+    }
+    return found;
+}
 
 bool recognizes(std::string_view fileName, std::string_view text) {
     const std::string suffix = text::lowercased(extension(fileName));
@@ -372,20 +531,30 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
 
     const auto bankStatements = blocks(p.bankStatement, whole);
     const auto cardStatements = blocks(p.cardStatement, whole);
-    if (bankStatements.size() + cardStatements.size() != 1) {
+    const std::size_t statementCount = bankStatements.size() + cardStatements.size();
+    if (statementCount == 0) {
+        if (auto refusal = bankError(whole)) {
+            analysis.problem = std::move(*refusal);
+            return analysis;
+        }
+    }
+    if (statementCount != 1) {
         analysis.problem = std::string(kStatementCountProblem);
         return analysis;
     }
     const bool isCard = !cardStatements.empty();
     const icu::UnicodeString& statement = isCard ? cardStatements.front() : bankStatements.front();
 
-    const std::string currency =
-        text::uppercased(LeafReader(p.currency).value(statement).value_or(""));
-    if (!isCurrencyCode(currency)) {
-        analysis.problem = std::string(kCurrencyProblem);
-        return analysis;
+    // A statement with an empty currency is in the account's own currency,
+    // which the chosen account supplies when no hint stands in the way.
+    if (const auto stated = LeafReader(p.currency).value(statement)) {
+        const std::string currency = text::uppercased(*stated);
+        if (!isCurrencyCode(currency)) {
+            analysis.problem = std::string(kCurrencyProblem);
+            return analysis;
+        }
+        analysis.currencyHint = currency;
     }
-    analysis.currencyHint = currency;
 
     AccountType type = AccountType::creditCard;
     if (!isCard) {

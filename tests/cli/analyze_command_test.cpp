@@ -57,5 +57,36 @@ TEST(AnalyzeCommand, LayoutAndFlipOptions) {
     EXPECT_EQ(missing.err, "Copperwick couldn't read none.csv. There's no file by that name.\n");
 }
 
+// A file of several statements was told as one refused file, so a person
+// couldn't see what each statement held.
+TEST(AnalyzeCommand, TellsEachStatementOfAFileOnItsOwn) {
+    TempFolder temp;
+    const std::filesystem::path data = std::filesystem::path(COPPERWICK_TEST_DATA) / "statements";
+    auto result = testing::runCommand({"--data-dir", temp.path().string(), "--json", "analyze",
+                                       (data / "two_cards_and_checking.ofx").string(),
+                                       (data / "checking.qif").string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const auto files = boost::json::parse(result.out).as_array();
+    ASSERT_EQ(files.size(), 4u);
+    EXPECT_EQ(files[0].at("fileName").as_string(),
+              "two_cards_and_checking.ofx \xC2\xB7 card ending 1234, statement 1 of 3");
+    EXPECT_EQ(files[2].at("fileName").as_string(),
+              "two_cards_and_checking.ofx \xC2\xB7 account ending 5678");
+    EXPECT_EQ(files[2].at("typeHint").as_string(), "checking");
+    EXPECT_NE(files[0].at("fileHash").as_string(), files[1].at("fileHash").as_string());
+    EXPECT_EQ(files[3].at("profile").at("id").as_string(), "qif-bank");
+    EXPECT_EQ(files[3].at("rows").as_array().at(0).at("bankCategory").as_string(), "Housing:Rent");
+
+    result = testing::runCommand({"--data-dir", temp.path().string(), "analyze",
+                                  (data / "camt053_v02_two_statements.xml").string()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("camt053_v02_two_statements.xml \xC2\xB7 account ending 3000\n"
+                              "  Layout: CAMT.053 checking (camt053)\n"),
+              std::string::npos)
+        << result.out;
+    EXPECT_NE(result.out.find("25.00  KARTENZAHLUNG REWE SAGT DANKE  (pending)"), std::string::npos)
+        << result.out;
+}
+
 }  // namespace
 }  // namespace copperwick::cli

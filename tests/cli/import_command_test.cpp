@@ -368,6 +368,102 @@ TEST_F(ImportCommandTest, EverySampleImportsWhatItsDryRunPromised) {
     }
 }
 
+// OFX files of several statements, OFX as banks really write it, QIF and
+// CAMT.053 were all refused or misread; each now goes in whole on the first
+// try, with its dates, signs and amounts, and a second import adds nothing.
+TEST_F(ImportCommandTest, EveryStatementFileImportsOnceAndAgainAddsNothing) {
+    const struct {
+        std::string_view file;
+        std::string_view result;
+        std::string_view ledger;  // accounts, transactions, their sum, first and last date
+    } cases[] = {
+        {"two_cards_and_checking.ofx",
+         "Imported 5 transactions from 3 files; 1 were already saved.",
+         "2 accounts, 5 lines, 209184 cents, 2024-01-05 to 2024-02-16"},
+        {"bank_quirks.ofx", "Imported 6 transactions from 1 file.",
+         "1 accounts, 6 lines, -17911 cents, 2024-03-02 to 2024-03-08"},
+        {"checking.qif", "Imported 4 transactions from 1 file.",
+         "1 accounts, 4 lines, 106544 cents, 2024-12-31 to 2025-01-07"},
+        {"card_day_first.qif", "Imported 3 transactions from 1 file.",
+         "1 accounts, 3 lines, 19491 cents, 2025-02-03 to 2025-02-28"},
+        {"camt053_v02_two_statements.xml", "Imported 5 transactions from 2 files.",
+         "2 accounts, 5 lines, 252270 cents, 2024-03-01 to 2024-03-30"},
+        {"camt053_v08.xml", "Imported 3 transactions from 1 file.",
+         "1 accounts, 3 lines, 111560 cents, 2024-04-25 to 2024-04-30"},
+    };
+    int index = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.file));
+        const std::string dataFolder = (folder / ("data-" + std::to_string(index++))).string();
+        const std::string file = (kData / "statements" / c.file).string();
+        auto result = runWith({"--data-dir", dataFolder, "import", file});
+        ASSERT_EQ(result.code, 0) << result.err << result.out;
+        EXPECT_EQ(result.out, std::string(c.result) + "\n");
+        {
+            LedgerRuntime runtime(RuntimeOptions{.dataFolder = dataFolder});
+            const auto active = runtime.ledger().activeTransactions();
+            int64_t sum = 0;
+            std::string first = "9999", last;
+            for (const auto* transaction : active) {
+                sum += transaction->amount;
+                first = std::min(first, transaction->date.iso());
+                last = std::max(last, transaction->date.iso());
+            }
+            EXPECT_EQ(std::to_string(runtime.ledger().accounts.size()) + " accounts, " +
+                          std::to_string(active.size()) + " lines, " + std::to_string(sum) +
+                          " cents, " + first + " to " + last,
+                      c.ledger);
+        }
+
+        result = runWith({"--data-dir", dataFolder, "--json", "import", "--dry-run", file});
+        ASSERT_EQ(result.code, 0) << result.err << result.out;
+        EXPECT_EQ(boost::json::parse(result.out).at("totalToImport").as_int64(), 0);
+        result = runWith({"--data-dir", dataFolder, "import", file});
+        ASSERT_EQ(result.code, 0) << result.err << result.out;
+        EXPECT_TRUE(result.out.starts_with("Nothing to import: every transaction in "))
+            << result.out;
+    }
+}
+
+// Undoing the imports of a file's statements takes each statement's lines
+// back, and the file can then come in again whole.
+TEST_F(ImportCommandTest, StatementsOfOneFileAreImportsOfTheirOwn) {
+    const std::string file = (kData / "statements" / "camt053_v02_two_statements.xml").string();
+    auto result = run({"--json", "import", file});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const auto batches = boost::json::parse(result.out).at("batches").as_array();
+    ASSERT_EQ(batches.size(), 2u);
+    EXPECT_EQ(batches.at(1).at("fileName").as_string(),
+              "camt053_v02_two_statements.xml \xC2\xB7 account ending 2051");
+    for (const auto& batch : batches) {
+        result = run({"undo-import", std::string(batch.at("id").as_string())});
+        ASSERT_EQ(result.code, 0) << result.err;
+    }
+    EXPECT_EQ(
+        result.out,
+        "Removed the import of camt053_v02_two_statements.xml \xC2\xB7 account ending 2051.\n");
+    {
+        LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
+        EXPECT_TRUE(runtime.ledger().activeTransactions().empty());
+    }
+    result = run({"import", file});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Imported 5 transactions from 2 files.\n");
+}
+
+TEST_F(ImportCommandTest, BankErrorsAndUndecidableDatesImportNothing) {
+    auto result = run({"import", (kData / "statements" / "bank_error.ofx").string()});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("bank_error.ofx: Your bank sent an error instead of a statement: "
+                              "General error. Please try again later. Download the file again."),
+              std::string::npos)
+        << result.err;
+    result = run({"import", (kData / "statements" / "ambiguous.qif").string()});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("day/month or month/day"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("Nothing was imported."), std::string::npos) << result.err;
+}
+
 // The quick start of the README: the bundled samples import as it says.
 TEST_F(ImportCommandTest, BundledSamplesImportAndPairTheCardPayments) {
     const auto samples = kData.parent_path().parent_path() / "samples";

@@ -177,6 +177,57 @@ TEST_F(ImportModelTest, OverlappingFilesInOneCommitAddOnlyNewLines) {
     EXPECT_EQ(model.lastResult(), "Imported 3 transactions from 2 files; 2 were already saved.");
 }
 
+// An Amex download of two cycles of one card and a bank's checking
+// statement in one OFX file was refused as "not exactly one statement".
+TEST_F(ImportModelTest, FileOfSeveralStatementsIsOneCardPerStatement) {
+    const auto url = folder / "drop" / "Activity.ofx";
+    std::filesystem::create_directories(url.parent_path());
+    std::filesystem::copy_file(kData / "statements" / "two_cards_and_checking.ofx", url);
+    drop({url, url});
+    ASSERT_EQ(model.files().size(), 3u);
+    const auto& first = model.files()[0];
+    const auto& second = model.files()[1];
+    const auto& checking = model.files()[2];
+    EXPECT_EQ(first.name(), "Activity.ofx \xC2\xB7 card ending 1234, statement 1 of 3");
+    EXPECT_EQ(second.name(), "Activity.ofx \xC2\xB7 card ending 1234, statement 2 of 3");
+    EXPECT_EQ(checking.name(), "Activity.ofx \xC2\xB7 account ending 5678");
+    EXPECT_EQ(first.analysis.fileName, first.name());
+    EXPECT_NE(first.analysis.fileHash, second.analysis.fileHash);
+    // The card's cycles share one new account; the checking account is its own.
+    EXPECT_EQ(second.draft.id, first.draft.id);
+    EXPECT_EQ(second.suggestionReason,
+              "Goes to the same new account as Activity.ofx \xC2\xB7 card ending 1234, statement 1 "
+              "of 3.");
+    EXPECT_NE(checking.draft.id, first.draft.id);
+    EXPECT_EQ(checking.draft.type, AccountType::checking);
+    EXPECT_EQ(checking.draft.last4, "5678");
+    ASSERT_FALSE(first.blocker()) << *first.blocker();
+
+    model.commit(runtime, folder / "archive");
+    // The cycles overlap by one line, which is saved once.
+    EXPECT_EQ(model.lastResult(), "Imported 5 transactions from 3 files; 1 were already saved.");
+    EXPECT_EQ(runtime.ledger().accounts.size(), 2u);
+    ASSERT_EQ(runtime.ledger().batches.size(), 3u);
+    EXPECT_EQ(runtime.ledger().batches[1].fileName,
+              "Activity.ofx \xC2\xB7 card ending 1234, statement 2 of 3");
+    EXPECT_EQ(activeCount(), 5u);
+    // The file moved once, with no complaint about the statements after the first.
+    EXPECT_FALSE(runtime.errorMessage()) << *runtime.errorMessage();
+    EXPECT_TRUE(std::filesystem::exists(folder / "archive" / "2024-01" / "Activity.ofx"));
+
+    // The same statements again find their accounts and bring nothing.
+    const auto again = folder / "drop" / "Again.ofx";
+    std::filesystem::copy_file(kData / "statements" / "two_cards_and_checking.ofx", again);
+    drop({again});
+    ASSERT_EQ(model.files().size(), 3u);
+    for (const auto& file : model.files()) {
+        EXPECT_EQ(file.choice.kind, ImportFile::AccountChoice::Kind::existing) << file.name();
+        ASSERT_TRUE(file.plan);
+        EXPECT_EQ(file.plan->newCount(), 0) << file.name();
+    }
+    EXPECT_EQ(model.totalToImport(), 0);
+}
+
 // The plan on the card is reused at commit only while the ledger is the one
 // it was made from: here another session saves the same lines in between.
 TEST_F(ImportModelTest, LinesSavedAfterThePlanWasMadeAreDuplicatesAtCommit) {

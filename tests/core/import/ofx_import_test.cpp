@@ -281,7 +281,7 @@ TEST(OFXImport, RefusesAnythingButExactlyOneBankOrCardStatement) {
 
 TEST(OFXImport, NeedsAThreeLetterCurrency) {
     const std::string rows = transaction("20240102", "-1.00", "X");
-    for (std::string_view currency : {"", "US", "USDX", "US1", "U$D", "\xC3\x9CSD"}) {
+    for (std::string_view currency : {"US", "USDX", "US1", "U$D", "\xC3\x9CSD"}) {
         const auto analysis = analyzeText(bankStatement(rows, "CHECKING", currency));
         EXPECT_EQ(analysis.problem, std::string(kNoCurrency)) << currency;
         EXPECT_TRUE(analysis.rows.empty());
@@ -371,8 +371,8 @@ TEST(OFXImport, AmountIsTakenWithOFXsOwnSign) {
     }
     {
         const std::string rows = transaction("20240102", "", "NO AMOUNT") +
-                                 transaction("20240102", "12.345", "TOO PRECISE") +
-                                 transaction("20240102", "12,34", "DECIMAL COMMA") +
+                                 transaction("20240102", "1.234,56", "BOTH MARKS") +
+                                 transaction("20240102", "12,3,4", "TWO COMMAS") +
                                  transaction("20240102", "<", "EMPTY") +
                                  transaction("20240102", "1e3", "EXPONENT");
         EXPECT_EQ(describe(analyzeText(bankStatement(rows))),
@@ -607,6 +607,171 @@ TEST(OFXImport, AnalyzesFromManyThreadsAtOnce) {
         thread.join();
     for (const auto& result : results)
         EXPECT_EQ(result, expected);
+}
+
+TEST(OFXImport, ReadsAmountsPaddedPastTheCentsOrWrittenWithADecimalComma) {
+    // A bank that writes "-30.000" or "-12,34" had every row refused as inexact.
+    const std::string rows =
+        transaction("20240102", "-30.000", "PADDED") + transaction("20240102", "-3.77000", "LONG") +
+        transaction("20240102", "-12,34", "COMMA") + transaction("20240102", "+5,5", "SHORT") +
+        transaction("20240102", "7.", "WHOLE");
+    EXPECT_EQ(describe(analyzeText(bankStatement(rows))),
+              "row 1 2024-01-02 -3000 \"PADDED\"\n"
+              "row 2 2024-01-02 -377 \"LONG\"\n"
+              "row 3 2024-01-02 -1234 \"COMMA\"\n"
+              "row 4 2024-01-02 550 \"SHORT\"\n"
+              "row 5 2024-01-02 700 \"WHOLE\"\n");
+}
+
+TEST(OFXImport, AmountFinerThanACentIsAnIssueNotARounding) {
+    const std::string rows = transaction("20240102", "-3.775", "GAS") +
+                             transaction("20240102", "-3,7751", "GAS") +
+                             transaction("20240102", "-3.7700001", "GAS") +
+                             transaction("20240102", "x.123", "NOT A NUMBER");
+    EXPECT_EQ(describe(analyzeText(bankStatement(rows))),
+              "issue 1 This amount has more decimals than cents.\n"
+              "issue 2 This amount has more decimals than cents.\n"
+              "issue 3 This amount has more decimals than cents.\n"
+              "issue 4 Missing or invalid exact transaction amount.\n");
+}
+
+TEST(OFXImport, ReadsCharacterDataAsItStands) {
+    const std::string rows =
+        "<STMTTRN><DTPOSTED>20240102<TRNAMT>-1.00<NAME><![CDATA[Joe & Sons <Main St>]]></NAME>"
+        "<MEMO><![CDATA[a &amp; b]]></MEMO></STMTTRN>\n"
+        "<STMTTRN><DTPOSTED>20240102<TRNAMT>-2.00<NAME>\n  <![CDATA[  SPACED  ]]>\n</STMTTRN>\n"
+        "<STMTTRN><DTPOSTED>20240102<TRNAMT>-3.00<NAME><![CDATA[]]></NAME></STMTTRN>\n"
+        "<STMTTRN><DTPOSTED>20240102<TRNAMT>-4.00<NAME><![CDATA[NEVER CLOSED</STMTTRN>\n";
+    EXPECT_EQ(describe(analyzeText(bankStatement(rows))),
+              "row 1 2024-01-02 -100 \"Joe & Sons <Main St>" + std::string(kDot) +
+                  "a &amp; b\"\n"
+                  "row 2 2024-01-02 -200 \"SPACED\"\n"
+                  "issue 3 No transaction name or memo.\n"
+                  "issue 4 No transaction name or memo.\n");
+}
+
+TEST(OFXImport, EmptyCurrencyLeavesTheAccountsCurrencyToApply) {
+    // "<CURDEF></CURDEF>" used to refuse the whole statement.
+    const std::string rows = transaction("20240102", "-1.00", "X");
+    for (std::string_view currency : {"", "   "}) {
+        const auto analysis = analyzeText(bankStatement(rows, "CHECKING", currency));
+        EXPECT_FALSE(analysis.problem) << "[" << currency << "]";
+        EXPECT_FALSE(analysis.currencyHint);
+        EXPECT_EQ(analysis.rows.size(), 1u);
+    }
+    const std::string xml = cardStatement(rows);
+    const auto empty = analyzeText(xml.substr(0, xml.find("USD")) +
+                                   xml.substr(xml.find("USD") + std::string("USD").size()));
+    EXPECT_FALSE(empty.problem);
+    EXPECT_FALSE(empty.currencyHint);
+    EXPECT_EQ(describeAccount(empty),
+              "ofx-card | OFX/QFX credit card | creditCard | no currency | 1111");
+}
+
+TEST(OFXImport, NamelessTransactionIsDescribedByItsTypeAndCheckNumber) {
+    const auto block = [](std::string_view inner) {
+        return "<STMTTRN><DTPOSTED>20240102<TRNAMT>-1.00" + std::string(inner) + "</STMTTRN>\n";
+    };
+    const std::string rows = block("<TRNTYPE>CHECK<CHECKNUM>1042") + block("<TRNTYPE>debit") +
+                             block("<CHECKNUM>77") + block("<TRNTYPE>OTHER<CHECKNUM>78") +
+                             block("<TRNTYPE>OTHER") + block("") +
+                             block("<TRNTYPE>FEE<NAME>SERVICE CHARGE");
+    EXPECT_EQ(describe(analyzeText(bankStatement(rows))),
+              "row 1 2024-01-02 -100 \"CHECK 1042\" check=1042\n"
+              "row 2 2024-01-02 -100 \"DEBIT\"\n"
+              "row 3 2024-01-02 -100 \"CHECK 77\" check=77\n"
+              "row 4 2024-01-02 -100 \"CHECK 78\" check=78\n"
+              "row 7 2024-01-02 -100 \"SERVICE CHARGE\"\n"
+              "issue 5 No transaction name or memo.\n"
+              "issue 6 No transaction name or memo.\n");
+}
+
+TEST(OFXImport, ZeroPlaceholderLinesCountAsBlankLines) {
+    // Banks pad an empty statement with a "-0" line, often nameless, which
+    // then blocked the file as a row that couldn't be read.
+    const std::string rows =
+        transaction("20240102", "-0", "") + transaction("20240102", "-1.00", "REAL") +
+        transaction("", "0.00", "BALANCE") + transaction("20240103", "+0,00", "");
+    const auto analysis = analyzeText(bankStatement(rows));
+    EXPECT_EQ(describe(analysis), "row 2 2024-01-02 -100 \"REAL\"\n");
+    EXPECT_EQ(analysis.blankLines, 3);
+    EXPECT_EQ(analysis.accountedLines(), 4);
+}
+
+TEST(OFXImport, BankErrorInPlaceOfAStatementIsToldAsSuch) {
+    const auto status = [](std::string_view inner) {
+        return "<OFX><SIGNONMSGSRSV1><SONRS><STATUS><CODE>0<SEVERITY>INFO</STATUS></SONRS>"
+               "</SIGNONMSGSRSV1><BANKMSGSRSV1><STMTTRNRS><TRNUID>1<STATUS>" +
+               std::string(inner) + "</STATUS></STMTTRNRS></BANKMSGSRSV1></OFX>";
+    };
+    EXPECT_EQ(analyzeText(status("<CODE>2000<SEVERITY>ERROR<MESSAGE>General error.")).problem,
+              "Your bank sent an error instead of a statement: General error. Download the file "
+              "again.");
+    EXPECT_EQ(analyzeText(status("<CODE>15500<SEVERITY>WARN")).problem,
+              "Your bank sent an error instead of a statement: error code 15500. Download the "
+              "file again.");
+    // The bank said all is well and sent nothing: no error, no statement.
+    EXPECT_EQ(analyzeText(status("<CODE>0<SEVERITY>INFO")).problem, std::string(kStatementCount));
+    // One account failed and another came: the statement that came is read.
+    const std::string withStatement = bankStatement(transaction("20240102", "-1.00", "X"));
+    const auto failedNeighbour =
+        analyzeText(withStatement.substr(0, withStatement.find("</BANKMSGSRSV1>")) +
+                    "<STMTTRNRS><TRNUID>2<STATUS><CODE>2003<SEVERITY>ERROR</STATUS></STMTTRNRS>" +
+                    withStatement.substr(withStatement.find("</BANKMSGSRSV1>")));
+    EXPECT_FALSE(failedNeighbour.problem);
+    EXPECT_EQ(failedNeighbour.rows.size(), 1u);
+    const auto sample = analyzeText(readSample("../statements/bank_error.ofx"));
+    EXPECT_EQ(sample.problem,
+              "Your bank sent an error instead of a statement: General error. Please try again "
+              "later. Download the file again.");
+    EXPECT_FALSE(sample.profile);
+}
+
+TEST(OFXImport, CutsAFileIntoOneTextPerStatement) {
+    const std::string bank = bankStatement(transaction("20240102", "-1.00", "BANK"));
+    const std::string card = cardStatement(transaction("20240103", "-2.00", "CARD"));
+    EXPECT_TRUE(OFXImport::statements(bank).empty());
+    EXPECT_TRUE(OFXImport::statements("no statement here").empty());
+
+    const std::string sample = readSample("../statements/two_cards_and_checking.ofx");
+    const auto parts = OFXImport::statements(sample);
+    ASSERT_EQ(parts.size(), 3u);
+    std::ostringstream out;
+    for (const auto& part : parts) {
+        const auto analysis = analyzeText(part.data);
+        out << part.label << " | " << describeAccount(analysis) << "\n" << describe(analysis);
+    }
+    EXPECT_EQ(out.str(),
+              "card ending 1234, statement 1 of 3 | ofx-card | OFX/QFX credit card | creditCard | "
+              "USD | 1234\n"
+              "row 1 2024-01-05 -4217 \"WHOLE FOODS MARKET\" id=320240050001\n"
+              "row 2 2024-01-30 -1599 \"NETFLIX.COM\" id=320240300002\n"
+              "card ending 1234, statement 2 of 3 | ofx-card | OFX/QFX credit card | creditCard | "
+              "USD | 1234\n"
+              "row 1 2024-01-30 -1599 \"NETFLIX.COM\" id=320240300002\n"
+              "row 2 2024-02-15 5816 \"ONLINE PAYMENT - THANK YOU\" id=320240460003\n"
+              "account ending 5678 | ofx-bank | OFX/QFX checking | checking | USD | 5678\n"
+              "row 1 2024-02-15 -5816 \"AMEX EPAYMENT" +
+                  std::string(kDot) +
+                  "ACH PMT\" id=CHK0001\n"
+                  "row 2 2024-02-16 215000 \"ACME CORP PAYROLL\" id=CHK0002\n");
+    // Each statement is a file of its own, with a hash of its own, and the
+    // whole file still reads as one statement or none.
+    EXPECT_NE(ImportAnalyzer::sha256(parts[0].data), ImportAnalyzer::sha256(parts[1].data));
+    EXPECT_EQ(analyzeText(sample).problem, std::string(kStatementCount));
+
+    const auto mixed = OFXImport::statements(bank + card);
+    ASSERT_EQ(mixed.size(), 2u);
+    EXPECT_EQ(mixed[0].label, "account ending 4321");
+    EXPECT_EQ(mixed[1].label, "card ending 1111");
+    const auto nameless = OFXImport::statements(
+        "<OFX><STMTRS><CURDEF>USD</STMTRS><STMTRS>"
+        "<CURDEF>EUR</STMTRS></OFX>");
+    ASSERT_EQ(nameless.size(), 2u);
+    EXPECT_EQ(nameless[0].label, "statement 1 of 2");
+    EXPECT_EQ(analyzeText(nameless[1].data).currencyHint, "EUR");
+    // A document type keeps the file whole, to be refused as a whole.
+    EXPECT_TRUE(OFXImport::statements("<!DOCTYPE x>" + bank + card).empty());
 }
 
 }  // namespace
