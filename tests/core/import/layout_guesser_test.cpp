@@ -272,6 +272,10 @@ TEST(LayoutGuesser, ReadsEuropeanExports) {
     }
     // The value date is the posting.
     EXPECT_EQ(analyzeSample("sparkasse-camt.csv").rows.at(0).postedDate->iso(), "2020-11-05");
+    // The currency comes from a column of codes or from the amount's name.
+    EXPECT_EQ(analyzeSample("sparkasse-camt.csv").currencyHint, "EUR");
+    EXPECT_EQ(analyzeSample("ing-nl.csv").currencyHint, "EUR");
+    EXPECT_EQ(analyzeSample("banque-fr.csv").currencyHint, std::nullopt);
     EXPECT_EQ(analyzeSample("dkb-giro.csv").skippedLines, 6);
 }
 
