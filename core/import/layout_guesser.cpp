@@ -190,8 +190,11 @@ bool isCurrencyCode(std::string_view value) {
            });
 }
 
-// "betrag (eur)" names its currency: a code of three letters in brackets.
+// "betrag (eur)" names its currency: a code of three letters in brackets,
+// or the euro's sign ("Betrag (€)").
 std::optional<std::string> codeInName(std::string_view lower) {
+    if (contains(lower, "\u20AC"))
+        return "EUR";
     const auto open = lower.find('(');
     if (open == std::string_view::npos || open + 4 >= lower.size() || lower[open + 4] != ')')
         return std::nullopt;

@@ -276,6 +276,12 @@ TEST(LayoutGuesser, ReadsEuropeanExports) {
     EXPECT_EQ(analyzeSample("sparkasse-camt.csv").currencyHint, "EUR");
     EXPECT_EQ(analyzeSample("ing-nl.csv").currencyHint, "EUR");
     EXPECT_EQ(analyzeSample("banque-fr.csv").currencyHint, std::nullopt);
+    const auto euroSign = ImportAnalyzer::analyze(
+        "umsaetze.csv",
+        "Buchungsdatum;Verwendungszweck;Betrag (€)\n02.11.2023;Miete;-850,00\n"
+        "20.11.2023;Lohn;2.100,00\n",
+        builtInProfiles(), false);
+    EXPECT_EQ(euroSign.currencyHint, "EUR");
     EXPECT_EQ(analyzeSample("dkb-giro.csv").skippedLines, 6);
 }
 
