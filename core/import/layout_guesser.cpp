@@ -96,21 +96,6 @@ struct ColumnReading {
     std::size_t positive = 0, negative = 0;
 };
 
-// The style that reads more of the values. "1.234,56" and "12,50" read only
-// with a decimal comma, "1,234.56" and "1,000" only with a decimal point;
-// "12" and "1 234" read alike either way and decide nothing. When the
-// column leaves it open, `undecided` stands.
-NumberStyle styleOf(const std::vector<std::string_view>& values, NumberStyle undecided) {
-    std::size_t point = 0, comma = 0;
-    for (const auto value : values) {
-        point += Money::parseCents(value, NumberStyle::decimalPoint) ? 1 : 0;
-        comma += Money::parseCents(value, NumberStyle::decimalComma) ? 1 : 0;
-    }
-    if (point == comma)
-        return undecided;
-    return point > comma ? NumberStyle::decimalPoint : NumberStyle::decimalComma;
-}
-
 ColumnReading readColumn(const Rows& data, std::size_t column, NumberStyle undecided) {
     ColumnReading reading;
     for (const auto& row : data) {
@@ -118,7 +103,7 @@ ColumnReading readColumn(const Rows& data, std::size_t column, NumberStyle undec
         if (!value.empty())
             reading.values.push_back(value);
     }
-    reading.style = styleOf(reading.values, undecided);
+    reading.style = numberStyle(reading.values, undecided);
     for (const auto value : reading.values) {
         if (const auto cents = Money::parseCents(value, reading.style)) {
             ++reading.money;
@@ -354,7 +339,7 @@ Outcome guessWithHeader(const Rows& rows, std::size_t headerIndex, NumberStyle u
         // The two columns are one file's money: their values decide together.
         std::vector<std::string_view> both = readings[*moneyOut].values;
         both.insert(both.end(), readings[*moneyIn].values.begin(), readings[*moneyIn].values.end());
-        guess.numberStyle = styleOf(both, undecided);
+        guess.numberStyle = numberStyle(both, undecided);
         used.push_back(*moneyOut);
         used.push_back(*moneyIn);
     } else {
@@ -497,6 +482,21 @@ std::string quoted(std::string_view text) {
 }
 
 }  // namespace
+
+// The style that reads more of the values. "1.234,56" and "12,50" read only
+// with a decimal comma, "1,234.56" and "1,000" only with a decimal point;
+// "12" and "1 234" read alike either way and decide nothing. When the
+// column leaves it open, `undecided` stands.
+NumberStyle numberStyle(const std::vector<std::string_view>& values, NumberStyle undecided) {
+    std::size_t point = 0, comma = 0;
+    for (const auto value : values) {
+        point += Money::parseCents(value, NumberStyle::decimalPoint) ? 1 : 0;
+        comma += Money::parseCents(value, NumberStyle::decimalComma) ? 1 : 0;
+    }
+    if (point == comma)
+        return undecided;
+    return point > comma ? NumberStyle::decimalPoint : NumberStyle::decimalComma;
+}
 
 Outcome guess(const Rows& rows, NumberStyle undecided) {
     if (rows.size() < 2)

@@ -40,6 +40,11 @@ struct WorkedOut {
     std::vector<std::string> gaps;
 };
 
+// Which number style reads more of `values` (see guess); `undecided` when
+// both read as many.
+[[nodiscard]] NumberStyle numberStyle(const std::vector<std::string_view>& values,
+                                      NumberStyle undecided);
+
 // Guesses from the file's first rows, builds the layout under an id that
 // follows from the guess, and keeps it only when LayoutProposal::check
 // accepts it. `fileName` names the layout when the file says nothing better.
