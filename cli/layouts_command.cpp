@@ -25,6 +25,7 @@ boost::json::object layoutJSON(const ImportProfile& profile) {
         {"id", profile.id}, {"name", profile.name}, {"isBuiltIn", profile.isBuiltIn}};
     if (profile.accountType)
         object["accountType"] = rawValue(*profile.accountType);
+    object["numberStyle"] = rawValue(profile.numberStyle.value_or(NumberStyle::decimalPoint));
     return object;
 }
 

@@ -43,12 +43,15 @@ bool isWellFormedUtf8(std::string_view text) {
 void checkGuess(std::string_view bytes) {
     namespace guesser = copperwick::LayoutGuesser;
     const auto rows = copperwick::LayoutProposal::sampleRows(bytes, 200);
-    const auto outcome = guesser::guess(rows);
-    require(outcome.guess.has_value() != !outcome.gaps.empty());
-    if (outcome.guess) {
-        require(outcome.guess->dateColumn >= 1);
-        require(outcome.guess->descriptionColumn >= 1);
-        require(static_cast<std::size_t>(outcome.guess->headerRow) < rows.size());
+    for (const auto undecided :
+         {copperwick::NumberStyle::decimalPoint, copperwick::NumberStyle::decimalComma}) {
+        const auto outcome = guesser::guess(rows, undecided);
+        require(outcome.guess.has_value() != !outcome.gaps.empty());
+        if (outcome.guess) {
+            require(outcome.guess->dateColumn >= 1);
+            require(outcome.guess->descriptionColumn >= 1);
+            require(static_cast<std::size_t>(outcome.guess->headerRow) < rows.size());
+        }
     }
     const auto workedOut = guesser::workOut("fuzz.csv", bytes);
     require(workedOut.check.has_value() != !workedOut.gaps.empty());

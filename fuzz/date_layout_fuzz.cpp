@@ -21,6 +21,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (LocalDate::fromISO(date->iso()) != date)
             std::abort();
     }
+    // A month name reads the same day under every layout.
+    if (const auto named = parseNamedMonthDate(text)) {
+        for (const DateLayout layout : allCases<DateLayout>()) {
+            if (parseDate(layout, text) != named)
+                std::abort();
+        }
+    }
     std::vector<std::string> samples;
     std::string piece;
     for (const char c : text) {

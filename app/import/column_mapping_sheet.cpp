@@ -112,6 +112,7 @@ ColumnMappingSheet::ColumnMappingSheet(RuntimeBridge& bridge, const ImportFile& 
         const auto dot = m_fileName.find('.');
         start.name = m_fileName.substr(0, dot);
     }
+    m_kept = start;
     showDraft(start);
 
     connect(m_name, &QLineEdit::textEdited, this, &ColumnMappingSheet::formChanged);
@@ -176,6 +177,9 @@ LayoutDraft ColumnMappingSheet::draft() const {
     draft.cardNumberColumn = choiceOf(columnPicker(Column::cardNumber));
     draft.splitMode = m_split->isChecked();
     draft.signConvention = static_cast<SignConvention>(m_sign->currentData().toInt());
+    draft.numberStyle = m_kept.numberStyle;
+    draft.signMarkerColumn = m_kept.signMarkerColumn;
+    draft.moneyOutMarkers = m_kept.moneyOutMarkers;
     return draft;
 }
 

@@ -87,6 +87,8 @@ class ColumnMappingSheet : public SheetDialog {
     std::vector<std::string> m_headers;
     // The columns the pickers offer.
     std::vector<std::string> m_offered;
+    // The starting draft, for what the form keeps without showing it.
+    LayoutDraft m_kept;
     QLineEdit* m_name;
     QComboBox* m_type;
     std::array<QComboBox*, kColumnCount> m_columns{};

@@ -206,7 +206,7 @@ class OccurrenceCounter {
 // Where each of the layout's columns stands in this file.
 struct Columns {
     std::optional<std::size_t> date, postedDate, description, merchant, category, amount, debit,
-        credit, status, checkNumber, cardNumber, cardholder, currency, externalID;
+        credit, status, checkNumber, cardNumber, cardholder, currency, externalID, signMarker;
 };
 
 Columns locate(const ImportProfile& profile, const std::map<std::string, std::size_t>& columns) {
@@ -236,6 +236,9 @@ Columns locate(const ImportProfile& profile, const std::map<std::string, std::si
     c.cardholder = find(profile.cardholderColumn);
     c.currency = find(profile.currencyColumn);
     c.externalID = find(profile.externalIDColumn);
+    // A marker only says which way a single amount went.
+    if (c.amount)
+        c.signMarker = find(profile.signMarkerColumn);
     return c;
 }
 
@@ -273,9 +276,12 @@ class RowReader {
           m_columns(columns),
           m_analysis(analysis),
           m_flipSigns(flipSigns),
+          m_numberStyle(profile.numberStyle.value_or(NumberStyle::decimalPoint)),
           m_occurrences(analysis.rows) {
         for (const auto& value : profile.pendingValues)
             m_pendingValues.insert(text::lowercased(value));
+        for (const auto& marker : profile.moneyOutMarkers.value_or(std::vector<std::string>{}))
+            m_moneyOutMarkers.insert(text::lowercased(marker));
     }
 
     void read(const CSVRecord& record) {
@@ -340,12 +346,18 @@ class RowReader {
             const auto amountText = readField(record, m_columns.amount);
             if (!amountText)
                 return noAmount();
-            const auto cents = Money::parseCents(*amountText);
+            const auto cents = Money::parseCents(*amountText, m_numberStyle);
             if (!cents)
                 return issue("The amount " + quoted(*amountText) +
                              " isn't an exact dollar amount.");
-            amount =
-                m_profile.signConvention == SignConvention::positiveIsMoneyOut ? -*cents : *cents;
+            if (const auto marker = readField(record, m_columns.signMarker)) {
+                // The marker says which way the money went; the amount is only its size.
+                const int64_t size = *cents < 0 ? -*cents : *cents;
+                amount = m_moneyOutMarkers.contains(text::lowercased(*marker)) ? -size : size;
+            } else {
+                amount = m_profile.signConvention == SignConvention::positiveIsMoneyOut ? -*cents
+                                                                                        : *cents;
+            }
         } else {
             const auto debitText = readField(record, m_columns.debit);
             const auto creditText = readField(record, m_columns.credit);
@@ -353,14 +365,14 @@ class RowReader {
                 return noAmount();
             std::optional<int64_t> debit, credit;
             if (debitText) {
-                debit = Money::parseCents(*debitText);
+                debit = Money::parseCents(*debitText, m_numberStyle);
                 if (!debit)
                     return issue("The debit " + quoted(*debitText) +
                                  " isn't an exact dollar amount.");
                 debit = *debit < 0 ? -*debit : *debit;
             }
             if (creditText) {
-                credit = Money::parseCents(*creditText);
+                credit = Money::parseCents(*creditText, m_numberStyle);
                 if (!credit)
                     return issue("The credit " + quoted(*creditText) +
                                  " isn't an exact dollar amount.");
@@ -446,7 +458,9 @@ class RowReader {
     const Columns& m_columns;
     FileAnalysis& m_analysis;
     bool m_flipSigns;
+    NumberStyle m_numberStyle;
     std::set<std::string> m_pendingValues;
+    std::set<std::string> m_moneyOutMarkers;
     OccurrenceCounter m_occurrences;
     MarkerScan m_markers;
     std::vector<std::string> m_cardDigits;
@@ -773,8 +787,9 @@ bool headerlessShapeMatches(const ImportProfile& profile, const CSVRecord& recor
     const auto isDate = [&](std::size_t i) {
         return parseDate(layout, record.fields[i]).has_value();
     };
+    const NumberStyle style = profile.numberStyle.value_or(NumberStyle::decimalPoint);
     const auto isAmount = [&](std::size_t i) {
-        return Money::parseCents(record.fields[i]).has_value();
+        return Money::parseCents(record.fields[i], style).has_value();
     };
     switch (profile.headerlessShape) {
         case HeaderlessShape::wellsFargoClassic:

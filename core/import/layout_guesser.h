@@ -26,8 +26,12 @@ struct Outcome {
 
 // From the first rows with content, as LayoutProposal::sampleRows gives
 // them. The date order must be the only one that reads every date of the
-// column, and one row is never enough to decide it.
-[[nodiscard]] Outcome guess(const std::vector<std::vector<std::string>>& rows);
+// column, and one row is never enough to decide it, unless the months are
+// written as names. The number style is the one that reads more of the
+// amount column's values (both money columns' when they are split);
+// `undecided` stands where they read alike either way.
+[[nodiscard]] Outcome guess(const std::vector<std::vector<std::string>>& rows,
+                            NumberStyle undecided = NumberStyle::decimalPoint);
 
 // What became of a file: the checked layout when one was worked out and the
 // file reads cleanly with it, otherwise why not.
@@ -36,6 +40,11 @@ struct WorkedOut {
     std::vector<std::string> gaps;
 };
 
+// Which number style reads more of `values` (see guess); `undecided` when
+// both read as many.
+[[nodiscard]] NumberStyle numberStyle(const std::vector<std::string_view>& values,
+                                      NumberStyle undecided);
+
 // Guesses from the file's first rows, builds the layout under an id that
 // follows from the guess, and keeps it only when LayoutProposal::check
 // accepts it. `fileName` names the layout when the file says nothing better.
@@ -43,7 +52,8 @@ struct WorkedOut {
 
 // "Layout worked out from the file: date in “Date”, description in
 // “Payee”, amount in “Amount”." The line a person reads before anything
-// read with that layout is saved.
+// read with that layout is saved. It ends ", amounts with decimal commas"
+// for a file that writes them so, and names a marker column of money out.
 [[nodiscard]] std::string workedOutLine(const ImportProfile& profile);
 
 // What to do when no layout could be worked out.

@@ -129,6 +129,20 @@ std::optional<ImportProfile> makeProfile(const LayoutGuess& guess,
     profile.statusColumn = optionalHeader(guess.statusColumn);
     profile.pendingValues = {"Pending", "Pend", "Authorized"};
     profile.isBuiltIn = false;
+    // Left out for a decimal point, so that such a layout is what it always was.
+    if (guess.numberStyle == NumberStyle::decimalComma)
+        profile.numberStyle = guess.numberStyle;
+    if (single && inRange(guess.signMarkerColumn, width) &&
+        std::find(used.begin(), used.end(), guess.signMarkerColumn) == used.end() &&
+        !header(guess.signMarkerColumn).empty() && !guess.moneyOutMarkers.empty()) {
+        profile.signMarkerColumn = header(guess.signMarkerColumn);
+        profile.moneyOutMarkers = guess.moneyOutMarkers;
+    }
+    if (hasHeader)
+        profile.dateLayout = guess.dateLayout;
+    if (std::find(used.begin(), used.end(), guess.currencyColumn) == used.end())
+        profile.currencyColumn = optionalHeader(guess.currencyColumn);
+    profile.currency = guess.currency;
     // A headerless shape test reads dates before any detection, so the
     // order is fixed now.
     if (!hasHeader) {
@@ -151,6 +165,8 @@ bool mostlyMoneyIn(const std::vector<ParsedRow>& rows) {
 }
 
 ImportProfile reversed(ImportProfile profile) {
+    if (profile.amountColumn && profile.signMarkerColumn)
+        return profile;
     if (profile.amountColumn) {
         profile.signConvention = profile.signConvention == SignConvention::positiveIsMoneyIn
                                      ? SignConvention::positiveIsMoneyOut
@@ -165,7 +181,8 @@ LayoutCheck check(const ImportProfile& profile, std::string_view fileName, std::
     LayoutCheck result;
     result.profile = profile;
     result.analysis = ImportAnalyzer::analyzeKnown(fileName, data, {profile}, false);
-    if (!result.analysis.problem && mostlyMoneyIn(result.analysis.rows)) {
+    const bool markedSigns = profile.amountColumn && profile.signMarkerColumn;
+    if (!result.analysis.problem && !markedSigns && mostlyMoneyIn(result.analysis.rows)) {
         // A bank file is mostly money out, so such a reading has its signs
         // the wrong way round.
         result.profile = reversed(profile);

@@ -13,8 +13,10 @@
 #include <vector>
 
 #include "core/import/file_analysis.h"
+#include "core/model/date_layout.h"
 #include "core/model/import_profile.h"
 #include "core/model/ledger_enums.h"
+#include "core/model/money.h"
 
 namespace copperwick {
 
@@ -33,6 +35,19 @@ struct LayoutGuess {
     bool purchasesArePositive = false;
     std::string bankName = "unknown";
     std::optional<AccountType> accountType;
+    // How the amounts are written.
+    NumberStyle numberStyle = NumberStyle::decimalPoint;
+    // A column of markers saying which way an unsigned amount went, and the
+    // markers of money out; 0 and none when the amount carries its sign.
+    int signMarkerColumn = 0;
+    std::vector<std::string> moneyOutMarkers;
+    // A column of ISO currency codes, 0 when there is none, and the whole
+    // file's currency when a header names it ("Betrag (EUR)").
+    int currencyColumn = 0;
+    std::optional<std::string> currency;
+    // A date order settled by the file, kept with the layout so that a later
+    // file whose dates happen to read either way is read the same way.
+    std::optional<DateLayout> dateLayout;
 
     friend bool operator==(const LayoutGuess&, const LayoutGuess&) = default;
 };
@@ -67,8 +82,8 @@ namespace LayoutProposal {
 
 // Reads the file with `profile` alone. A reading that comes out mostly money
 // in is taken to have its signs the wrong way round and is read again
-// reversed. Accepted when the file has no problem, at least one row was read
-// and at most one row in ten (one below ten rows) couldn't be.
+// reversed, unless a marker column names each row's direction. Accepted when the file has no
+// problem, at least one row was read and at most one row in ten (one below ten rows) couldn't be.
 [[nodiscard]] LayoutCheck check(const ImportProfile& profile, std::string_view fileName,
                                 std::string_view data);
 
@@ -76,7 +91,9 @@ namespace LayoutProposal {
 [[nodiscard]] bool mostlyMoneyIn(const std::vector<ParsedRow>& rows);
 
 // The same layout with its signs the other way: the other sign convention
-// for one amount column, the money-out and money-in columns swapped.
+// for one amount column, the money-out and money-in columns swapped. A layout
+// whose signs come from a marker column is returned as it is: the markers
+// name the direction, so there is nothing to reverse.
 [[nodiscard]] ImportProfile reversed(ImportProfile profile);
 
 }  // namespace LayoutProposal

@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 
+#include "core/import/layout_guesser.h"
 #include "core/model/text.h"
 #include "core/model/uuid.h"
 
@@ -69,7 +70,36 @@ LayoutDraft takenOver(const ImportProfile& profile) {
     draft.cardholderColumn = profile.cardholderColumn;
     draft.signConvention = profile.signConvention;
     draft.splitMode = profile.debitColumn.has_value() && profile.creditColumn.has_value();
+    draft.numberStyle = profile.numberStyle.value_or(NumberStyle::decimalPoint);
+    draft.signMarkerColumn = profile.signMarkerColumn;
+    draft.moneyOutMarkers = profile.moneyOutMarkers;
     return draft;
+}
+
+// The style of the money columns the draft names, read from the sample rows
+// under the header row.
+NumberStyle sampledStyle(const FileAnalysis& analysis, const LayoutDraft& draft) {
+    const NumberStyle undecided =
+        analysis.delimiter == ";" ? NumberStyle::decimalComma : NumberStyle::decimalPoint;
+    if (analysis.sampleRecords.empty())
+        return undecided;
+    const auto& header = analysis.sampleRecords.front();
+    std::vector<std::string_view> values;
+    for (const auto& column : {draft.amountColumn, draft.debitColumn, draft.creditColumn}) {
+        if (!chosen(column))
+            continue;
+        for (std::size_t i = 0; i < header.size(); ++i) {
+            if (text::trimmed(header[i]) != *column)
+                continue;
+            for (std::size_t row = 1; row < analysis.sampleRecords.size(); ++row) {
+                const auto& fields = analysis.sampleRecords[row];
+                if (i < fields.size() && !text::trimmed(fields[i]).empty())
+                    values.push_back(text::trimmed(fields[i]));
+            }
+            break;
+        }
+    }
+    return LayoutGuesser::numberStyle(values, undecided);
 }
 
 LayoutDraft guessed(const std::vector<std::string>& offered) {
@@ -103,7 +133,10 @@ std::vector<std::string> offeredHeaders(const FileAnalysis& analysis) {
 LayoutDraft preselect(const FileAnalysis& analysis, const std::optional<ImportProfile>& proposed) {
     const auto offered = offeredHeaders(analysis);
     const auto& start = proposed ? proposed : analysis.profile;
-    LayoutDraft draft = start && fitsForm(*start, offered) ? takenOver(*start) : guessed(offered);
+    const bool takeOver = start && fitsForm(*start, offered);
+    LayoutDraft draft = takeOver ? takenOver(*start) : guessed(offered);
+    if (!takeOver)
+        draft.numberStyle = sampledStyle(analysis, draft);
     if (draft.name.empty()) {
         const std::string_view fileName = analysis.fileName;
         draft.name = std::string(fileName.substr(0, fileName.find('.')));
@@ -145,6 +178,15 @@ ImportProfile buildProfile(const LayoutDraft& draft, const std::vector<std::stri
     profile.cardNumberColumn = chosenOrNone(draft.cardNumberColumn);
     profile.cardholderColumn = chosenOrNone(draft.cardholderColumn);
     profile.isBuiltIn = false;
+    if (draft.numberStyle == NumberStyle::decimalComma)
+        profile.numberStyle = draft.numberStyle;
+    // A marker only goes with the amount column it was found beside.
+    if (!draft.splitMode && draft.signMarkerColumn && draft.moneyOutMarkers &&
+        contains(profile.requiredHeaders, *draft.signMarkerColumn) &&
+        draft.signMarkerColumn != profile.amountColumn) {
+        profile.signMarkerColumn = draft.signMarkerColumn;
+        profile.moneyOutMarkers = draft.moneyOutMarkers;
+    }
     return profile;
 }
 

@@ -41,6 +41,11 @@ struct LayoutDraft {
     // Separate money-out and money-in columns instead of one signed amount.
     bool splitMode = false;
     SignConvention signConvention = SignConvention::positiveIsMoneyIn;
+    // Not chosen in the form but kept from the file: how it writes amounts,
+    // and a marker column naming which way each amount went.
+    NumberStyle numberStyle = NumberStyle::decimalPoint;
+    std::optional<std::string> signMarkerColumn;
+    std::optional<std::vector<std::string>> moneyOutMarkers;
 
     friend bool operator==(const LayoutDraft&, const LayoutDraft&) = default;
 };
@@ -51,7 +56,9 @@ struct LayoutDraft {
 
 // The form's starting choices. `proposed` is a layout suggested for this file,
 // tried before the analysis's own; a taught layout that fits the file is taken
-// over whole, otherwise columns are guessed from their header words.
+// over whole, otherwise columns are guessed from their header words and the
+// number style from the sample rows' money (a semicolon file's decimal comma
+// where they read alike either way).
 [[nodiscard]] LayoutDraft preselect(const FileAnalysis& analysis,
                                     const std::optional<ImportProfile>& proposed);
 

@@ -13,6 +13,7 @@
 #include "core/model/date_layout.h"
 #include "core/model/enum_text.h"
 #include "core/model/ledger_enums.h"
+#include "core/model/money.h"
 
 namespace copperwick {
 
@@ -77,6 +78,16 @@ struct ImportProfile {
     std::optional<std::string> currency;
     std::optional<std::string> externalIDColumn;
     std::optional<std::vector<std::string>> fileNameHints;
+    // How the file writes its amounts; absent means decimalPoint, as every
+    // layout read before the style was kept.
+    std::optional<NumberStyle> numberStyle;
+    // A column beside an unsigned amount that says which way the money went
+    // ("S"/"H", "D"/"C", "Af"/"Bij"). A row whose marker is one of
+    // `moneyOutMarkers` (compared without regard to case) is money out, any
+    // other marker money in; the sign convention then plays no part. A row
+    // without a marker keeps the amount's own sign.
+    std::optional<std::string> signMarkerColumn;
+    std::optional<std::vector<std::string>> moneyOutMarkers;
 
     friend bool operator==(const ImportProfile&, const ImportProfile&) = default;
 };

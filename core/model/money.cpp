@@ -11,8 +11,18 @@ namespace copperwick::Money {
 
 namespace {
 
-constexpr std::string_view kMinusSign = "\xE2\x88\x92";  // U+2212
-constexpr std::string_view kNoBreakSpace = "\xC2\xA0";   // U+00A0
+constexpr std::string_view kMinusSign = "\xE2\x88\x92";           // U+2212
+constexpr std::string_view kNoBreakSpace = "\xC2\xA0";            // U+00A0
+constexpr std::string_view kNarrowNoBreakSpace = "\xE2\x80\xAF";  // U+202F
+constexpr std::string_view kThinSpace = "\xE2\x80\x89";           // U+2009
+constexpr std::string_view kEuroSign = "\xE2\x82\xAC";            // U+20AC
+
+// The marks of one number style: what ends the whole units and what groups
+// their thousands.
+struct Marks {
+    char decimal;
+    char group;
+};
 
 // Without commas, 13 digits already reach well past the largest amount, so
 // longer text is refused as it stands rather than read.
@@ -20,10 +30,26 @@ constexpr std::size_t kMaxUngroupedDigits = 13;
 
 // The minus sign becomes "-"; currency marks and spaces go. One pass, since
 // nothing that is dropped can join its neighbours into something readable.
-std::string withoutNoise(std::string_view text) {
+// European files add their own: "EUR", "€" and the narrow spaces French
+// exports group thousands with. These go only under a decimal comma, so
+// that a decimal-point file is read exactly as before.
+std::string withoutNoise(std::string_view text, bool european) {
     std::string cleaned;
     cleaned.reserve(text.size());
     while (!text.empty()) {
+        if (european) {
+            bool dropped = false;
+            for (const std::string_view noise :
+                 {std::string_view("EUR"), kEuroSign, kNarrowNoBreakSpace, kThinSpace}) {
+                if (text.starts_with(noise)) {
+                    text.remove_prefix(noise.size());
+                    dropped = true;
+                    break;
+                }
+            }
+            if (dropped)
+                continue;
+        }
         if (text.starts_with(kMinusSign)) {
             cleaned += '-';
             text.remove_prefix(kMinusSign.size());
@@ -61,13 +87,14 @@ std::optional<int64_t> readDigits(std::string_view digits) {
     return value;
 }
 
-// The part before the decimal point. With commas it must be grouped the way
-// US banks write it; that is what refuses "1.234,56" instead of misreading it.
-std::optional<int64_t> readWholeUnits(std::string_view text) {
+// The part before the decimal mark. With group marks it must be grouped in
+// threes; that is what refuses "1.234,56" under a decimal point (and
+// "1,234.56" under a decimal comma) instead of misreading it.
+std::optional<int64_t> readWholeUnits(std::string_view text, char group) {
     if (text.empty())
         return 0;
-    if (text.find(',') != std::string_view::npos) {
-        const auto groups = text::splitKeepingEmpty(text, ',');
+    if (text.find(group) != std::string_view::npos) {
+        const auto groups = text::splitKeepingEmpty(text, group);
         std::string joined;
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const std::size_t size = groups[i].size();
@@ -109,14 +136,12 @@ std::string twoDigits(int64_t value) {
     return {static_cast<char>('0' + value / 10), static_cast<char>('0' + value % 10)};
 }
 
-}  // namespace
-
-std::optional<int64_t> parseCents(std::string_view text) {
+std::optional<int64_t> readCents(std::string_view text, Marks marks, bool european) {
     const std::string_view bare = text::trimmed(text);
     if (bare.empty())
         return std::nullopt;
 
-    const std::string cleaned = withoutNoise(bare);
+    const std::string cleaned = withoutNoise(bare, european);
     if (cleaned.empty())
         return std::nullopt;
 
@@ -140,7 +165,7 @@ std::optional<int64_t> parseCents(std::string_view text) {
     if (rest.empty())
         return std::nullopt;
 
-    const auto pieces = text::splitKeepingEmpty(rest, '.');
+    const auto pieces = text::splitKeepingEmpty(rest, marks.decimal);
     if (pieces.size() > 2)
         return std::nullopt;
     const std::string_view whole = pieces[0];
@@ -150,7 +175,7 @@ std::optional<int64_t> parseCents(std::string_view text) {
     if (pieces.size() == 2 && whole.empty() && fraction.empty())
         return std::nullopt;
 
-    const auto units = readWholeUnits(whole);
+    const auto units = readWholeUnits(whole, marks.group);
     if (!units)
         return std::nullopt;
     int64_t fractionCents = 0;
@@ -166,6 +191,18 @@ std::optional<int64_t> parseCents(std::string_view text) {
     if (cents > kLargestAmount)
         return std::nullopt;
     return negative ? checked::neg(cents) : cents;
+}
+
+}  // namespace
+
+std::optional<int64_t> parseCents(std::string_view text) {
+    return readCents(text, Marks{'.', ','}, false);
+}
+
+std::optional<int64_t> parseCents(std::string_view text, NumberStyle style) {
+    if (style == NumberStyle::decimalComma)
+        return readCents(text, Marks{',', '.'}, true);
+    return parseCents(text);
 }
 
 std::string grouped(uint64_t value) {

@@ -11,7 +11,26 @@
 #include <string>
 #include <string_view>
 
+#include "core/model/enum_text.h"
+
 namespace copperwick {
+
+// Which marks a file writes amounts with. `decimalPoint` is "1,234.56", as US
+// and UK banks write them; `decimalComma` is "1.234,56" or "1 234,56", as most
+// of continental Europe does. A taught layout remembers its file's style.
+enum class NumberStyle {
+    decimalPoint,
+    decimalComma,
+};
+
+template <>
+struct EnumTraits<NumberStyle> {
+    static constexpr std::array<std::pair<NumberStyle, std::string_view>, 2> cases{{
+        {NumberStyle::decimalPoint, "decimalPoint"},
+        {NumberStyle::decimalComma, "decimalComma"},
+    }};
+};
+
 namespace Money {
 
 // The largest amount the system accepts, in cents. parseCents refuses anything
@@ -23,6 +42,13 @@ inline constexpr int64_t kLargestAmount = 90'000'000'000'000;
 // "USD 1,234.56", "(5.00)", "5.00-", "−12.30". Absent for anything that can't be
 // read exactly, including European decimal commas and more than two decimals.
 [[nodiscard]] std::optional<int64_t> parseCents(std::string_view text);
+
+// The same reading in a file's number style. Under `decimalComma` the roles of
+// the two marks swap: "1.234,56", "-12,50", "12,50-" and "1 234,56" are read,
+// "1.234" is one thousand two hundred thirty-four, and "12,345" (three
+// decimals) is absent. "EUR", "€" and narrow no-break spaces go as well.
+// Under `decimalPoint` it is exactly parseCents(text).
+[[nodiscard]] std::optional<int64_t> parseCents(std::string_view text, NumberStyle style);
 
 // "−$1,234.56", "+$0.05", "−EUR 1,234.56". Negative amounts take U+2212 unless
 // `plain` asks for an ASCII "-"; `showPlus` marks positive amounts; zero is never

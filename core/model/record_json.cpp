@@ -480,6 +480,9 @@ ImportProfile decodeObject<ImportProfile>(const Fields& f) {
     p.currency = f.optional<std::string>("currency");
     p.externalIDColumn = f.optional<std::string>("externalIDColumn");
     p.fileNameHints = f.optional<std::vector<std::string>>("fileNameHints");
+    p.numberStyle = f.optional<NumberStyle>("numberStyle");
+    p.signMarkerColumn = f.optional<std::string>("signMarkerColumn");
+    p.moneyOutMarkers = f.optional<std::vector<std::string>>("moneyOutMarkers");
     return p;
 }
 
@@ -935,7 +938,7 @@ json::value toJSON(const LedgerSettings& s) {
 }
 
 json::value toJSON(const ImportProfile& p) {
-    return Writer(28)
+    return Writer(31)
         .put("id", p.id)
         .put("name", p.name)
         .put("accountType", p.accountType)
@@ -964,6 +967,9 @@ json::value toJSON(const ImportProfile& p) {
         .put("currency", p.currency)
         .put("externalIDColumn", p.externalIDColumn)
         .put("fileNameHints", p.fileNameHints)
+        .put("numberStyle", p.numberStyle)
+        .put("signMarkerColumn", p.signMarkerColumn)
+        .put("moneyOutMarkers", p.moneyOutMarkers)
         .done();
 }
 

@@ -83,6 +83,32 @@ TEST(ExportLayout, WritesSortedKeysOnePerLine) {
               "}\n");
 }
 
+// A taught European layout lost its number style on the way through a
+// layout file, and read "12,50" as a refusal on the other computer.
+TEST(ExportLayout, KeepsHowTheLayoutReadsNumbersAndLeavesOldFilesAsTheyWere) {
+    ImportProfile european = simple();
+    european.numberStyle = NumberStyle::decimalComma;
+    european.signMarkerColumn = "S/H";
+    european.moneyOutMarkers = std::vector<std::string>{"S"};
+    const auto text = exportLayout(european);
+    EXPECT_NE(text.find("  \"moneyOutMarkers\" : [\n    \"S\"\n  ],\n"), std::string::npos);
+    EXPECT_NE(text.find("  \"numberStyle\" : \"decimalComma\",\n"), std::string::npos);
+    EXPECT_NE(text.find("  \"signMarkerColumn\" : \"S/H\"\n"), std::string::npos);
+    const auto imported = importLayout(text);
+    EXPECT_EQ(imported.numberStyle, NumberStyle::decimalComma);
+    EXPECT_EQ(imported.signMarkerColumn, "S/H");
+    EXPECT_EQ(imported.moneyOutMarkers, std::vector<std::string>{"S"});
+
+    // A file written before the style was kept reads as a decimal point.
+    const auto old = importLayout(layoutText(simple()));
+    EXPECT_EQ(old.numberStyle, std::nullopt);
+    EXPECT_EQ(old.signMarkerColumn, std::nullopt);
+    EXPECT_EQ(old.moneyOutMarkers, std::nullopt);
+    // A style this program doesn't know is no layout at all.
+    EXPECT_FALSE(refusalOf(layoutText(simple(), {{"numberStyle", "decimalDot"}})).entryError);
+    EXPECT_NE(refusalOf(layoutText(simple(), {{"numberStyle", "decimalDot"}})).message, "imported");
+}
+
 TEST(ExportLayout, DecodesBackToTheSameLayout) {
     ImportProfile full = simple();
     full.postedDateColumn = "Posted";

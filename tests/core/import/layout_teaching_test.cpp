@@ -256,5 +256,37 @@ TEST(TeachingALayout, TheSameBanksNextFileIsRecognisedAndRead) {
     EXPECT_EQ(again.rows[1].status, TransactionStatus::pending);
 }
 
+// A decimal-comma file whose columns were chosen by hand was saved as a
+// decimal-point layout, and then none of its amounts could be read.
+TEST(TeachingALayout, KeepsTheFilesNumberStyleAndSignMarkers) {
+    // Every day under 13, so the order of the dates can't be worked out.
+    const std::string data =
+        "Date;Memo;Amount;S/H\n"
+        "03.04.2024;CORNER SHOP;1.012,50;S\n"
+        "05.04.2024;SALARY;2.000,00;H\n";
+    const auto first = ImportAnalyzer::analyze("kasse.csv", data, builtInProfiles(), false);
+    ASSERT_FALSE(first.profile.has_value());
+    const LayoutDraft draft = preselect(first, std::nullopt);
+    EXPECT_EQ(draft.numberStyle, NumberStyle::decimalComma);
+    ASSERT_TRUE(isComplete(draft));
+    const auto profile = buildProfile(draft, first.headers);
+    EXPECT_EQ(profile.numberStyle, NumberStyle::decimalComma);
+    const auto read = ImportAnalyzer::analyze("kasse.csv", data, profile, false);
+    ASSERT_EQ(read.rows.size(), 2u);
+    EXPECT_EQ(read.rows[0].amount, 101250);  // no marker taught by hand: the amount's own sign
+
+    // A proposed layout taken over keeps its style and its marker column.
+    ImportProfile proposed = profile;
+    proposed.signMarkerColumn = "S/H";
+    proposed.moneyOutMarkers = std::vector<std::string>{"S"};
+    const auto kept = buildProfile(preselect(first, proposed), first.headers);
+    EXPECT_EQ(kept.numberStyle, NumberStyle::decimalComma);
+    EXPECT_EQ(kept.signMarkerColumn, "S/H");
+    const auto marked = ImportAnalyzer::analyze("kasse.csv", data, kept, false);
+    ASSERT_EQ(marked.rows.size(), 2u);
+    EXPECT_EQ(marked.rows[0].amount, -101250);
+    EXPECT_EQ(marked.rows[1].amount, 200000);
+}
+
 }  // namespace
 }  // namespace copperwick

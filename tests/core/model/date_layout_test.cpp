@@ -124,5 +124,45 @@ TEST(DateLayout, DetectNamesNoLayoutWhenNothingIsReadable) {
     EXPECT_EQ(detectDateLayout(Samples{"  ", "\t", "3/14"}), std::nullopt);
 }
 
+// Month names settle the order whatever the layout, in the ways European and
+// English exports write them.
+TEST(DateLayout, AMonthNameIsReadUnderEveryLayout) {
+    const struct {
+        std::string_view text;
+        LocalDate expected;
+    } cases[] = {
+        {"04 Nov 2020", date(2020, 11, 4)},       {"4. Nov. 2020", date(2020, 11, 4)},
+        {"04-Nov-2020", date(2020, 11, 4)},       {"04-NOV-20", date(2020, 11, 4)},
+        {"Nov 4, 2020", date(2020, 11, 4)},       {"2020-Nov-04", date(2020, 11, 4)},
+        {"04 Nov 2020 12:30", date(2020, 11, 4)}, {"3. Okt. 2021", date(2021, 10, 3)},
+        {"12 Mrz 2021", date(2021, 3, 12)},       {"12. März 2021", date(2021, 3, 12)},
+        {"1 Mär 2021", date(2021, 3, 1)},         {"3 déc. 2020", date(2020, 12, 3)},
+        {"3 DÉC 2020", date(2020, 12, 3)},        {"7 févr. 2021", date(2021, 2, 7)},
+        {"15 mei 2021", date(2021, 5, 15)},       {"15-dic-2021", date(2021, 12, 15)},
+        {"1 ene 2022", date(2022, 1, 1)},         {"29 Feb 2024", date(2024, 2, 29)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.text));
+        for (const DateLayout layout : allCases<DateLayout>())
+            EXPECT_EQ(parseDate(layout, c.text), c.expected);
+    }
+    for (const std::string_view text :
+         {"29 Feb 2025", "04 Nov", "Nov 2020", "04 Nox 2020", "004 Nov 2020", "04 Nov 202",
+          "04 Nov 2020 extra", "Nov Nov 2020", "hello world 2020"}) {
+        EXPECT_EQ(parseNamedMonthDate(text), std::nullopt) << text;
+        EXPECT_EQ(parseDate(DateLayout::dayMonthYear, text), std::nullopt) << text;
+    }
+}
+
+TEST(DateLayout, EightDigitsAreAYearFirstDateOnly) {
+    EXPECT_EQ(parseDate(DateLayout::yearMonthDay, "20201104"), date(2020, 11, 4));
+    EXPECT_EQ(parseDate(DateLayout::yearMonthDay, "20240229"), date(2024, 2, 29));
+    EXPECT_EQ(parseDate(DateLayout::yearMonthDay, "20250229"), std::nullopt);
+    EXPECT_EQ(parseDate(DateLayout::yearMonthDay, "2020110"), std::nullopt);
+    EXPECT_EQ(parseDate(DateLayout::dayMonthYear, "04112020"), std::nullopt);
+    EXPECT_EQ(parseDate(DateLayout::monthDayYear, "11042020"), std::nullopt);
+    EXPECT_EQ(detectDateLayout({"20201104", "20201105"}), DateLayout::yearMonthDay);
+}
+
 }  // namespace
 }  // namespace copperwick

@@ -130,6 +130,70 @@ TEST(Money, ParseRefusesEuropeanAndBrokenGroupingInsteadOfMisreading) {
     });
 }
 
+struct StyleCase {
+    std::string_view text;
+    std::optional<int64_t> point;  // read with a decimal point
+    std::optional<int64_t> comma;  // read with a decimal comma
+};
+
+// Each mark means one thing in one style and the other in the other; an
+// amount that only one style can read exactly is refused by the other, never
+// read as a different sum.
+TEST(Money, EachNumberStyleReadsItsOwnMarksAndRefusesTheOther) {
+    const StyleCase cases[] = {
+        {"1.234,56", std::nullopt, 123456},
+        {"-0,01", std::nullopt, -1},
+        {"-12,50", std::nullopt, -1250},
+        {"12,50-", std::nullopt, -1250},
+        {"1.234", std::nullopt, 123400},
+        {"12,345", 1234500, std::nullopt},
+        {"1,234.56", 123456, std::nullopt},
+        {"1 234,56", std::nullopt, 123456},
+        {"1\xC2\xA0"
+         "234,56",
+         std::nullopt, 123456},  // no-break space
+        {"1\xE2\x80\xAF"
+         "234,56",
+         std::nullopt, 123456},  // narrow no-break space
+        {"12,50 EUR", std::nullopt, 1250},
+        {"\xE2\x82\xAC 12,50", std::nullopt, 1250},
+        {"(5,00)", std::nullopt, -500},
+        {"12", 1200, 1200},
+        {"0,5", std::nullopt, 50},
+        {",50", std::nullopt, 50},
+        {"1.234.567,89", std::nullopt, 123456789},
+        {"1.23,45", std::nullopt, std::nullopt},
+        {"1,234,56", std::nullopt, std::nullopt},
+        {"12,3,4", std::nullopt, std::nullopt},
+        {",", std::nullopt, std::nullopt},
+        {"EUR", std::nullopt, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.text));
+        EXPECT_EQ(Money::parseCents(c.text, NumberStyle::decimalPoint), c.point);
+        EXPECT_EQ(Money::parseCents(c.text, NumberStyle::decimalComma), c.comma);
+    }
+}
+
+TEST(Money, ADecimalCommaStopsAtTheLargestAmountToo) {
+    EXPECT_EQ(Money::parseCents("900.000.000.000,00", NumberStyle::decimalComma),
+              Money::kLargestAmount);
+    EXPECT_EQ(Money::parseCents("900.000.000.000,01", NumberStyle::decimalComma), std::nullopt);
+    EXPECT_EQ(Money::parseCents("9.223.372.036.854.775.808", NumberStyle::decimalComma),
+              std::nullopt);
+    EXPECT_EQ(Money::parseCents("10000000000000", NumberStyle::decimalComma), std::nullopt);
+}
+
+// A decimal-point file must read exactly as it did before there were styles:
+// "EUR" and "€" are no noise there.
+TEST(Money, TheDecimalPointStyleIsTheOldReading) {
+    for (const std::string_view text :
+         {"$1,234.56", "USD 1,234.56", "5.00-", "(-5.00)", "1.234,56", "12 EUR", "5.123"}) {
+        EXPECT_EQ(Money::parseCents(text, NumberStyle::decimalPoint), Money::parseCents(text))
+            << text;
+    }
+}
+
 TEST(Money, ParseStopsAtTheLargestAmount) {
     expectParses({
         {"900000000000", Money::kLargestAmount},

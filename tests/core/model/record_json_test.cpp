@@ -381,6 +381,33 @@ TEST(RecordJSON, ProfileNeedsItsRequiredKeys) {
     }
 }
 
+// Profiles stored before the number style was kept have none of its keys and
+// must read as they always did; profiles with them must keep them.
+TEST(RecordJSON, ProfileNumberStyleAndMarkersAreOptional) {
+    ImportProfile profile{
+        .id = "custom-1", .name = "My bank", .dateColumn = "Date", .descriptionColumn = "Memo"};
+    profile.amountColumn = "Umsatz";
+    const std::string plain = record_json::encode(profile);
+    for (const char* key : {"numberStyle", "signMarkerColumn", "moneyOutMarkers"})
+        EXPECT_EQ(plain.find(key), std::string::npos) << key;
+    const auto old = record_json::decode<ImportProfile>(plain);
+    ASSERT_TRUE(old) << old.error;
+    EXPECT_EQ(*old.value, profile);
+
+    profile.numberStyle = NumberStyle::decimalComma;
+    profile.signMarkerColumn = "S/H";
+    profile.moneyOutMarkers = std::vector<std::string>{"S", "Soll"};
+    const std::string text = record_json::encode(profile);
+    const auto decoded = record_json::decode<ImportProfile>(text);
+    ASSERT_TRUE(decoded) << decoded.error;
+    EXPECT_EQ(*decoded.value, profile);
+    EXPECT_EQ(record_json::encode(*decoded.value), text);
+
+    json::object unknown = objectOf(text);
+    unknown["numberStyle"] = "commaAndPoint";
+    EXPECT_FALSE(decodeObject<ImportProfile>(unknown));
+}
+
 TEST(RecordJSON, StoredSpansAreNotResorted) {
     const auto span = record_json::decode<DateSpan>(R"({"start":"2026-03-31","end":"2026-03-01"})");
     ASSERT_TRUE(span);
