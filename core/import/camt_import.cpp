@@ -101,24 +101,6 @@ struct Element {
     return colon == std::string_view::npos ? name : name.substr(colon + 1);
 }
 
-void appendUTF8(std::string& out, uint32_t code) {
-    if (code < 0x80) {
-        out.push_back(static_cast<char>(code));
-    } else if (code < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (code >> 6)));
-        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-    } else if (code < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (code >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (code >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-    }
-}
-
 // A character reference's code point, if it names a character XML allows.
 [[nodiscard]] std::optional<uint32_t> characterReference(std::string_view digits) {
     const bool hex = !digits.empty() && (digits[0] == 'x' || digits[0] == 'X');
@@ -176,7 +158,7 @@ void appendDecoded(std::string& out, std::string_view raw) {
             at = amp + 1;
             continue;
         }
-        appendUTF8(out, *code);
+        text::appendUTF8(out, *code);
         at = semicolon + 1;
     }
 }
@@ -515,7 +497,8 @@ void readEntries(std::string_view source, const Element& statement, bool flipSig
         // won't: it is no transaction.
         const Element* amountElement = entry->child("Amt");
         const auto reading = amountElement
-                                 ? StatementAmount::read(text::trimmed(amountElement->text), '.')
+                                 ? StatementAmount::read(text::trimmed(amountElement->text),
+                                                         NumberStyle::decimalPoint)
                                  : StatementAmount::Reading{};
         if (status == "INFO" || reading.cents == 0) {
             ++analysis.blankLines;
@@ -580,10 +563,7 @@ bool recognizes(std::string_view /*fileName*/, std::string_view text) {
 
 FileAnalysis analyze(std::string_view fileName, std::string_view data, std::string_view text,
                      bool flipSigns) {
-    FileAnalysis analysis;
-    analysis.id = Uuid::random();
-    analysis.fileName = std::string(fileName);
-    analysis.fileHash = ImportAnalyzer::sha256(data);
+    FileAnalysis analysis = ImportAnalyzer::statementAnalysis(fileName, data);
     analysis.delimiter = ",";
     analysis.dateLayout = DateLayout::yearMonthDay;
 

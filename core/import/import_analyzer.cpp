@@ -258,10 +258,7 @@ bool isSummaryRow(const CSVRecord& record, bool hasDate, bool hasAmount) {
 }
 
 FileAnalysis freshAnalysis(std::string_view fileName, std::string_view data) {
-    FileAnalysis analysis;
-    analysis.id = Uuid::random();
-    analysis.fileName = std::string(fileName);
-    analysis.fileHash = sha256(data);
+    FileAnalysis analysis = statementAnalysis(fileName, data);
     analysis.digitHints = digitHints(fileName);
     return analysis;
 }
@@ -848,6 +845,14 @@ std::vector<std::string> digitHints(std::string_view fileName) {
         run.clear();
     }
     return hints;
+}
+
+FileAnalysis statementAnalysis(std::string_view fileName, std::string_view data) {
+    FileAnalysis analysis;
+    analysis.id = Uuid::random();
+    analysis.fileName = std::string(fileName);
+    analysis.fileHash = sha256(data);
+    return analysis;
 }
 
 std::string sha256(std::string_view data) {

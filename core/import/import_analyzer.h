@@ -85,6 +85,10 @@ void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
 [[nodiscard]] std::vector<std::string> digitHints(std::string_view fileName);
 // 64 lowercase hex digits.
 [[nodiscard]] std::string sha256(std::string_view data);
+// Where a statement reader (OFX, QIF, CAMT.053) starts: a new id, the file's
+// name and the hash of its bytes. No digit hints from the name, as a
+// statement names its own account.
+[[nodiscard]] FileAnalysis statementAnalysis(std::string_view fileName, std::string_view data);
 // Lowercased, trimmed names to column indexes; the first of a repeated name wins.
 [[nodiscard]] std::map<std::string, std::size_t> columnMap(const std::vector<std::string>& fields);
 [[nodiscard]] bool headerlessShapeMatches(const ImportProfile& profile, const CSVRecord& record);

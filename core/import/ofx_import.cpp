@@ -347,7 +347,8 @@ class LeafReader {
 [[nodiscard]] StatementAmount::Reading readAmount(std::string_view text) {
     const bool decimalComma =
         text.find(',') != std::string_view::npos && text.find('.') == std::string_view::npos;
-    return StatementAmount::read(text, decimalComma ? ',' : '.');
+    return StatementAmount::read(
+        text, decimalComma ? NumberStyle::decimalComma : NumberStyle::decimalPoint);
 }
 
 // Reads the transactions of one statement into `analysis`. Each block is its
@@ -512,10 +513,7 @@ bool recognizes(std::string_view fileName, std::string_view text) {
 
 FileAnalysis analyze(std::string_view fileName, std::string_view data, std::string_view text,
                      bool flipSigns) {
-    FileAnalysis analysis;
-    analysis.id = Uuid::random();
-    analysis.fileName = std::string(fileName);
-    analysis.fileHash = ImportAnalyzer::sha256(data);
+    FileAnalysis analysis = ImportAnalyzer::statementAnalysis(fileName, data);
     analysis.delimiter = ",";
     analysis.dateLayout = DateLayout::yearMonthDay;
 

@@ -332,7 +332,8 @@ void readRecords(const std::vector<const Record*>& records, bool dayFirst, bool 
         if (const auto amount = fieldsOf(*record).amount)
             amounts.push_back(*amount);
     }
-    const char decimalMark = usesDecimalComma(amounts) ? ',' : '.';
+    const NumberStyle style =
+        usesDecimalComma(amounts) ? NumberStyle::decimalComma : NumberStyle::decimalPoint;
 
     // A record's number in the account's register serves as its line, as an
     // OFX block's does.
@@ -345,7 +346,7 @@ void readRecords(const std::vector<const Record*>& records, bool dayFirst, bool 
             analysis.issues.push_back(RowIssue{line, std::string(reason), std::move(rawText)});
         };
         const Fields fields = fieldsOf(*record);
-        const auto reading = fields.amount ? StatementAmount::read(*fields.amount, decimalMark)
+        const auto reading = fields.amount ? StatementAmount::read(*fields.amount, style)
                                            : StatementAmount::Reading{};
         if (record->lines.empty() || reading.cents == 0 || isOpeningBalance(fields)) {
             ++analysis.blankLines;
@@ -406,10 +407,7 @@ bool recognizes(std::string_view fileName, std::string_view text) {
 
 FileAnalysis analyze(std::string_view fileName, std::string_view data, std::string_view text,
                      bool flipSigns) {
-    FileAnalysis analysis;
-    analysis.id = Uuid::random();
-    analysis.fileName = std::string(fileName);
-    analysis.fileHash = ImportAnalyzer::sha256(data);
+    FileAnalysis analysis = ImportAnalyzer::statementAnalysis(fileName, data);
     analysis.delimiter = ",";
 
     const auto sections = readSections(text);

@@ -2,12 +2,15 @@
 
 // Amounts as statement files write them, read into cents. OFX, QIF and
 // CAMT.053 writers pad amounts with zeros past the cents ("-30.000") or use
-// a decimal comma; both are undone here before Money::parseCents reads the
-// text, so that money.* stays the one reader of amounts. Pure; any thread.
+// a decimal comma; the padding is undone here and Money::parseCents reads
+// the rest in the file's number style, so that money.* stays the one reader
+// of amounts. Pure; any thread.
 
 #include <cstdint>
 #include <optional>
 #include <string_view>
+
+#include "core/model/money.h"
 
 namespace copperwick::StatementAmount {
 
@@ -19,8 +22,6 @@ struct Reading {
     bool finerThanCents = false;   // "-3.775": exact, but not in cents
 };
 
-// `decimalMark` is '.' or ','. With ',' every '.' is taken for a thousands
-// separator; with '.' commas are left to Money::parseCents's grouping rule.
-[[nodiscard]] Reading read(std::string_view text, char decimalMark);
+[[nodiscard]] Reading read(std::string_view text, NumberStyle style);
 
 }  // namespace copperwick::StatementAmount

@@ -40,6 +40,9 @@ namespace copperwick::text {
 
 // Full Unicode case mapping with no locale's special rules.
 [[nodiscard]] std::string uppercased(std::string_view text);
+// Appends one code point, which the caller has checked is a scalar value,
+// as UTF-8.
+void appendUTF8(std::string& out, char32_t code);
 [[nodiscard]] std::string lowercased(std::string_view text);
 
 // UTF-8 to ICU's UTF-16 and back, for regular expressions and case mapping.
