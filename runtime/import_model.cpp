@@ -503,6 +503,9 @@ void ImportModel::replan(const Uuid& id, LedgerRuntime& runtime) {
     if (!accountID || !file->analysis.profile || amountsTooLarge(file->analysis)) {
         file->plan.reset();
         file->plannedOn.reset();
+    } else if (planHolds(*file, *accountID, runtime.ledger())) {
+        // Chosen again as it was (the command line confirms the suggested
+        // account): planning a long history once more would give the same.
     } else {
         file->plan = ImportPlanner::plan(file->analysis, *accountID, runtime.ledger());
         file->plannedOn = runtime.ledger();

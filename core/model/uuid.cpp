@@ -1,7 +1,11 @@
 #include "core/model/uuid.h"
 
+#include <pthread.h>
+
 #include <array>
+#include <atomic>
 #include <cstdlib>
+#include <cstring>
 
 #include <openssl/rand.h>
 
@@ -29,14 +33,41 @@ constexpr std::array<int8_t, 256> kHexValues = [] {
 constexpr std::array<uint8_t, 16> kByteOffsets{0,  2,  4,  6,  9,  11, 14, 16,
                                                19, 21, 24, 26, 28, 30, 32, 34};
 
+// Bumped in a child after fork(), so that the child never hands out bytes
+// its parent's pool held too.
+std::atomic<uint64_t> g_forks{0};
+
+// An import makes an id for every new line; asking the generator for each
+// one's sixteen bytes on their own costs a lock and a reseed check apiece,
+// so the bytes are drawn a page at a time per thread.
+void randomBytes(uint8_t* out, std::size_t count) {
+    struct Pool {
+        std::array<uint8_t, 4096> bytes{};
+        std::size_t used = 4096;
+        uint64_t forks = 0;
+    };
+    static const int watched =
+        pthread_atfork(nullptr, nullptr, [] { g_forks.fetch_add(1, std::memory_order_relaxed); });
+    (void)watched;
+    thread_local Pool pool;
+    const uint64_t forks = g_forks.load(std::memory_order_relaxed);
+    if (pool.used + count > pool.bytes.size() || pool.forks != forks) {
+        // Without randomness every new record could collide with an old one;
+        // there is no safe way to go on.
+        if (RAND_bytes(pool.bytes.data(), static_cast<int>(pool.bytes.size())) != 1)
+            std::abort();
+        pool.used = 0;
+        pool.forks = forks;
+    }
+    std::memcpy(out, pool.bytes.data() + pool.used, count);
+    pool.used += count;
+}
+
 }  // namespace
 
 Uuid Uuid::random() {
     std::array<uint8_t, 16> bytes{};
-    // Without randomness every new record could collide with an old one;
-    // there is no safe way to go on.
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1)
-        std::abort();
+    randomBytes(bytes.data(), bytes.size());
     bytes[6] = static_cast<uint8_t>((bytes[6] & 0x0F) | 0x40);
     bytes[8] = static_cast<uint8_t>((bytes[8] & 0x3F) | 0x80);
     return Uuid(bytes);

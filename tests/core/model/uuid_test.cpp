@@ -1,6 +1,10 @@
 #include "core/model/uuid.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <set>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -31,6 +35,29 @@ TEST(Uuid, RandomIdsAreVersionFourAndDistinct) {
         seen.insert(id);
     }
     EXPECT_EQ(seen.size(), 1000u);
+}
+
+// Ids are drawn from a pool of random bytes; a child made by fork() must not
+// hand out the ids its parent is about to.
+TEST(Uuid, AForkedChildDrawsIdsOfItsOwn) {
+    (void)Uuid::random();  // the pool is full now
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const std::string text = Uuid::random().text();
+        (void)!::write(pipe[1], text.data(), text.size());
+        ::_exit(0);
+    }
+    ::close(pipe[1]);
+    std::string fromChild(36, '\0');
+    const auto got = ::read(pipe[0], fromChild.data(), fromChild.size());
+    ::close(pipe[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_EQ(got, 36);
+    EXPECT_NE(fromChild, Uuid::random().text());
 }
 
 TEST(Uuid, OrderOfValuesIsOrderOfText) {
