@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 #include "core/matching/matcher.h"
 #include "core/matching/merchant_key_index.h"
@@ -18,8 +19,8 @@
 namespace copperwick::bench {
 namespace {
 
-constexpr std::size_t kTransactions = 100'000;
-constexpr std::size_t kSpread = 1'000;
+const std::size_t kTransactions = scaled(100'000);
+const std::size_t kSpread = scaled(1'000);
 
 const Ledger& household() {
     static const Ledger ledger = generateLedger({.transactions = kTransactions});
@@ -54,7 +55,7 @@ void RematchEverything(benchmark::State& state) {
     state.counters["written"] = static_cast<double>(written);
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kTransactions));
 }
-BENCHMARK(RematchEverything)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(3.0);
+BENCHMARK(RematchEverything)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(minTime(3.0));
 
 // The same matching with the memo already holding every text.
 void MatchEverythingWarm(benchmark::State& state) {
@@ -67,7 +68,7 @@ void MatchEverythingWarm(benchmark::State& state) {
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kTransactions));
 }
-BENCHMARK(MatchEverythingWarm)->Unit(benchmark::kMillisecond)->MinTime(3.0);
+BENCHMARK(MatchEverythingWarm)->Unit(benchmark::kMillisecond)->MinTime(minTime(3.0));
 
 // Pairing from nothing, then the run that finds everything already paired.
 void PairTransfers(benchmark::State& state) {
@@ -145,7 +146,7 @@ void RememberedDecision(benchmark::State& state) {
     state.counters["saveMs"] = saveSeconds * 1000 / rounds;
     std::filesystem::remove_all(folder);
 }
-BENCHMARK(RememberedDecision)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(RememberedDecision)->Unit(benchmark::kMillisecond)->MinTime(minTime(2.0));
 
 }  // namespace
 }  // namespace copperwick::bench

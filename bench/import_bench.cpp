@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
+#include "bench/bench_size.h"
 #include "core/import/builtin_profiles.h"
 #include "core/import/import_analyzer.h"
 #include "core/matching/merchant_text.h"
@@ -62,7 +63,7 @@ void AnalyzeCSV(benchmark::State& state) {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * rows));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * file.size()));
 }
-BENCHMARK(AnalyzeCSV)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(AnalyzeCSV)->Arg(static_cast<int64_t>(scaled(100'000)))->Unit(benchmark::kMillisecond);
 
 void AnalyzeOFX(benchmark::State& state) {
     const auto transactions = static_cast<std::size_t>(state.range(0));
@@ -75,7 +76,7 @@ void AnalyzeOFX(benchmark::State& state) {
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * transactions));
 }
-BENCHMARK(AnalyzeOFX)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(AnalyzeOFX)->Arg(static_cast<int64_t>(scaled(10'000)))->Unit(benchmark::kMillisecond);
 
 void MerchantTextOfDistinctDescriptions(benchmark::State& state) {
     std::mt19937 random(3);

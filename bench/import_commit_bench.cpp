@@ -13,6 +13,7 @@
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 #include "core/store/ledger_store.h"
 #include "runtime/import_model.h"
@@ -23,8 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kRows = 10'000;
-constexpr std::size_t kLedgerSize = 100'000;
+const std::size_t kRows = scaled(10'000);
+const std::size_t kLedgerSize = scaled(100'000);
 
 constexpr const char* kShops[] = {"TRADER JOE'S #552",  "SQ *BLUE BOTTLE",    "SAFEWAY #1482",
                                   "PAYPAL *SPOTIFY",    "AMAZON MKTPL*2K4L9", "SHELL OIL 57444",

@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 
 namespace copperwick::bench {
@@ -22,8 +23,8 @@ void CopyLedgerAndChangeOneTransaction(benchmark::State& state) {
     }
 }
 BENCHMARK(CopyLedgerAndChangeOneTransaction)
-    ->Arg(10'000)
-    ->Arg(100'000)
+    ->Arg(static_cast<int64_t>(scaled(10'000)))
+    ->Arg(static_cast<int64_t>(scaled(100'000)))
     ->Unit(benchmark::kMicrosecond);
 
 void CopyLedgerOnly(benchmark::State& state) {
@@ -33,7 +34,7 @@ void CopyLedgerOnly(benchmark::State& state) {
         benchmark::DoNotOptimize(copy);
     }
 }
-BENCHMARK(CopyLedgerOnly)->Arg(100'000)->Unit(benchmark::kNanosecond);
+BENCHMARK(CopyLedgerOnly)->Arg(static_cast<int64_t>(scaled(100'000)))->Unit(benchmark::kNanosecond);
 
 }  // namespace
 }  // namespace copperwick::bench

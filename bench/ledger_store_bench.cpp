@@ -7,13 +7,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 #include "core/store/ledger_store.h"
 
 namespace copperwick::bench {
 namespace {
 
-constexpr std::size_t kTransactions = 100'000;
+const std::size_t kTransactions = scaled(100'000);
 
 // One generated file shared by the benchmarks of a run.
 const std::filesystem::path& sampleFile() {
@@ -44,7 +45,7 @@ void LoadLedger(benchmark::State& state) {
 // much of the work ran in parallel.
 BENCHMARK(LoadLedger)
     ->Unit(benchmark::kMillisecond)
-    ->MinTime(3.0)
+    ->MinTime(minTime(3.0))
     ->UseRealTime()
     ->MeasureProcessCPUTime();
 
@@ -69,7 +70,7 @@ void ReadRowsUndecoded(benchmark::State& state) {
     sqlite3_close(db);
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kTransactions));
 }
-BENCHMARK(ReadRowsUndecoded)->Unit(benchmark::kMillisecond)->MinTime(3.0);
+BENCHMARK(ReadRowsUndecoded)->Unit(benchmark::kMillisecond)->MinTime(minTime(3.0));
 
 void SaveDelta(benchmark::State& state) {
     LedgerStore store(sampleFile());
@@ -93,7 +94,10 @@ void SaveDelta(benchmark::State& state) {
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * ids.size()));
 }
-BENCHMARK(SaveDelta)->Arg(1)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(SaveDelta)
+    ->Arg(1)
+    ->Arg(static_cast<int64_t>(scaled(10'000)))
+    ->Unit(benchmark::kMillisecond);
 
 void BackupWholeFile(benchmark::State& state) {
     LedgerStore store(sampleFile());

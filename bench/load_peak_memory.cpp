@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <string>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 #include "core/store/ledger_store.h"
 
@@ -18,7 +19,7 @@ int main(int argc, char** argv) {
     using namespace copperwick;
     if (argc > 2 && std::string(argv[1]) == "--make") {
         LedgerStore store(argv[2]);
-        store.saveAll(bench::generateLedger({.transactions = 100'000}));
+        store.saveAll(bench::generateLedger({.transactions = bench::scaled(100'000)}));
         return 0;
     }
     std::filesystem::path file;

@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 #include "core/model/record_json.h"
 
@@ -10,7 +11,7 @@ namespace copperwick::bench {
 namespace {
 
 std::vector<LedgerTransaction> sampleTransactions() {
-    const Ledger ledger = generateLedger({.transactions = 10'000});
+    const Ledger ledger = generateLedger({.transactions = scaled(10'000)});
     return std::vector<LedgerTransaction>(ledger.transactions.begin(), ledger.transactions.end());
 }
 

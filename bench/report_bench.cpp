@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 #include "core/operations/classification.h"
 #include "core/operations/set_budget.h"
@@ -15,7 +16,7 @@
 namespace copperwick::bench {
 namespace {
 
-constexpr std::size_t kTransactions = 100'000;
+const std::size_t kTransactions = scaled(100'000);
 
 struct Household {
     Ledger ledger;

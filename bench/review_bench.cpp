@@ -7,6 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/bench_size.h"
 #include "bench/ledger_generator.h"
 #include "core/matching/matcher.h"
 #include "core/operations/classification.h"
@@ -17,9 +18,9 @@
 namespace copperwick::bench {
 namespace {
 
-constexpr std::size_t kTransactions = 100'000;
-constexpr std::size_t kWaiting = 5'000;
-constexpr std::size_t kDecided = 2'000;
+const std::size_t kTransactions = scaled(100'000);
+const std::size_t kWaiting = scaled(5'000);
+const std::size_t kDecided = scaled(2'000);
 
 // Filed once, then 5,000 lines left waiting and 2,000 others decided by
 // hand, so both the queue and the suggester have their usual work.
@@ -61,7 +62,7 @@ void ReviewQueueGroups(benchmark::State& state) {
     }
     state.counters["groups"] = static_cast<double>(groups);
 }
-BENCHMARK(ReviewQueueGroups)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(ReviewQueueGroups)->Unit(benchmark::kMillisecond)->MinTime(minTime(2.0));
 
 void RuleSuggestions(benchmark::State& state) {
     const Ledger& ledger = household();
@@ -73,7 +74,7 @@ void RuleSuggestions(benchmark::State& state) {
     }
     state.counters["suggestions"] = static_cast<double>(suggestions);
 }
-BENCHMARK(RuleSuggestions)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(RuleSuggestions)->Unit(benchmark::kMillisecond)->MinTime(minTime(2.0));
 
 void RulePreviewRegex(benchmark::State& state) {
     const Ledger& ledger = household();
@@ -91,7 +92,7 @@ void RulePreviewRegex(benchmark::State& state) {
     }
     state.counters["matching"] = static_cast<double>(matching);
 }
-BENCHMARK(RulePreviewRegex)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(RulePreviewRegex)->Unit(benchmark::kMillisecond)->MinTime(minTime(2.0));
 
 }  // namespace
 }  // namespace copperwick::bench
