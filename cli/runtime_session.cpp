@@ -10,6 +10,8 @@ namespace copperwick::cli {
 
 std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context) {
     RuntimeOptions options;
+    // A command asks for the keys it needs when it needs them.
+    options.warmMerchantKeys = false;
     if (!context.demo) {
         options.dataFolder = context.dataDir;
         return std::make_unique<LedgerRuntime>(options);

@@ -50,6 +50,7 @@ std::filesystem::path preferencesFile(const RuntimeOptions& options) {
 LedgerRuntime::LedgerRuntime(RuntimeOptions options)
     : m_ledger(Ledger::starter()),
       m_isDemo(options.demo),
+      m_warmMerchantKeys(options.warmMerchantKeys),
       m_dataFolder(chooseDataFolder(options)),
       m_backups(data_folders::backupsFolder(m_dataFolder)),
       m_defaults(preferencesFile(options)),
@@ -162,6 +163,8 @@ LedgerRuntime::~LedgerRuntime() {
 }
 
 void LedgerRuntime::warmMerchantKeys() {
+    if (!m_warmMerchantKeys)
+        return;
     // A remembered decision looks for every line sharing its merchant key;
     // with the keys already read it costs milliseconds, not the reading of
     // the whole history. The thread reads its own copy of the ledger, and

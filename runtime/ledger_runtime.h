@@ -51,6 +51,11 @@ struct RuntimeOptions {
     // Where background work hands its results to the main thread; absent
     // means a PlainQueue, run by whoever waits for the work.
     std::shared_ptr<MainQueue> mainQueue;
+    // Whether every line's merchant key is worked out beside the caller
+    // after a read, ahead of the first remembered decision. A window wants
+    // that head start; a command that runs once and ends only pays for it,
+    // on the core its own work needs.
+    bool warmMerchantKeys = true;
 };
 
 // What a change came to.
@@ -297,6 +302,7 @@ class LedgerRuntime {
     int m_entryEditorCount = 0;
     Observable<std::optional<TransactionsFocus>> m_transactionsFocus;
     bool m_isDemo;
+    bool m_warmMerchantKeys;
     std::filesystem::path m_dataFolder;
     std::unique_ptr<LedgerStore> m_store;
     BackupManager m_backups;
