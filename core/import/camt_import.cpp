@@ -14,6 +14,7 @@
 #include "core/model/ledger_enums.h"
 #include "core/model/local_date.h"
 #include "core/model/text.h"
+#include "core/operations/currency_code.h"
 
 namespace copperwick::CamtImport {
 
@@ -339,35 +340,10 @@ class Reader {
     return holder->all("Stmt");
 }
 
-[[nodiscard]] bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-[[nodiscard]] std::optional<std::string> lastFourDigits(std::string_view accountID) {
-    std::string digits;
-    for (char c : accountID) {
-        if (isDigit(c))
-            digits.push_back(c);
-    }
-    if (digits.size() < 4)
-        return std::nullopt;
-    return digits.substr(digits.size() - 4);
-}
-
 [[nodiscard]] std::optional<std::string> accountNumber(const Element& statement) {
     if (auto iban = statement.value({"Acct", "Id", "IBAN"}))
         return iban;
     return statement.value({"Acct", "Id", "Othr", "Id"});
-}
-
-[[nodiscard]] bool isCurrencyCode(std::string_view code) {
-    if (code.size() != 3)
-        return false;
-    for (char c : code) {
-        if (c < 'A' || c > 'Z')
-            return false;
-    }
-    return true;
 }
 
 // A <Dt> or the day of a <DtTm>; the time and its zone are left aside, as
@@ -596,7 +572,7 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
     analysis.typeHint = type;
     analysis.profile = syntheticProfile(type);
     if (const auto number = accountNumber(statement)) {
-        if (auto last4 = lastFourDigits(*number))
+        if (auto last4 = ImportAnalyzer::lastFourDigits(*number))
             analysis.digitHints.push_back(std::move(*last4));
     }
 
@@ -616,7 +592,7 @@ std::vector<StatementPart> statements(std::string_view text) {
     std::vector<std::string> accounts;
     for (const Element* statement : found) {
         const auto number = accountNumber(*statement);
-        const auto last4 = number ? lastFourDigits(*number) : std::nullopt;
+        const auto last4 = number ? ImportAnalyzer::lastFourDigits(*number) : std::nullopt;
         accounts.push_back(last4 ? "account ending " + *last4 : std::string());
     }
     const auto labels = StatementFiles::labels(accounts);

@@ -15,6 +15,7 @@
 #include "core/matching/merchant_text.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
+#include "core/operations/currency_code.h"
 
 namespace copperwick {
 
@@ -100,11 +101,6 @@ std::optional<std::string_view> readField(const CSVRecord& record,
 
 std::string quoted(std::string_view text) {
     return "\u201C" + std::string(text) + "\u201D";
-}
-
-bool isCurrencyCode(std::string_view code) {
-    return code.size() == 3 &&
-           std::all_of(code.begin(), code.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
 void appendDigits(std::string_view text, std::string& out) {
@@ -827,6 +823,19 @@ void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
 
 std::string fingerprint(LocalDate date, int64_t amount, std::string_view description) {
     return date.iso() + "|" + std::to_string(amount) + "|" + MerchantText::normalize(description);
+}
+
+std::string_view extension(std::string_view fileName) {
+    const auto dot = fileName.rfind('.');
+    return dot == std::string_view::npos ? std::string_view() : fileName.substr(dot + 1);
+}
+
+std::optional<std::string> lastFourDigits(std::string_view accountID) {
+    std::string digits;
+    appendDigits(accountID, digits);
+    if (digits.size() < 4)
+        return std::nullopt;
+    return digits.substr(digits.size() - 4);
 }
 
 std::vector<std::string> digitHints(std::string_view fileName) {

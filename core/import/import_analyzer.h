@@ -81,6 +81,11 @@ void parse(const std::vector<CSVRecord>& records, const DetectedLayout& layout,
 // "{ISO date}|{cents}|{normalized description}": a line's identity for
 // finding duplicates.
 [[nodiscard]] std::string fingerprint(LocalDate date, int64_t amount, std::string_view description);
+// What follows the file name's last dot, as written; empty without one.
+[[nodiscard]] std::string_view extension(std::string_view fileName);
+// The last four of an account number's digits, whatever stands between
+// them; absent with fewer than four.
+[[nodiscard]] std::optional<std::string> lastFourDigits(std::string_view accountID);
 // Runs of exactly four digits in the file name, without its extension.
 [[nodiscard]] std::vector<std::string> digitHints(std::string_view fileName);
 // 64 lowercase hex digits.

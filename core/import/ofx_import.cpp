@@ -21,6 +21,7 @@
 #include "core/model/local_date.h"
 #include "core/model/money.h"
 #include "core/model/text.h"
+#include "core/operations/currency_code.h"
 
 namespace copperwick::OFXImport {
 
@@ -276,21 +277,6 @@ class LeafReader {
     return LocalDate::fromISO(iso);
 }
 
-[[nodiscard]] std::string_view extension(std::string_view fileName) {
-    const auto dot = fileName.rfind('.');
-    return dot == std::string_view::npos ? std::string_view() : fileName.substr(dot + 1);
-}
-
-[[nodiscard]] bool isCurrencyCode(std::string_view code) {
-    if (code.size() != 3)
-        return false;
-    for (char c : code) {
-        if (c < 'A' || c > 'Z')
-            return false;
-    }
-    return true;
-}
-
 // Never stored: it only tells the rest of the import path which columns the
 // rows came from and what kind of account they belong to.
 [[nodiscard]] ImportProfile syntheticProfile(AccountType type) {
@@ -306,17 +292,6 @@ class LeafReader {
     profile.dateLayout = DateLayout::yearMonthDay;
     profile.isBuiltIn = true;
     return profile;
-}
-
-[[nodiscard]] std::optional<std::string> lastFourDigits(std::string_view accountID) {
-    std::string digits;
-    for (char c : accountID) {
-        if (isDigit(c))
-            digits.push_back(c);
-    }
-    if (digits.size() < 4)
-        return std::nullopt;
-    return digits.substr(digits.size() - 4);
 }
 
 [[nodiscard]] std::string description(const std::optional<std::string>& name,
@@ -481,7 +456,7 @@ std::vector<StatementPart> statements(std::string_view text) {
     for (const Place& place : places) {
         const auto inner = whole.tempSubStringBetween(place.span.innerStart, place.span.innerEnd);
         const auto accountID = LeafReader(p.accountID).value(inner);
-        const auto last4 = accountID ? lastFourDigits(*accountID) : std::nullopt;
+        const auto last4 = accountID ? ImportAnalyzer::lastFourDigits(*accountID) : std::nullopt;
         accounts.push_back(last4 ? (place.isCard ? "card ending " : "account ending ") + *last4
                                  : std::string());
     }
@@ -502,7 +477,7 @@ std::vector<StatementPart> statements(std::string_view text) {
 }
 
 bool recognizes(std::string_view fileName, std::string_view text) {
-    const std::string suffix = text::lowercased(extension(fileName));
+    const std::string suffix = text::lowercased(ImportAnalyzer::extension(fileName));
     if (suffix == "ofx" || suffix == "qfx")
         return true;
     // Every match starts with "<"; a CSV file without one needs no conversion.
@@ -564,7 +539,7 @@ FileAnalysis analyze(std::string_view fileName, std::string_view data, std::stri
     analysis.profile = syntheticProfile(type);
 
     if (const auto accountID = LeafReader(p.accountID).value(statement)) {
-        if (auto last4 = lastFourDigits(*accountID))
+        if (auto last4 = ImportAnalyzer::lastFourDigits(*accountID))
             analysis.digitHints.push_back(std::move(*last4));
     }
 

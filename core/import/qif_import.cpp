@@ -387,15 +387,10 @@ void readRecords(const std::vector<const Record*>& records, bool dayFirst, bool 
     }
 }
 
-[[nodiscard]] std::string_view extension(std::string_view fileName) {
-    const auto dot = fileName.rfind('.');
-    return dot == std::string_view::npos ? std::string_view() : fileName.substr(dot + 1);
-}
-
 }  // namespace
 
 bool recognizes(std::string_view fileName, std::string_view text) {
-    if (text::lowercased(extension(fileName)) == "qif")
+    if (text::lowercased(ImportAnalyzer::extension(fileName)) == "qif")
         return true;
     std::string_view start = text.substr(0, 64);
     if (start.starts_with("\xEF\xBB\xBF"))
