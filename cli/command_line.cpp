@@ -57,8 +57,10 @@ CLI::Validator namesAFolder() {
 
 class CommandLine {
   public:
-    CommandLine(std::ostream& out, std::ostream& err)
-        : m_outBuffer(out), m_errBuffer(err), m_context{std::nullopt, false, false, m_out, m_err} {
+    CommandLine(std::ostream& out, std::ostream& err, AfterCommand after)
+        : m_outBuffer(out),
+          m_errBuffer(err),
+          m_context{.out = m_out, .err = m_err, .processEnds = after == AfterCommand::processEnds} {
         m_app.name("copperwick");
         m_app.description(
             "Copperwick: a private household budget that never leaves this computer.\n"
@@ -154,9 +156,10 @@ namespace {
 // Runs the command. Whatever a command didn't expect ends it here, in words
 // and with a failure, rather than as a crash; the command line is gone by
 // then, so the words are made safe here.
-int runCatching(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+int runCatching(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
+                AfterCommand after) {
     try {
-        CommandLine commandLine(out, err);
+        CommandLine commandLine(out, err, after);
         return commandLine.run(arguments);
     } catch (const std::bad_alloc&) {
         err << "Copperwick ran out of memory and stopped.\n";
@@ -175,8 +178,9 @@ int runCatching(const std::vector<std::string>& arguments, std::ostream& out, st
 
 }  // namespace
 
-int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
-    const int code = runCatching(arguments, out, err);
+int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
+        AfterCommand after) {
+    const int code = runCatching(arguments, out, err, after);
     // Output that never arrived, on a full disk for one, fails the command
     // even when the command itself did its job.
     if (!out.flush()) {

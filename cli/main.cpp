@@ -6,5 +6,12 @@
 
 int main(int argc, char** argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
-    return copperwick::cli::run(arguments, std::cout, std::cerr);
+#if defined(__SANITIZE_ADDRESS__)
+    // Under the address sanitizer everything is freed, so that its leak check
+    // still sees what a command forgot.
+    constexpr auto after = copperwick::cli::AfterCommand::returnToCaller;
+#else
+    constexpr auto after = copperwick::cli::AfterCommand::processEnds;
+#endif
+    return copperwick::cli::run(arguments, std::cout, std::cerr, after);
 }

@@ -252,7 +252,7 @@ std::optional<DecisionTarget> decisionTarget(CommandContext& context, const Ledg
 // The runtime and what the decision is about, from a group id or the --ids
 // (exactly one of them); absent after saying why not.
 struct OpenDecision {
-    std::unique_ptr<LedgerRuntime> runtime;
+    OpenRuntime runtime;
     DecisionTarget target;
 };
 

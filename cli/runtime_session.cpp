@@ -8,19 +8,29 @@
 
 namespace copperwick::cli {
 
-std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context) {
+void RuntimeCloser::operator()(LedgerRuntime* runtime) const {
+    if (!processEnds) {
+        delete runtime;
+        return;
+    }
+    // The data file is closed properly; only the memory is left behind.
+    runtime->close();
+}
+
+OpenRuntime openRuntime(const CommandContext& context) {
     RuntimeOptions options;
     // A command asks for the keys it needs when it needs them.
     options.warmMerchantKeys = false;
+    const RuntimeCloser closer{context.processEnds};
     if (!context.demo) {
         options.dataFolder = context.dataDir;
-        return std::make_unique<LedgerRuntime>(options);
+        return {new LedgerRuntime(options), closer};
     }
     // The demo makes its own temporary folder, whatever --data-dir says, and
     // takes it away again when the command ends. Said on stderr so that
     // --json output stays one value.
     options.demo = true;
-    auto runtime = std::make_unique<LedgerRuntime>(options);
+    OpenRuntime runtime{new LedgerRuntime(options), closer};
     context.err << "Demo workspace: " << runtime->dataFolder().string() << '\n';
     return runtime;
 }

@@ -12,10 +12,18 @@
 
 namespace copperwick::cli {
 
+// Closes the runtime when the command is done with it, and frees it unless
+// the process ends next anyway.
+struct RuntimeCloser {
+    bool processEnds = false;
+    void operator()(LedgerRuntime* runtime) const;
+};
+using OpenRuntime = std::unique_ptr<LedgerRuntime, RuntimeCloser>;
+
 // The runtime for the command's data folder, or with --demo a fresh demo
 // workspace, whose folder is named on stderr. Preferences stay where they
 // are; no command here reads or writes them.
-[[nodiscard]] std::unique_ptr<LedgerRuntime> openRuntime(const CommandContext& context);
+[[nodiscard]] OpenRuntime openRuntime(const CommandContext& context);
 
 // When the data file couldn't be opened: prints "Copperwick couldn't open its
 // data file: " and why on stderr and returns true, and the command stops with

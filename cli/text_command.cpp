@@ -157,7 +157,7 @@ void runText(CommandContext& context, const TextOptions& options) {
     // Only an existing data file is read; asking how a text reads must not
     // create a data folder as a side effect.
     Ledger ledger = Ledger::starter();
-    std::unique_ptr<LedgerRuntime> runtime;
+    OpenRuntime runtime;
     const auto folder = context.dataDir.value_or(data_folders::standardDataFolder());
     std::error_code error;
     if (context.demo || std::filesystem::exists(data_folders::dataFile(folder), error)) {

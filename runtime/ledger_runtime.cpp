@@ -151,13 +151,22 @@ struct LedgerRuntime::BackgroundChange {
 };
 
 LedgerRuntime::~LedgerRuntime() {
+    close();
+}
+
+void LedgerRuntime::close() {
     // What it saves stays saved; it just isn't made live any more.
     if (m_background && m_background->outcome.valid())
         m_background->outcome.wait();
-    if (!m_isDemo)
-        return;
+    if (m_keyWarmer.joinable()) {
+        m_keyWarmer.request_stop();
+        m_keyWarmer.join();
+    }
     if (m_store)
         m_store->close();
+    m_store.reset();
+    if (!m_isDemo)
+        return;
     std::error_code ignored;
     std::filesystem::remove_all(m_dataFolder, ignored);
 }

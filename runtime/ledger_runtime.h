@@ -92,6 +92,11 @@ class LedgerRuntime {
     explicit LedgerRuntime(RuntimeOptions options = {});
     // A demo's temporary folder goes with it; a live data folder stays, of course.
     ~LedgerRuntime();
+    // Waits for a change being saved beside the window, closes the data file
+    // and takes a demo's folder away; the ledger stays readable. The
+    // destructor does the same, so this is for a caller that ends the process
+    // next and leaves freeing the ledger's memory to it.
+    void close();
     LedgerRuntime(const LedgerRuntime&) = delete;
     LedgerRuntime& operator=(const LedgerRuntime&) = delete;
 

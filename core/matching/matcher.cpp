@@ -600,7 +600,7 @@ MatchResult Matcher::match(const LedgerTransaction& transaction, const MerchantT
             return result;
         }
     }
-    if (const auto label = BankCategoryMap::categoryName(transaction.bankCategory)) {
+    if (const auto label = BankCategoryMap::categoryName(transaction.bankCategory.optional())) {
         if (const auto category = categoryIDNamed(*label)) {
             result.review = ReviewState::suggested;
             result.method = MatchMethod::similar;

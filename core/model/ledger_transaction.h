@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "core/model/heap_optional.h"
 #include "core/model/ledger_enums.h"
 #include "core/model/local_date.h"
 #include "core/model/spending_assignment.h"
@@ -43,8 +44,8 @@ struct LedgerTransaction {
     std::string currency = "USD";
     std::string rawDescription;
     std::optional<std::string> bankMerchant;
-    std::optional<std::string> bankCategory;
-    std::optional<std::string> checkNumber;
+    HeapOptional<std::string> bankCategory;
+    HeapOptional<std::string> checkNumber;
     TransactionStatus status = TransactionStatus::posted;
     std::string fingerprint;
     int64_t occurrence = 1;
@@ -55,7 +56,7 @@ struct LedgerTransaction {
     MatchMethod method = MatchMethod::none;
     std::string evidence;
     ReviewState review = ReviewState::unresolved;
-    std::optional<Suggestion> suggestion;
+    HeapOptional<Suggestion> suggestion;
     std::optional<Uuid> transferPairID;
     std::optional<Uuid> supersededBy;
     bool voided = false;
@@ -64,10 +65,10 @@ struct LedgerTransaction {
     std::optional<SpendingAssignment> inheritedAssignment;
     std::optional<std::string> cardIdentifier;
     std::optional<TransactionEntrySource> entrySource;
-    std::optional<TransactionDetails> originalDetails;
-    std::optional<std::vector<TransactionRevision>> revisions;
-    std::optional<std::vector<TransactionSplit>> splits;
-    std::optional<std::string> externalID;
+    HeapOptional<TransactionDetails> originalDetails;
+    HeapOptional<std::vector<TransactionRevision>> revisions;
+    HeapOptional<std::vector<TransactionSplit>> splits;
+    HeapOptional<std::string> externalID;
 
     // Counts in figures: neither voided nor replaced by its posted version.
     [[nodiscard]] bool isActive() const { return !supersededBy && !voided; }

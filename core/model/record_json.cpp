@@ -547,6 +547,12 @@ class Writer {
             m_object.emplace(key, valueOf(*v));
         return *this;
     }
+    template <typename T>
+    Writer& put(std::string_view key, const HeapOptional<T>& v) {
+        if (v)
+            m_object.emplace(key, valueOf(*v));
+        return *this;
+    }
     json::value done() { return json::value(std::move(m_object)); }
 
   private:
@@ -570,6 +576,12 @@ class TextWriter {
     }
     template <typename T>
     TextWriter& put(std::string_view key, const std::optional<T>& v) {
+        if (v)
+            put(key, *v);
+        return *this;
+    }
+    template <typename T>
+    TextWriter& put(std::string_view key, const HeapOptional<T>& v) {
         if (v)
             put(key, *v);
         return *this;

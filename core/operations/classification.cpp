@@ -127,7 +127,7 @@ LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids)
             result.method = MatchMethod::ai;
             result.review = ReviewState::suggested;
             result.evidence = current->evidence;
-            result.suggestion = current->suggestion;
+            result.suggestion = current->suggestion.optional();
         }
         // Compared before copying: most lines of a full rematch don't change.
         if (current->kind == result.kind && current->categoryID == result.categoryID &&
