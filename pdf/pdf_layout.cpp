@@ -396,18 +396,20 @@ void PDFLayout::ring() {
     const double outer = 80;
     const double thickness = 24;
     const Rect box{kLeft + 5, top, outer * 2, outer * 2};
-    const double total = static_cast<double>(m_content.report.spending);
+    const double whole = static_cast<double>(m_content.report.spending);
     const RGB grouped = mix(m_ruleColor, m_pale, 0.5);
     double angle = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const RingLine& line = lines[i];
-        const double sweep = 2 * std::numbers::pi * static_cast<double>(line.amount) / total;
+        const double sweep = 2 * std::numbers::pi * static_cast<double>(line.amount) / whole;
+        // A hairline of paper between neighbours, where there are any.
+        const double gap = lines.size() > 1 ? std::min(0.012, sweep / 4) : 0;
         record({.kind = DrawCommand::Kind::arc,
                 .rect = box,
                 .colour = line.grouped ? grouped : chartColour(i),
                 .lineWidth = thickness,
-                .startAngle = angle,
-                .endAngle = angle + sweep});
+                .startAngle = angle + gap,
+                .endAngle = angle + sweep - gap});
         angle += sweep;
     }
     const double inner = (outer - thickness) * 2 - 12;
@@ -506,16 +508,14 @@ void PDFLayout::spendingAssignment() {
         "uses a card.",
         bodyFont(9), m_muted, 8, continuation);
     std::vector<Row> rows;
-    int64_t total = 0;
+    int64_t sum = 0;
     for (const PDFReportContent::Allocation& line : m_content.allocation) {
         rows.push_back({.name = line.name, .figures = {share(line.amount), money(line.amount)}});
-        total = checked::add(total, line.amount);
+        sum = checked::add(sum, line.amount);
     }
     setTable({"ASSIGNED", {{"SHARE", 56}, {"AMOUNT", 104}}, continuation});
     beginTable(rowHeight(rows[0]));
-    for (const Row& row : rows)
-        tableRow(row);
-    totalRow("Total spending", {"", money(total)});
+    tableRows(rows, total("Total spending", {"", money(sum)}));
 }
 
 std::optional<MerchantIconDescriptor> PDFLayout::badgeFor(const MerchantLine& line,
@@ -545,6 +545,7 @@ void PDFLayout::categoriesAndMerchants() {
     const Table table{
         "CATEGORY / MERCHANT", {{"COUNT", 56}, {"SHARE", 56}, {"AMOUNT", 104}}, continuation};
     setTable(table);
+    const Row closing = total("Total spending", {"", "", money(report.spending)});
     bool started = false;
     for (const CategoryLine& category : report.categories) {
         const Row heading{.name = category.name,
@@ -572,11 +573,12 @@ void PDFLayout::categoriesAndMerchants() {
             started = true;
         }
         tableSpace(asked);
-        tableRow(heading);
-        for (const Row& merchant : merchants)
-            tableRow(merchant);
+        const bool last = &category == &report.categories.back();
+        tableRow(heading, last && merchants.empty() ? rowHeight(closing) : 0);
+        for (std::size_t i = 0; i < merchants.size(); ++i)
+            tableRow(merchants[i], last && i + 1 == merchants.size() ? rowHeight(closing) : 0);
     }
-    totalRow("Total spending", {"", "", money(report.spending)});
+    totalRow(closing);
 }
 
 void PDFLayout::monthByMonth() {
@@ -594,9 +596,8 @@ void PDFLayout::monthByMonth() {
     }
     setTable({"MONTH", {{"INCOME", 104}, {"SPENDING", 104}, {"NET", 104}}, continuation});
     beginTable(rowHeight(rows[0]));
-    for (const Row& row : rows)
-        tableRow(row);
-    totalRow("Total", {money(report.income), money(report.spending), money(report.savings())});
+    tableRows(rows, total("Total",
+                          {money(report.income), money(report.spending), money(report.savings())}));
 }
 
 void PDFLayout::incomeSources() {
@@ -613,9 +614,7 @@ void PDFLayout::incomeSources() {
             {.name = source.name, .figures = {std::to_string(source.count), money(source.amount)}});
     setTable({"INCOME SOURCES", {{"COUNT", 56}, {"AMOUNT", 104}}, continuation});
     beginTable(rowHeight(rows[0]));
-    for (const Row& row : rows)
-        tableRow(row);
-    totalRow("Total income", {"", money(report.income)});
+    tableRows(rows, total("Total income", {"", money(report.income)}));
 }
 
 void PDFLayout::recurringCharges() {
@@ -781,9 +780,9 @@ void PDFLayout::tableSpace(double height) {
     tableHeader();
 }
 
-void PDFLayout::tableRow(const Row& row) {
+void PDFLayout::tableRow(const Row& row, double keepWith) {
     const double height = rowHeight(row);
-    tableSpace(height);
+    tableSpace(height + keepWith);
     const double top = m_y;
     double x = kLeft + kCellInset + row.indent;
     const FontSpec nameFont = bodyFont(9.5, row.bold || row.total);
@@ -811,9 +810,20 @@ void PDFLayout::tableRow(const Row& row) {
     m_y = top + height;
 }
 
-void PDFLayout::totalRow(std::string label, std::vector<std::string> figures) {
-    tableRow({.name = std::move(label), .figures = std::move(figures), .total = true});
+PDFLayout::Row PDFLayout::total(std::string label, std::vector<std::string> figures) {
+    return {.name = std::move(label), .figures = std::move(figures), .total = true};
+}
+
+void PDFLayout::totalRow(const Row& row) {
+    tableRow(row);
     m_y += 6;
+}
+
+void PDFLayout::tableRows(const std::vector<Row>& rows, const Row& closing) {
+    // The last row goes with the total, so that a total never opens a page.
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        tableRow(rows[i], i + 1 == rows.size() ? rowHeight(closing) : 0);
+    totalRow(closing);
 }
 
 // ---- The frame --------------------------------------------------------------

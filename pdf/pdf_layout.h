@@ -136,8 +136,13 @@ class PDFLayout {
     // Carries the table to a new page, header and all, unless `height` fits.
     void tableSpace(double height);
     [[nodiscard]] double rowHeight(const Row& row) const;
-    void tableRow(const Row& row);
-    void totalRow(std::string label, std::vector<std::string> figures);
+    // A row, carried to a new page with the header unless it fits together
+    // with `keepWith` points more.
+    void tableRow(const Row& row, double keepWith = 0);
+    [[nodiscard]] static Row total(std::string label, std::vector<std::string> figures);
+    void totalRow(const Row& row);
+    // The rows and their total, never a total alone at the top of a page.
+    void tableRows(const std::vector<Row>& rows, const Row& closing);
     [[nodiscard]] double nameWidth(const Row& row) const;
     [[nodiscard]] std::vector<double> figureLefts() const;
 

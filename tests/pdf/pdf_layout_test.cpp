@@ -313,5 +313,27 @@ TEST_F(PDFLayoutTest, ATableHeaderIsNeverLeftAloneAtTheFoot) {
     EXPECT_GE(tablePages, 2);
 }
 
+// A table's total row was carried alone to a new page, under a header with
+// no rows of its own.
+TEST_F(PDFLayoutTest, ATotalNeverOpensAPage) {
+    for (int months = 1; months <= 40; ++months) {
+        PDFReportContent content = contentWith({category("Groceries", 12000, 0)});
+        content.report.months.clear();
+        for (int i = 0; i < months; ++i)
+            content.report.months.push_back({"2026-03", 0, 12000});
+        PDFLayout layout(content, PDFReportStyle::precision, Skin::forest, measure);
+        layout.compose();
+        for (const Page& page : layout.pages()) {
+            const auto words = texts(page.commands);
+            for (std::size_t i = 1; i < words.size(); ++i) {
+                if (words[i]->text.starts_with("Total") && words[i]->font.bold) {
+                    EXPECT_NE(words[i - 1]->font.size, 7.5)
+                        << months << " months: \"" << words[i]->text << "\" right under the header";
+                }
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace copperwick::pdf
