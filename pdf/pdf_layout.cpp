@@ -213,7 +213,12 @@ void PDFLayout::section(const std::string& title, double reserve) {
                                   : title;
     const FontSpec font = headingFont(m_style == PDFReportStyle::signature ? 19 : 14);
     const double height = std::ceil(m_measure.measure(shown, font, kWidth).height) + 2;
-    ensure(reserve + height + 26, title);
+    // Air above a section that follows something on its page; none at a top.
+    const double above = m_y > kTop ? (m_style == PDFReportStyle::signature ? 16 : 10) : 0;
+    if (m_y + above + reserve + height + 26 > kBottom)
+        newPage(title);
+    else
+        m_y += above;
     ++m_sectionNumber;
     const RGB ruleColour = m_style == PDFReportStyle::precision  ? m_ink
                            : m_style == PDFReportStyle::everyday ? m_sage
@@ -450,6 +455,8 @@ void PDFLayout::categoryBars() {
     int64_t largest = 0;
     for (const CategoryLine& line : report.categories)
         largest = std::max(largest, line.amount < 0 ? -line.amount : line.amount);
+    // A statement's bars are square-cut; the other styles round them off.
+    const double radius = m_style == PDFReportStyle::precision ? 1.5 : 5.5;
     for (std::size_t i = 0; i < report.categories.size(); ++i) {
         const CategoryLine& line = report.categories[i];
         // Understated bars for the formal styles; the chart's tones for everyday.
@@ -464,15 +471,15 @@ void PDFLayout::categoryBars() {
         record({.kind = DrawCommand::Kind::roundedFill,
                 .rect = track,
                 .colour = m_pale,
-                .radius = 5.5});
+                .radius = radius});
         if (line.amount > 0 && largest > 0) {
             const double filled =
-                std::max(track.height, track.width * static_cast<double>(line.amount) /
-                                           static_cast<double>(largest));
+                std::max(2 * radius, track.width * static_cast<double>(line.amount) /
+                                         static_cast<double>(largest));
             record({.kind = DrawCommand::Kind::roundedFill,
                     .rect = {track.x, track.y, filled, track.height},
                     .colour = barColour,
-                    .radius = 5.5});
+                    .radius = radius});
         }
         const double figureY = m_y + (rowHeight - 12) / 2;
         text(405, figureY + 0.5, 50, share(line.amount), bodyFont(8.5), m_muted, TextAlign::right);
@@ -709,7 +716,8 @@ void PDFLayout::aboutTheseNumbers() {
                   " transactions (" + money(report.transferVolume) + " moved).\nNeeding review: " +
                   std::to_string(report.unknownCount) + " transactions, " +
                   money(report.unknownIn) + " in and " + money(checked::neg(report.unknownOut)) +
-                  " out; pending: " + std::to_string(report.pendingCount) + " charges, " +
+                  " out; pending: " + std::to_string(report.pendingCount) +
+                  (report.pendingCount == 1 ? " charge, " : " charges, ") +
                   money(report.pendingTotal) + ".",
               bodyFont(9.5), m_ink, 6, continuation);
 }

