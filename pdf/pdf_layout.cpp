@@ -40,10 +40,6 @@ std::string printable(std::string_view text) {
     return text::toUTF8(text::toUnicode(text));
 }
 
-std::string_view trimmedLines(std::string_view text) {
-    return text::trimmed(text);
-}
-
 // The day a report was made, by this computer's clock and zone.
 std::string generatedOn(Instant at) {
     const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
@@ -233,7 +229,9 @@ void PDFLayout::paragraph(std::string_view words, const FontSpec& font, const RG
                           double gap, const std::string& continuation, double indent,
                           bool bulleted) {
     const std::string all = printable(words);
-    std::string_view rest = all;
+    std::string_view rest = text::trimmed(all);
+    if (rest.empty())
+        return;
     const double x = kLeft + indent;
     const double width = kWidth - indent;
     bool first = true;
@@ -250,14 +248,14 @@ void PDFLayout::paragraph(std::string_view words, const FontSpec& font, const RG
             }
             fits = rest.size();
         }
-        const std::string_view part = trimmedLines(rest.substr(0, fits));
+        const std::string_view part = text::trimmed(rest.substr(0, fits));
         const double top = m_y;
         m_y += text(x, top, width, part, font, colour);
         if (bulleted && first)
             text(x - 11, top, 10, "\u2022", font,
                  m_style == PDFReportStyle::precision ? m_ink : m_green);
         first = false;
-        rest = trimmedLines(rest.substr(fits));
+        rest = text::trimmed(rest.substr(fits));
         if (rest.empty())
             break;
         newPage(continuation);
