@@ -87,7 +87,8 @@ TEST_F(PDFLayoutTest, EveryFooterCountsThePagesThatFollowedIt) {
     ASSERT_GE(total, 3u) << "overview, categories and income each start a page";
     for (std::size_t i = 0; i < total; ++i) {
         const std::string number = std::to_string(i + 1) + " / " + std::to_string(total);
-        const DrawCommand* footer = findText(layout.played(i), number);
+        const std::vector<DrawCommand> played = layout.played(i);
+        const DrawCommand* footer = findText(played, number);
         ASSERT_NE(footer, nullptr) << number;
         EXPECT_EQ(footer->rect.x, 490);
         EXPECT_EQ(footer->rect.y, 744);
@@ -95,11 +96,11 @@ TEST_F(PDFLayoutTest, EveryFooterCountsThePagesThatFollowedIt) {
         EXPECT_EQ(findText(layout.pages()[i].commands, number), nullptr)
             << "the number belongs to the frame, drawn once the count is known";
     }
-    EXPECT_NE(findText(layout.played(0), "1 / 3"), nullptr);
-    EXPECT_NE(
-        findText(layout.played(0), "Posted only \u00B7 Transfers excluded \u00B7 Refunds netted"),
-        nullptr);
-    EXPECT_NE(findText(layout.played(0), "Signature \u00B7 Report overview"), nullptr);
+    const std::vector<DrawCommand> first = layout.played(0);
+    EXPECT_NE(findText(first, "1 / 3"), nullptr);
+    EXPECT_NE(findText(first, "Posted only \u00B7 Transfers excluded \u00B7 Refunds netted"),
+              nullptr);
+    EXPECT_NE(findText(first, "Signature \u00B7 Report overview"), nullptr);
 }
 
 TEST_F(PDFLayoutTest, ASectionThatWouldNotFitMovesWholeWithItsRule) {
@@ -232,7 +233,8 @@ TEST_F(PDFLayoutTest, ALongAccountListIsCutAtItsHundredAndSecondCharacter) {
     const PDFReportContent content(report, Ledger::starter(), {}, false, {}, Instant{});
     PDFLayout layout(content, PDFReportStyle::signature, Skin::forest, measure);
     layout.compose();
-    const DrawCommand* accounts = findText(layout.played(0), cut);
+    const std::vector<DrawCommand> played = layout.played(0);
+    const DrawCommand* accounts = findText(played, cut);
     ASSERT_NE(accounts, nullptr);
     EXPECT_EQ(accounts->rect.x, 42);
     EXPECT_LE(accounts->rect.bottom(), 112) << "within the header's 40 points from y 72";

@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -38,6 +37,45 @@ std::optional<fs::path> tool(const std::string& name) {
             return candidate;
     }
     return std::nullopt;
+}
+
+std::string lastLine(const std::string& text) {
+    const auto end = text.find_last_not_of(" \n");
+    if (end == std::string::npos)
+        return {};
+    const auto start = text.rfind('\n', end);
+    return text.substr(start == std::string::npos ? 0 : start + 1, end + 1 - (start + 1));
+}
+
+std::string withoutSpaces(std::string text) {
+    std::erase(text, ' ');
+    return text;
+}
+
+struct WordBox {
+    double xMin = 0;
+    double yMin = 0;
+    double xMax = 0;
+    double yMax = 0;
+    std::string text;
+};
+
+// The words of `pdftotext -bbox`, each written as
+// <word xMin="…" yMin="…" xMax="…" yMax="…">text</word>.
+std::vector<WordBox> wordBoxes(const std::string& html) {
+    std::vector<WordBox> boxes;
+    const auto number = [&](std::size_t from, const std::string& name) {
+        const auto at = html.find(name + "=\"", from);
+        return std::stod(html.substr(at + name.size() + 2));
+    };
+    for (auto at = html.find("<word "); at != std::string::npos; at = html.find("<word ", at + 1)) {
+        WordBox box{
+            number(at, "xMin"), number(at, "yMin"), number(at, "xMax"), number(at, "yMax"), {}};
+        const auto open = html.find('>', at);
+        box.text = html.substr(open + 1, html.find("</word>", open) - open - 1);
+        boxes.push_back(std::move(box));
+    }
+    return boxes;
 }
 
 class ReportPDFTest : public ::testing::Test {
@@ -119,9 +157,9 @@ TEST_F(ReportPDFTest, TheDemoInEveryStyleReadsWholeOnEveryPage) {
                       std::string::npos)
                 << "page " << i + 1;
             // pdftotext closes up the spaces around the slash.
-            const std::regex number(std::to_string(i + 1) + " ?/ ?" + std::to_string(pages) +
-                                    "\\s*$");
-            EXPECT_TRUE(std::regex_search(texts[i], number)) << "page " << i + 1;
+            const std::string footer = withoutSpaces(lastLine(texts[i]));
+            EXPECT_TRUE(footer.ends_with(std::to_string(i + 1) + "/" + std::to_string(pages)))
+                << "page " << i + 1 << ": " << footer;
             all += texts[i];
         }
         for (const char* title :
@@ -134,16 +172,13 @@ TEST_F(ReportPDFTest, TheDemoInEveryStyleReadsWholeOnEveryPage) {
         const auto boxes =
             testing::runProcess({pdftotext->string(), "-bbox", file.string(), "-"}, folder.path());
         ASSERT_EQ(boxes.code, 0) << boxes.err;
-        const std::regex word(
-            R"re(<word xMin="([-0-9.]+)" yMin="([-0-9.]+)" xMax="([-0-9.]+)" yMax="([-0-9.]+)">([^<]*)</word>)re");
         int words = 0;
-        for (auto it = std::sregex_iterator(boxes.out.begin(), boxes.out.end(), word);
-             it != std::sregex_iterator(); ++it, ++words) {
-            const auto& m = *it;
-            EXPECT_GE(std::stod(m[1]), 0) << m[5];
-            EXPECT_GE(std::stod(m[2]), 0) << m[5];
-            EXPECT_LE(std::stod(m[3]), 612) << m[5];
-            EXPECT_LE(std::stod(m[4]), 792) << m[5];
+        for (const WordBox& box : wordBoxes(boxes.out)) {
+            ++words;
+            EXPECT_GE(box.xMin, 0) << box.text;
+            EXPECT_GE(box.yMin, 0) << box.text;
+            EXPECT_LE(box.xMax, 612) << box.text;
+            EXPECT_LE(box.yMax, 792) << box.text;
         }
         EXPECT_GT(words, 200);
     }
