@@ -1,6 +1,8 @@
 // `copperwick export transactions FILE [filters]` and `copperwick export
 // summary FILE [period and people options]`: CSV files that a spreadsheet
-// opens safely, as the Reports and Transactions screens save them.
+// opens safely, as the Reports and Transactions screens save them. `copperwick
+// export pdf FILE [period and people options]` prints the report as the
+// Reports screen's "Report as PDF…" does.
 
 #include <filesystem>
 #include <memory>
@@ -13,8 +15,12 @@
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
 #include "core/model/file_output.h"
+#include "core/presentation/pdf_report_content.h"
 #include "core/reports/csv_export.h"
+#include "core/reports/report_facts.h"
 #include "core/reports/transaction_query.h"
+#include "pdf/report_pdf.h"
+#include "runtime/skin_preference.h"
 
 namespace copperwick::cli {
 
@@ -28,12 +34,32 @@ struct ExportOptions {
     std::string account;
     bool review = false;
     std::string search;
+    std::string style;  // raw; empty means the preference
+    std::string skin;   // raw; empty means the person's skin
 };
 
 bool choosesReport(const ReportOptions& options) {
     return !options.period.empty() || !options.from.empty() || !options.to.empty() ||
            !options.people.empty() || options.household || !options.peopleMode.empty() ||
            options.includeShared || options.includeUnassigned || !options.currency.empty();
+}
+
+// The saved file as a person would look for it.
+fs::path savedPath(const std::string& file) {
+    std::error_code unknown;  // a working folder deleted meanwhile: the name as given
+    fs::path target = fs::absolute(file, unknown);
+    return unknown ? fs::path(file) : target;
+}
+
+void reportSaved(CommandContext& context, const fs::path& target, boost::json::object details) {
+    const std::string message = "Saved " + target.filename().string();
+    if (context.json) {
+        details["file"] = target.string();
+        details["message"] = message;
+        printJSON(context, details);
+        return;
+    }
+    context.out << message << '\n';
 }
 
 void saveAndReport(CommandContext& context, const std::string& file, const std::string& text,
@@ -43,18 +69,7 @@ void saveAndReport(CommandContext& context, const std::string& file, const std::
         context.exitCode = kExitFailure;
         return;
     }
-    std::error_code unknown;  // a working folder deleted meanwhile: the name as given
-    fs::path target = fs::absolute(file, unknown);
-    if (unknown)
-        target = file;
-    const std::string message = "Saved " + target.filename().string();
-    if (context.json) {
-        details["file"] = target.string();
-        details["message"] = message;
-        printJSON(context, details);
-        return;
-    }
-    context.out << message << '\n';
+    reportSaved(context, savedPath(file), std::move(details));
 }
 
 void runExportTransactions(CommandContext& context, const ExportOptions& options) {
@@ -97,10 +112,46 @@ void runExportSummary(CommandContext& context, const ExportOptions& options) {
                   boost::json::object{});
 }
 
+void runExportPDF(CommandContext& context, const ExportOptions& options) {
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const auto filter = reportFilter(options.filter, runtime->ledger(), runtime->today(), context);
+    if (!filter)
+        return;
+    // The style and skin last chosen on screen, unless the command names them.
+    const PDFReportStyle style =
+        enumFromRaw<PDFReportStyle>(options.style)
+            .value_or(
+                enumFromRaw<PDFReportStyle>(
+                    runtime->defaults().stringValue(preference_keys::pdfReportStyle).value_or(""))
+                    .value_or(PDFReportStyle::signature));
+    const Skin skin =
+        enumFromRaw<Skin>(options.skin).value_or(SkinPreference::load(runtime->defaults()).skin);
+
+    const ActivityCount building = runtime->countPDFBuild();
+    const ReportBundle bundle = runtime->buildReportBundle(*filter);
+    const PDFReportContent content(
+        bundle.report(), runtime->ledger(),
+        ReportFacts::texts(ReportFacts::build(bundle.comparison, bundle.recurring, bundle.unusual)),
+        false, bundle.recurring, runtime->now());
+    const fs::path target = savedPath(options.file);
+    std::size_t pages = 0;
+    try {
+        pages = ReportPDF::write(content, style, skin, target);
+    } catch (const PDFExportError& error) {
+        context.err << "Couldn't save the PDF: " << error.what() << '\n';
+        context.exitCode = kExitFailure;
+        return;
+    }
+    reportSaved(context, target, boost::json::object{{"pages", static_cast<int64_t>(pages)}});
+}
+
 }  // namespace
 
 void addExportCommands(CLI::App& app, CommandContext& context) {
-    auto* command = app.add_subcommand("export", "Save transactions or a report summary as CSV");
+    auto* command = app.add_subcommand(
+        "export", "Save transactions or a report summary as CSV, or a report as PDF");
     command->require_subcommand(1);
 
     auto* transactions = command->add_subcommand(
@@ -126,6 +177,20 @@ void addExportCommands(CLI::App& app, CommandContext& context) {
         ->required();
     addReportOptions(*summary, summaryOptions->filter);
     summary->callback([&context, summaryOptions] { runExportSummary(context, *summaryOptions); });
+
+    auto* pdf = command->add_subcommand("pdf", "A report as a printable PDF on Letter pages");
+    auto pdfOptions = std::make_shared<ExportOptions>();
+    takesPath(context, pdf->add_option("FILE", pdfOptions->file, "Where to save the PDF file"))
+        ->required();
+    addReportOptions(*pdf, pdfOptions->filter);
+    pdf->add_option("--style", pdfOptions->style,
+                    "signature, everyday or precision (default: the style last chosen, else "
+                    "signature)")
+        ->check(CLI::IsMember({"signature", "everyday", "precision"}));
+    pdf->add_option("--skin", pdfOptions->skin,
+                    "forest, sky, slate, turquoise, bordeaux or wisteria (default: your skin)")
+        ->check(CLI::IsMember({"forest", "sky", "slate", "turquoise", "bordeaux", "wisteria"}));
+    pdf->callback([&context, pdfOptions] { runExportPDF(context, *pdfOptions); });
 }
 
 }  // namespace copperwick::cli

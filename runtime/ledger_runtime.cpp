@@ -199,14 +199,7 @@ LocalDate LedgerRuntime::today() const {
 }
 
 ReportBundle LedgerRuntime::buildReportBundle(const ReportFilter& filter) {
-    // The count goes back down even if the build stops with an exception.
-    struct Counting {
-        int& count;
-        explicit Counting(int& c) : count(c) { ++count; }
-        ~Counting() { --count; }
-        Counting(const Counting&) = delete;
-        Counting& operator=(const Counting&) = delete;
-    } counting(m_activeReportBuilds);
+    const ActivityCount counting(m_activeReportBuilds);
     return ReportBundle::build(m_ledger, filter, today());
 }
 

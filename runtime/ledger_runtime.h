@@ -32,6 +32,7 @@
 #include "core/reports/report_filter.h"
 #include "core/store/backup_manager.h"
 #include "core/store/ledger_store.h"
+#include "runtime/activity_count.h"
 #include "runtime/app_section.h"
 #include "runtime/main_queue.h"
 #include "runtime/observable.h"
@@ -139,6 +140,9 @@ class LedgerRuntime {
         m_transactionsFocus.set(std::move(focus));
     }
     void setEntryEditorCount(int count) { m_entryEditorCount = count; }
+    // Keeps activePDFBuilds above 0 while a PDF is made, so that an update
+    // waits for it.
+    [[nodiscard]] ActivityCount countPDFBuild() { return ActivityCount(m_activePDFBuilds); }
 
     // Every ordinary change: run on a copy, save, then make the copy live.
     // When another program saved to the file since it was read here, the file

@@ -25,8 +25,12 @@
 #include "core/model/file_output.h"
 #include "core/model/money.h"
 #include "core/operations/report_notes.h"
+#include "core/presentation/pdf_report_content.h"
 #include "core/reports/csv_export.h"
 #include "core/reports/figure_drill_downs.h"
+#include "core/reports/report_facts.h"
+#include "pdf/report_pdf.h"
+#include "runtime/skin_preference.h"
 
 namespace copperwick::app {
 
@@ -140,7 +144,10 @@ ReportsPage::ReportsPage(RuntimeBridge& bridge, QWidget* parent)
     column->addStretch(1);
 
     m_chooseFile = [this](const QString& title, const QString& name) {
-        return QFileDialog::getSaveFileName(this, title, name, QStringLiteral("CSV files (*.csv)"));
+        const bool pdf = name.endsWith(QStringLiteral(".pdf"));
+        return QFileDialog::getSaveFileName(
+            this, title, name,
+            pdf ? QStringLiteral("PDF files (*.pdf)") : QStringLiteral("CSV files (*.csv)"));
     };
 
     connect(m_tabs, &QTabBar::currentChanged, this, [this] { showTab(); });
@@ -232,8 +239,7 @@ QWidget* ReportsPage::buildControls(QWidget* parent) {
     m_export->setPopupMode(QToolButton::InstantPopup);
     m_export->setFocusPolicy(Qt::StrongFocus);
     auto* menu = new QMenu(m_export);
-    // "Report as PDF…" opens the PDF export sheet here, first in the menu,
-    // once the PDF report is built.
+    menu->addAction(QStringLiteral("Report as PDF\u2026"), this, [this] { exportPDF(); });
     menu->addAction(QStringLiteral("Report summary as CSV\u2026"), this,
                     &ReportsPage::exportSummary);
     menu->addAction(QStringLiteral("Transactions in this report as CSV\u2026"), this,
@@ -1035,6 +1041,57 @@ void ReportsPage::exportTransactions() {
     writeExport(QStringLiteral("Transactions in this report as CSV"),
                 fileStem(report.filter) + QStringLiteral(" transactions.csv"),
                 CSVExport::transactions(report.includedIDs, m_shownLedger));
+}
+
+PDFExportSheet* ReportsPage::exportPDF() {
+    if (!m_shown)
+        return nullptr;
+    if (m_pdfSheet)
+        m_pdfSheet->close();
+    const auto remembered = m_runtime.defaults().stringValue(preference_keys::pdfReportStyle);
+    const PDFReportStyle chosen =
+        enumFromRaw<PDFReportStyle>(remembered.value_or("")).value_or(PDFReportStyle::signature);
+    m_pdfSheet = new PDFExportSheet(chosen, this);
+    m_pdfSheet->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_pdfSheet, &QDialog::accepted, this, [this, sheet = m_pdfSheet] {
+        const PDFReportStyle style = sheet->style();
+        m_runtime.defaults().set(preference_keys::pdfReportStyle, rawValue(style));
+        savePDF(style);
+    });
+    m_pdfSheet->open();
+    return m_pdfSheet;
+}
+
+void ReportsPage::savePDF(PDFReportStyle style) {
+    if (!m_shown)
+        return;
+    const ReportBundle& bundle = m_shown->bundle;
+    const QString file = m_chooseFile(QStringLiteral("Report as PDF"),
+                                      fileStem(bundle.filter) + QStringLiteral(" report.pdf"));
+    if (file.isEmpty())
+        return;
+    // The content is read here, from the ledger the figures on screen came
+    // from; only the pages are made beside the window.
+    PDFReportContent content(
+        bundle.report(), m_shownLedger,
+        ReportFacts::texts(ReportFacts::build(bundle.comparison, bundle.recurring, bundle.unusual)),
+        false, bundle.recurring, m_runtime.now());
+    const Skin skin = SkinPreference::load(m_runtime.defaults()).skin;
+    const std::filesystem::path path = toStdString(file);
+    // Held by the answer, which the main thread runs and lets go of.
+    auto building = std::make_shared<ActivityCount>(m_runtime.countPDFBuild());
+    if (!m_work)
+        m_work = std::make_unique<BackgroundWork>(m_runtime.mainQueue());
+    ++m_savingPDFs;
+    m_work->run([content = std::move(content), style, skin,
+                 path] { return ReportPDF::write(content, style, skin, path); },
+                [this, building, path](WorkResult<std::size_t> result) {
+                    --m_savingPDFs;
+                    if (result.value)
+                        m_runtime.setStatusMessage("Saved " + path.filename().string());
+                    else
+                        m_runtime.setErrorMessage("Couldn't save the PDF: " + result.error);
+                });
 }
 
 std::vector<SelfCheck> ReportsPage::selfChecks() {

@@ -27,6 +27,7 @@
 #include <QVBoxLayout>
 
 #include "app/reports/drill_down_sheet.h"
+#include "app/reports/pdf_export_sheet.h"
 #include "app/reports/people_scope_picker.h"
 #include "app/reports/report_screen_data.h"
 #include "app/reports/report_widgets.h"
@@ -55,8 +56,9 @@ class ReportsPage : public SectionPage {
     // insights starts to cost a frame.
     static constexpr std::size_t kBuildInBackgroundFrom = 5'000;
 
-    // Asks where to save an export: the dialog's title and the name offered;
-    // an empty answer means the person cancelled.
+    // Asks where to save an export: the dialog's title and the name offered
+    // (its extension says the kind of file); an empty answer means the
+    // person cancelled.
     using FileChooser = std::function<QString(const QString& title, const QString& name)>;
 
     explicit ReportsPage(RuntimeBridge& bridge, QWidget* parent = nullptr);
@@ -102,6 +104,15 @@ class ReportsPage : public SectionPage {
     void setFileChooser(FileChooser chooser) { m_chooseFile = std::move(chooser); }
     void exportSummary();
     void exportTransactions();
+    // "Report as PDF…": the style sheet, opening with the style saved last.
+    // Saving remembers the style, asks where, and makes the PDF beside the
+    // window.
+    PDFExportSheet* exportPDF();
+    [[nodiscard]] PDFExportSheet* pdfSheet() const { return m_pdfSheet; }
+    // The PDF of the report shown, in `style`, at a place the person chooses;
+    // made beside the window, with the runtime counting it as a PDF build.
+    void savePDF(PDFReportStyle style);
+    [[nodiscard]] bool isSavingPDF() const { return m_savingPDFs > 0; }
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -168,7 +179,9 @@ class ReportsPage : public SectionPage {
     QWidget* m_content = nullptr;
     SectionCard* m_notes = nullptr;
     QPointer<DrillDownSheet> m_sheet;
+    QPointer<PDFExportSheet> m_pdfSheet;
     FileChooser m_chooseFile;
+    int m_savingPDFs = 0;
 
     std::optional<ReportScreenData> m_shown;
     Ledger m_shownLedger;

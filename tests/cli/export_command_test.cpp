@@ -1,7 +1,13 @@
+#include <stdlib.h>
 #include <sys/stat.h>
 
-#include <gtest/gtest.h>
+#include <optional>
+#include <string>
 
+#include <gtest/gtest.h>
+#include <boost/json.hpp>
+
+#include "tests/support/process.h"
 #include "tests/support/run_command.h"
 #include "tests/support/temp_folder.h"
 
@@ -56,6 +62,95 @@ TEST_F(ExportCommandTest, OnlyARegularFileOrANewNameIsWritten) {
     EXPECT_EQ(status.st_mode & 0777, 0600u);
     EXPECT_EQ(run({"export", "summary", kept.string()}).code, 0);
     EXPECT_NE(testing::readFile(kept), "mine");
+}
+
+// The PDF command reads the person's preferences; here they live in a
+// folder of the test's own.
+class ExportPDFTest : public ExportCommandTest {
+  protected:
+    void SetUp() override {
+        if (const char* before = ::getenv("XDG_CONFIG_HOME"))
+            m_before = before;
+        ::setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
+    }
+    void TearDown() override {
+        if (m_before)
+            ::setenv("XDG_CONFIG_HOME", m_before->c_str(), 1);
+        else
+            ::unsetenv("XDG_CONFIG_HOME");
+    }
+    void prefer(const std::string& json) {
+        std::filesystem::create_directories(folder / "config" / "Copperwick");
+        testing::writeFile(folder / "config" / "Copperwick" / "preferences.json", json);
+    }
+    // The style the PDF's subject ("{scope} · {style}") names, as poppler
+    // reads it.
+    std::string styleOf(const std::filesystem::path& file) {
+        const auto info = testing::runProcess({"/usr/bin/pdfinfo", file.string()}, folder.path());
+        const auto subject = info.out.find("Subject:");
+        if (info.code != 0 || subject == std::string::npos)
+            return "(unreadable)";
+        const auto end = info.out.find('\n', subject);
+        const std::string line = info.out.substr(subject, end - subject);
+        return line.substr(line.rfind(' ') + 1);
+    }
+
+  private:
+    std::optional<std::string> m_before;
+};
+
+TEST_F(ExportPDFTest, SavesTheReportAndSaysHowManyPages) {
+    const auto file = folder / "March report.pdf";
+    const auto result = run({"export", "pdf", file.string(), "--from", "2026-03-01", "--to",
+                             "2026-03-31", "--style", "everyday", "--skin", "bordeaux"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "Saved March report.pdf\n");
+    EXPECT_EQ(testing::readFile(file).substr(0, 5), "%PDF-");
+    struct stat status {};
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u) << "it holds someone's finances";
+
+    const auto json = run({"--json", "export", "pdf", (folder / "again.pdf").string()});
+    ASSERT_EQ(json.code, 0) << json.err;
+    const auto saved = boost::json::parse(json.out).as_object();
+    EXPECT_EQ(saved.at("file").as_string(), (folder / "again.pdf").string());
+    EXPECT_EQ(saved.at("message").as_string(), "Saved again.pdf");
+    EXPECT_EQ(saved.at("pages").as_int64(), 3) << "overview, categories, income and details";
+}
+
+TEST_F(ExportPDFTest, TheStyleLastChosenOnScreenIsTheDefault) {
+    if (!std::filesystem::exists("/usr/bin/pdfinfo"))
+        GTEST_SKIP() << "poppler-utils isn't installed";
+    const auto plain = folder / "plain.pdf";
+    ASSERT_EQ(run({"export", "pdf", plain.string()}).code, 0);
+    EXPECT_EQ(styleOf(plain), "signature");
+
+    prefer(R"({"Copperwick.pdfReportStyle": "precision"})");
+    const auto preferred = folder / "preferred.pdf";
+    ASSERT_EQ(run({"export", "pdf", preferred.string()}).code, 0);
+    EXPECT_EQ(styleOf(preferred), "precision");
+
+    const auto named = folder / "named.pdf";
+    ASSERT_EQ(run({"export", "pdf", named.string(), "--style", "everyday"}).code, 0);
+    EXPECT_EQ(styleOf(named), "everyday");
+
+    prefer(R"({"Copperwick.pdfReportStyle": "glossy"})");
+    const auto unknown = folder / "unknown.pdf";
+    ASSERT_EQ(run({"export", "pdf", unknown.string()}).code, 0);
+    EXPECT_EQ(styleOf(unknown), "signature");
+}
+
+TEST_F(ExportPDFTest, APlaceThatCantBeWrittenIsSaidInPlainWords) {
+    const auto result = run({"export", "pdf", (folder / "missing" / "report.pdf").string()});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err,
+              "Couldn't save the PDF: The PDF file couldn't be created at that location.\n");
+    EXPECT_EQ(result.out, "");
+    EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
+
+    EXPECT_EQ(run({"export", "pdf", (folder / "x.pdf").string(), "--style", "fancy"}).code, 2);
+    EXPECT_EQ(run({"export", "pdf", (folder / "x.pdf").string(), "--skin", "ocean"}).code, 2);
+    EXPECT_FALSE(std::filesystem::exists(folder / "x.pdf"));
 }
 
 }  // namespace
