@@ -18,6 +18,7 @@
 #include "app/cash/cash_entry_sheet.h"
 #include "app/cash/cash_page.h"
 #include "app/import/import_page.h"
+#include "app/reports/pdf_export_sheet.h"
 #include "app/reports/reports_page.h"
 #include "app/rules/rules_page.h"
 #include "app/settings/account_sheet.h"
@@ -129,6 +130,10 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         reports->tile(QStringLiteral("Spending"))->click();
         save(reports->drillDownSheet(), QStringLiteral("sheet-drilldown-") + form);
         reports->drillDownSheet()->reject();
+        PDFExportSheet* pdfSheet = reports->exportPDF();
+        ASSERT_NE(pdfSheet, nullptr);
+        save(pdfSheet, QStringLiteral("sheet-pdf-") + form);
+        pdfSheet->reject();
 
         // A spending line chosen in Transactions, with its details.
         runtime.setSection(AppSection::transactions);
