@@ -37,7 +37,7 @@ LedgerTransaction makeTransaction(const Ledger& ledger, const Account& account, 
     transaction.cardIdentifier = owned(row.cardIdentifier());
     transaction.externalID = owned(row.externalID());
     transaction.inheritedAssignment =
-        defaultAssignment(ledger, account.id, transaction.cardIdentifier);
+        defaultAssignment(ledger, account.id, transaction.cardIdentifier.optional());
     return transaction;
 }
 

@@ -195,7 +195,7 @@ class Planner {
             scan(row.date.addingDays(-kPostsAfterAtMost), row.date.addingDays(kPostsBeforeAtMost),
                  [&](const LedgerTransaction& t) {
                      if (!isPending(t.status) || m_claimed.contains(t.id) ||
-                         !cardsMayAgree(t.cardIdentifier, rowCard) ||
+                         !cardsMayAgree(t.cardIdentifier.optional(), rowCard) ||
                          !postsAs(t.amount, row.amount) ||
                          KeySimilarity::score(keyOf(t), rowKey, 0) < kPendingKeyScore)
                          return true;
@@ -214,7 +214,7 @@ class Planner {
         const auto from = std::max(*firstDate, row.date.addingDays(-kDuplicateDaysApart));
         const auto to = std::min(*lastDate, row.date.addingDays(kDuplicateDaysApart));
         scan(from, to, [&](const LedgerTransaction& t) {
-            if (m_claimed.contains(t.id) || !cardsMayAgree(t.cardIdentifier, rowCard) ||
+            if (m_claimed.contains(t.id) || !cardsMayAgree(t.cardIdentifier.optional(), rowCard) ||
                 t.amount != row.amount)
                 return true;
             const bool needsLikeness = isPending(t.status) || !isPending(row.status);

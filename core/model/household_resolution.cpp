@@ -58,7 +58,8 @@ SpendingAssignment assignment(const Ledger& ledger, const LedgerTransaction& tra
     else if (transaction.inheritedAssignment)
         result = *transaction.inheritedAssignment;
     else
-        result = defaultAssignment(ledger, transaction.accountID, transaction.cardIdentifier);
+        result =
+            defaultAssignment(ledger, transaction.accountID, transaction.cardIdentifier.optional());
     // The field keeps a deleted person's id; only the answer lets go of it.
     if (result.isPerson() && !ledger.person(result.personID()))
         return SpendingAssignment::unassigned();
@@ -99,7 +100,7 @@ std::vector<const Person*> cardUsers(const Ledger& ledger, const LedgerTransacti
     const Account* account = ledger.account(transaction.accountID);
     if (!account)
         return users;
-    if (const auto card = cardOverride(*account, transaction.cardIdentifier)) {
+    if (const auto card = cardOverride(*account, transaction.cardIdentifier.optional())) {
         if (card->isPerson()) {
             if (const Person* person = ledger.person(card->personID()))
                 users.push_back(person);
@@ -124,7 +125,7 @@ bool cardIsUndecided(const Ledger& ledger, const LedgerTransaction& transaction)
     const Account* account = ledger.account(transaction.accountID);
     if (!account)
         return false;
-    if (const auto card = cardOverride(*account, transaction.cardIdentifier))
+    if (const auto card = cardOverride(*account, transaction.cardIdentifier.optional()))
         return card->kind() == SpendingAssignment::Case::unassigned;
     return account->isUnassigned;
 }

@@ -43,7 +43,7 @@ struct LedgerTransaction {
     int64_t amount = 0;  // cents; above zero is money in
     std::string currency = "USD";
     std::string rawDescription;
-    std::optional<std::string> bankMerchant;
+    HeapOptional<std::string> bankMerchant;
     HeapOptional<std::string> bankCategory;
     HeapOptional<std::string> checkNumber;
     TransactionStatus status = TransactionStatus::posted;
@@ -63,7 +63,7 @@ struct LedgerTransaction {
     std::string note;
     std::optional<SpendingAssignment> spendingAssignment;
     std::optional<SpendingAssignment> inheritedAssignment;
-    std::optional<std::string> cardIdentifier;
+    HeapOptional<std::string> cardIdentifier;
     std::optional<TransactionEntrySource> entrySource;
     HeapOptional<TransactionDetails> originalDetails;
     HeapOptional<std::vector<TransactionRevision>> revisions;

@@ -37,7 +37,8 @@ LedgerDelta applySpendingDefault(Ledger& ledger, const Uuid& accountID,
             continue;
         if (transaction.spendingAssignment)
             continue;
-        const auto fallback = defaultAssignment(ledger, accountID, transaction.cardIdentifier);
+        const auto fallback =
+            defaultAssignment(ledger, accountID, transaction.cardIdentifier.optional());
         if (transaction.inheritedAssignment == fallback)
             continue;
         updates.emplace_back(transaction.id, fallback);

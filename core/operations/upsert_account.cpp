@@ -83,7 +83,7 @@ LedgerDelta upsertAccount(Ledger& ledger, Account account) {
             if (transaction.accountID != account.id)
                 continue;
             const auto inherited =
-                defaultAssignment(ledger, account.id, transaction.cardIdentifier);
+                defaultAssignment(ledger, account.id, transaction.cardIdentifier.optional());
             if (transaction.inheritedAssignment != inherited) {
                 LedgerTransaction updated = transaction;
                 updated.inheritedAssignment = inherited;
