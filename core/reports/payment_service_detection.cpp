@@ -60,17 +60,15 @@ char asciiUpper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-bool containsFolded(std::string_view text, std::string_view upperNeedle) {
-    if (upperNeedle.size() > text.size())
+// Whether `upperNeedle` stands at `at`, letters compared in upper case.
+bool standsAt(std::string_view text, std::size_t at, std::string_view upperNeedle) {
+    if (text.size() - at < upperNeedle.size())
         return false;
-    for (std::size_t i = 0; i + upperNeedle.size() <= text.size(); ++i) {
-        std::size_t j = 0;
-        while (j < upperNeedle.size() && asciiUpper(text[i + j]) == upperNeedle[j])
-            ++j;
-        if (j == upperNeedle.size())
-            return true;
+    for (std::size_t j = 0; j < upperNeedle.size(); ++j) {
+        if (asciiUpper(text[at + j]) != upperNeedle[j])
+            return false;
     }
-    return false;
+    return true;
 }
 
 // Wider than white space: whatever normalizing may turn into a blank.
@@ -78,36 +76,51 @@ bool maySeparateWords(char c) {
     return static_cast<unsigned char>(c) <= ' ';
 }
 
-// "PP" then white space then "*", anywhere.
-bool containsPayPalStar(std::string_view text) {
-    for (std::size_t i = 0; i + 2 < text.size(); ++i) {
-        if (asciiUpper(text[i]) != 'P' || asciiUpper(text[i + 1]) != 'P')
-            continue;
-        std::size_t j = i + 2;
-        while (j < text.size() && maySeparateWords(text[j]))
-            ++j;
-        if (j < text.size() && text[j] == '*')
-            return true;
-    }
-    return false;
+// "PP" then white space then "*", at `at`.
+bool payPalStarAt(std::string_view text, std::size_t at) {
+    if (!standsAt(text, at, "PP"))
+        return false;
+    std::size_t j = at + 2;
+    while (j < text.size() && maySeparateWords(text[j]))
+        ++j;
+    return j < text.size() && text[j] == '*';
 }
 
 }  // namespace
 
 bool surelyNamesNoService(std::string_view text) {
-    // Upper-casing outside ASCII can make these letters ("ſ" becomes "S"), so
-    // such text is always read in full.
-    for (const char c : text) {
-        if (static_cast<unsigned char>(c) >= 0x80)
+    // One pass over the text: every report reads every line's text here.
+    // Every service reading needs one of these words, or PayPal's "PP *";
+    // "CASH" covers Cash App and Apple Cash.
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        // Upper-casing outside ASCII can make these letters ("ſ" becomes
+        // "S"), so such text is always read in full.
+        if (static_cast<unsigned char>(text[i]) >= 0x80)
+            return false;
+        bool names = false;
+        switch (asciiUpper(text[i])) {
+            case 'Z':
+                names = standsAt(text, i, "ZELLE");
+                break;
+            case 'V':
+                names = standsAt(text, i, "VENMO");
+                break;
+            case 'S':
+                names = standsAt(text, i, "SQC");
+                break;
+            case 'C':
+                names = standsAt(text, i, "CASH");
+                break;
+            case 'P':
+                names = standsAt(text, i, "PAYPAL") || payPalStarAt(text, i);
+                break;
+            default:
+                break;
+        }
+        if (names)
             return false;
     }
-    // Every service reading needs one of these words; "CASH" covers Cash App
-    // and Apple Cash.
-    for (const std::string_view word : {"ZELLE", "VENMO", "SQC", "CASH", "PAYPAL"}) {
-        if (containsFolded(text, word))
-            return false;
-    }
-    return !containsPayPalStar(text);
+    return true;
 }
 
 std::optional<PaymentService> detectPaymentService(std::string_view text) {
