@@ -17,7 +17,6 @@
 #include "core/model/file_output.h"
 #include "core/presentation/pdf_report_content.h"
 #include "core/reports/csv_export.h"
-#include "core/reports/report_facts.h"
 #include "core/reports/transaction_query.h"
 #include "pdf/report_pdf.h"
 #include "runtime/skin_preference.h"
@@ -120,21 +119,15 @@ void runExportPDF(CommandContext& context, const ExportOptions& options) {
     if (!filter)
         return;
     // The style and skin last chosen on screen, unless the command names them.
-    const PDFReportStyle style =
-        enumFromRaw<PDFReportStyle>(options.style)
-            .value_or(
-                enumFromRaw<PDFReportStyle>(
-                    runtime->defaults().stringValue(preference_keys::pdfReportStyle).value_or(""))
-                    .value_or(PDFReportStyle::signature));
+    const PDFReportStyle style = enumFromRaw<PDFReportStyle>(options.style)
+                                     .value_or(rememberedPDFStyle(runtime->defaults()));
     const Skin skin =
         enumFromRaw<Skin>(options.skin).value_or(SkinPreference::load(runtime->defaults()).skin);
 
     const ActivityCount building = runtime->countPDFBuild();
     const ReportBundle bundle = runtime->buildReportBundle(*filter);
-    const PDFReportContent content(
-        bundle.report(), runtime->ledger(),
-        ReportFacts::texts(ReportFacts::build(bundle.comparison, bundle.recurring, bundle.unusual)),
-        false, bundle.recurring, runtime->now());
+    const PDFReportContent content =
+        PDFReportContent::ofBundle(bundle, runtime->ledger(), runtime->now());
     const fs::path target = savedPath(options.file);
     std::size_t pages = 0;
     try {

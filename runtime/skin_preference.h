@@ -4,6 +4,7 @@
 // it. A value: copyable and equatable. Loading never fails: what is missing
 // or unknown reads as the default. Main thread only, like Preferences.
 
+#include "core/presentation/pdf_report_content.h"
 #include "core/presentation/skin.h"
 #include "runtime/preferences.h"
 
@@ -22,5 +23,12 @@ struct SkinPreference {
 
     friend bool operator==(const SkinPreference&, const SkinPreference&) = default;
 };
+
+// The report style chosen last on the Reports screen; signature until then.
+[[nodiscard]] inline PDFReportStyle rememberedPDFStyle(const Preferences& preferences) {
+    return enumFromRaw<PDFReportStyle>(
+               preferences.stringValue(preference_keys::pdfReportStyle).value_or(""))
+        .value_or(PDFReportStyle::signature);
+}
 
 }  // namespace copperwick

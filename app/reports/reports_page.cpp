@@ -28,7 +28,6 @@
 #include "core/presentation/pdf_report_content.h"
 #include "core/reports/csv_export.h"
 #include "core/reports/figure_drill_downs.h"
-#include "core/reports/report_facts.h"
 #include "pdf/report_pdf.h"
 #include "runtime/skin_preference.h"
 
@@ -1048,10 +1047,7 @@ PDFExportSheet* ReportsPage::exportPDF() {
         return nullptr;
     if (m_pdfSheet)
         m_pdfSheet->close();
-    const auto remembered = m_runtime.defaults().stringValue(preference_keys::pdfReportStyle);
-    const PDFReportStyle chosen =
-        enumFromRaw<PDFReportStyle>(remembered.value_or("")).value_or(PDFReportStyle::signature);
-    m_pdfSheet = new PDFExportSheet(chosen, this);
+    m_pdfSheet = new PDFExportSheet(rememberedPDFStyle(m_runtime.defaults()), this);
     m_pdfSheet->setAttribute(Qt::WA_DeleteOnClose);
     connect(m_pdfSheet, &QDialog::accepted, this, [this, sheet = m_pdfSheet] {
         const PDFReportStyle style = sheet->style();
@@ -1072,10 +1068,7 @@ void ReportsPage::savePDF(PDFReportStyle style) {
         return;
     // The content is read here, from the ledger the figures on screen came
     // from; only the pages are made beside the window.
-    PDFReportContent content(
-        bundle.report(), m_shownLedger,
-        ReportFacts::texts(ReportFacts::build(bundle.comparison, bundle.recurring, bundle.unusual)),
-        false, bundle.recurring, m_runtime.now());
+    PDFReportContent content = PDFReportContent::ofBundle(bundle, m_shownLedger, m_runtime.now());
     const Skin skin = SkinPreference::load(m_runtime.defaults()).skin;
     const std::filesystem::path path = toStdString(file);
     // Held by the answer, which the main thread runs and lets go of.

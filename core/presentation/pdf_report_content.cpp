@@ -5,6 +5,7 @@
 
 #include "core/model/checked.h"
 #include "core/model/household_resolution.h"
+#include "core/reports/report_facts.h"
 
 namespace copperwick {
 
@@ -90,6 +91,14 @@ PDFReportContent::PDFReportContent(Report report, const Ledger& ledger,
     merchantIcons = merchantIconsOf(this->report, ledger);
     savingsGoal = BudgetReport::savingsGoal(ledger, this->report);
     payments = PaymentActivity::build(ledger, this->report.filter);
+}
+
+PDFReportContent PDFReportContent::ofBundle(const ReportBundle& bundle, const Ledger& ledger,
+                                            Instant generatedAt) {
+    return PDFReportContent(
+        bundle.report(), ledger,
+        ReportFacts::texts(ReportFacts::build(bundle.comparison, bundle.recurring, bundle.unusual)),
+        false, bundle.recurring, generatedAt);
 }
 
 }  // namespace copperwick

@@ -26,6 +26,7 @@
 #include "core/reports/insights.h"
 #include "core/reports/payment_activity.h"
 #include "core/reports/report.h"
+#include "core/reports/report_bundle.h"
 
 namespace copperwick {
 
@@ -84,6 +85,10 @@ struct PDFReportContent {
     // Everything the pages need about `report`, read from `ledger`.
     PDFReportContent(Report report, const Ledger& ledger, std::vector<std::string> summary,
                      bool summaryIsAI, std::vector<RecurringCharge> recurring, Instant generatedAt);
+    // What the Reports screen and the command line print: the bundle's
+    // figures, with its key facts as the summary.
+    [[nodiscard]] static PDFReportContent ofBundle(const ReportBundle& bundle, const Ledger& ledger,
+                                                   Instant generatedAt);
 
     friend bool operator==(const PDFReportContent&, const PDFReportContent&) = default;
 };
