@@ -15,8 +15,10 @@ using testing::day;
 
 const LocalDate kToday = day(2026, 4, 15);
 
-std::vector<std::string_view> linesOf(const std::string& text) {
-    return text::splitKeepingEmpty(text, '\n');
+// Owned copies: the answers asked for inline are gone by the time a line is read.
+std::vector<std::string> linesOf(const std::string& text) {
+    const auto views = text::splitKeepingEmpty(text, '\n');
+    return {views.begin(), views.end()};
 }
 
 // Ann and Ben each with a card of their own; March has groceries, dining,
@@ -252,7 +254,7 @@ TEST_F(FinanceQueriesTest, TransactionsLargestFirstWithinALimit) {
         << "25 at most";
     EXPECT_EQ(linesOf(FinanceQueries::transactions(ledger(), "2026-03", "2026-03", "", "", 29,
                                                    "Ben Park", 0, kToday)),
-              (std::vector<std::string_view>{
+              (std::vector<std::string>{
                   "Period: Mar 1, 2026 to Mar 31, 2026 (Ben Park)",
                   "1 matching transactions, net \u2212$30.00. Largest first:",
                   "Mar 3, 2026 \u00b7 Corner Shop \u00b7 Groceries \u00b7 \u2212$30.00"}))
