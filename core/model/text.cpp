@@ -1,5 +1,6 @@
 #include "core/model/text.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -117,6 +118,28 @@ std::size_t characterCount(std::string_view text) {
     for (int32_t at = characters->next(); at != icu::BreakIterator::DONE; at = characters->next())
         ++count;
     return count;
+}
+
+std::string firstCharacters(std::string_view text, std::size_t count) {
+    if (isAscii(text) && text.find('\r') == std::string_view::npos)
+        return std::string(text.substr(0, std::min(count, text.size())));
+    const icu::UnicodeString unicode = toUnicode(text);
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> characters(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    int32_t end = 0;
+    if (U_FAILURE(status) || !characters) {
+        end = unicode.moveIndex32(0, static_cast<int32_t>(std::min<std::size_t>(count, INT32_MAX)));
+    } else {
+        characters->setText(unicode);
+        for (std::size_t taken = 0; taken < count; ++taken) {
+            const int32_t next = characters->next();
+            if (next == icu::BreakIterator::DONE)
+                break;
+            end = next;
+        }
+    }
+    return toUTF8(unicode.tempSubString(0, end));
 }
 
 std::vector<std::string_view> splitKeepingEmpty(std::string_view text, char separator) {

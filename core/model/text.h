@@ -30,6 +30,11 @@ namespace copperwick::text {
 // characters.
 [[nodiscard]] std::size_t characterCount(std::string_view text);
 
+// The first `count` characters in the same sense, whole: a letter and its
+// combining marks stay together. Invalid UTF-8 comes back as replacement
+// characters.
+[[nodiscard]] std::string firstCharacters(std::string_view text, std::size_t count);
+
 // The pieces between separators, empty ones included: "1,,2" is three pieces.
 [[nodiscard]] std::vector<std::string_view> splitKeepingEmpty(std::string_view text,
                                                               char separator);

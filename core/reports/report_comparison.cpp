@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <utility>
 
 #include "core/model/checked.h"
 #include "core/model/money.h"
@@ -31,10 +32,13 @@ int64_t ReportComparison::incomeChange() const {
 
 ReportComparison ReportComparison::build(const Ledger& ledger, const ReportFilter& filter,
                                          LocalDate today) {
+    return of(ReportEngine::build(ledger, filter, today),
+              ReportEngine::build(ledger, filter.withSpan(filter.span.previous()), today));
+}
+
+ReportComparison ReportComparison::of(Report current, Report previous) {
     ReportComparison comparison{
-        .current = ReportEngine::build(ledger, filter, today),
-        .previous = ReportEngine::build(ledger, filter.withSpan(filter.span.previous()), today),
-        .categoryChanges = {}};
+        .current = std::move(current), .previous = std::move(previous), .categoryChanges = {}};
     auto& changes = comparison.categoryChanges;
     std::unordered_map<std::string, std::size_t> index;
     for (const auto& line : comparison.current.categories) {

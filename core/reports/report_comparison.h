@@ -34,6 +34,8 @@ struct ReportComparison {
 
     [[nodiscard]] static ReportComparison build(const Ledger& ledger, const ReportFilter& filter,
                                                 LocalDate today);
+    // Any two reports of one scope, `previous` standing for the earlier one.
+    [[nodiscard]] static ReportComparison of(Report current, Report previous);
 
     [[nodiscard]] int64_t spendingChange() const;
     [[nodiscard]] int64_t incomeChange() const;

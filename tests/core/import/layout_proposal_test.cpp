@@ -156,5 +156,25 @@ TEST(LayoutProposal, CheckAllowsOneUnreadableRowInTen) {
     EXPECT_EQ(none.note, "The suggested layout read 0 rows but couldn't read 1.");
 }
 
+TEST(LayoutProposal, CheckTellsWhyALayoutDidntWork) {
+    const auto profile = LayoutProposal::makeProfile(
+        amountGuess(), {{"Date", "Description", "Amount"}}, "custom-test");
+    ASSERT_TRUE(profile);
+    const auto other =
+        LayoutProposal::check(*profile, "bank.csv", "When,What,How much\n03/02/2026,SHOP,-5.00\n");
+    EXPECT_FALSE(other.accepted);
+    ASSERT_TRUE(other.analysis.problem);
+    EXPECT_EQ(other.note, "The suggested layout didn't work: " + *other.analysis.problem);
+    EXPECT_FALSE(other.flippedSigns) << "a file with a problem is never read the other way";
+}
+
+TEST(LayoutProposal, SampleRowsSkipsBlankRecordsAndUnreadableBytes) {
+    EXPECT_EQ(LayoutProposal::sampleRows("a;b;c\n;;\n\n1;2;3\n4;5;6\n", 2),
+              (Rows{{"a", "b", "c"}, {"1", "2", "3"}}));
+    EXPECT_TRUE(LayoutProposal::sampleRows("a,b,c\n\x81,2,3\n", 8).empty())
+        << "neither UTF-8 nor Windows-1252";
+    EXPECT_TRUE(LayoutProposal::sampleRows("", 8).empty());
+}
+
 }  // namespace
 }  // namespace copperwick
