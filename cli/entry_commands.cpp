@@ -75,8 +75,8 @@ void commit(CommandContext& context, LedgerRuntime& runtime,
     const Ledger& ledger = runtime.ledger();
     boost::json::array transactions;
     if (const auto it = made.changed.find(RecordKind::transaction); it != made.changed.end()) {
-        for (const auto& text : it->second) {
-            const LedgerTransaction* transaction = ledger.transaction(Uuid::parse(text));
+        for (const auto& id : it->second.sorted()) {
+            const LedgerTransaction* transaction = ledger.transaction(id.uuid());
             if (!transaction)
                 continue;
             if (context.json) {

@@ -176,7 +176,7 @@ Worked workOut(Ledger ledger, std::vector<ImportFile>& ready, Instant now) {
 
         auto result = commitImport(
             ledger, {ImportCommitItem{file.analysis, std::move(*plan), file.forcedLines}}, now);
-        delta.merge(result.delta);
+        delta.merge(std::move(result.delta));
         for (auto& batch : result.batches)
             worked.committed.emplace_back(file.id, std::move(batch));
     }

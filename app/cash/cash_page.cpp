@@ -158,8 +158,8 @@ void CashPage::changeSaved(const SavedChange& change) {
     if (changed == delta.changed.end())
         return;
     const Ledger& ledger = m_bridge.runtime().ledger();
-    for (const std::string& id : changed->second) {
-        const LedgerTransaction* line = ledger.transaction(Uuid::parse(id));
+    for (const RecordID& id : changed->second) {
+        const LedgerTransaction* line = ledger.transaction(id.uuid());
         const Account* account = line ? ledger.account(line->accountID) : nullptr;
         if (!line || (account && account->type == AccountType::cash)) {
             refresh();

@@ -70,10 +70,9 @@ void TransactionInspector::changeSaved(const SavedChange& change) {
         const auto changed = change.delta->changed.find(RecordKind::transaction);
         const auto deleted = change.delta->deleted.find(RecordKind::transaction);
         for (const Uuid& id : m_ids) {
-            const std::string text = id.text();
             touched = touched ||
-                      (changed != change.delta->changed.end() && changed->second.contains(text)) ||
-                      (deleted != change.delta->deleted.end() && deleted->second.contains(text));
+                      (changed != change.delta->changed.end() && changed->second.contains(id)) ||
+                      (deleted != change.delta->deleted.end() && deleted->second.contains(id));
         }
     }
     if (touched)

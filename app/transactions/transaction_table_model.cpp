@@ -12,8 +12,8 @@ namespace copperwick::app {
 
 namespace {
 
-const LedgerTransaction* lineOf(const Ledger& ledger, const std::string& idText) {
-    const std::optional<Uuid> id = Uuid::parse(idText);
+const LedgerTransaction* lineOf(const Ledger& ledger, const RecordID& recordID) {
+    const std::optional<Uuid> id = recordID.uuid();
     return id ? ledger.transaction(*id) : nullptr;
 }
 
@@ -270,9 +270,9 @@ void TransactionTableModel::changeSaved(const SavedChange& change) {
     }
     const Ledger& live = m_runtime.ledger();
     std::vector<int> rows;
-    for (const std::string& idText : changed->second) {
-        const LedgerTransaction* now = lineOf(live, idText);
-        const LedgerTransaction* before = lineOf(m_ledger, idText);
+    for (const RecordID& id : changed->second) {
+        const LedgerTransaction* now = lineOf(live, id);
+        const LedgerTransaction* before = lineOf(m_ledger, id);
         if (!now || !before) {
             refresh();
             return;

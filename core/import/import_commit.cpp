@@ -96,7 +96,7 @@ ImportCommitResult commitImport(Ledger& ledger, const std::vector<ImportCommitIt
                                 Instant importedAt) {
     ImportCommitResult result;
     LedgerDelta& delta = result.delta;
-    std::vector<Uuid> created;
+    std::vector<LedgerTransaction> created;
     for (const auto& item : items) {
         const FileAnalysis& analysis = item.analysis;
         const ImportPlan& plan = item.plan;
@@ -142,10 +142,7 @@ ImportCommitResult commitImport(Ledger& ledger, const std::vector<ImportCommitIt
                 replacePending(ledger, transaction, *disposition.match,
                                planned.row.cardIdentifier().has_value(), delta);
             }
-            const Uuid id = transaction.id;
-            ledger.transactions.set(id, std::move(transaction));
-            delta.change(RecordKind::transaction, id);
-            created.push_back(id);
+            created.push_back(std::move(transaction));
             if (keepText) {
                 delta.sourceLines.push_back(
                     {batch.id, planned.row.line, std::string(planned.row.rawText())});
@@ -175,7 +172,7 @@ ImportCommitResult commitImport(Ledger& ledger, const std::vector<ImportCommitIt
             }
         }
     }
-    delta.merge(rematch(ledger, created));
+    delta.merge(addMatched(ledger, std::move(created)));
     return result;
 }
 

@@ -43,12 +43,12 @@ int64_t magnitudeAfter(int64_t before, const Ledger& old, const Ledger& updated,
     if (before == std::numeric_limits<int64_t>::max())
         return narrowed(magnitude(updated));
     Wide sum = before;
-    const auto account = [&](const std::map<RecordKind, std::set<std::string>>& ids) {
+    const auto account = [&](const std::map<RecordKind, RecordIDs>& ids) {
         const auto it = ids.find(RecordKind::transaction);
         if (it == ids.end())
             return;
-        for (const auto& text : it->second) {
-            const auto id = Uuid::parse(text);
+        for (const auto& recordID : it->second) {
+            const auto id = recordID.uuid();
             if (!id)
                 continue;
             sum -= magnitudeOf(old.transactions.find(*id));

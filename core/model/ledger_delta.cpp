@@ -6,13 +6,36 @@
 
 namespace copperwick {
 
-void LedgerDelta::change(RecordKind kind, std::string id) {
+RecordID::RecordID(std::string text) {
+    if (const auto id = Uuid::parse(text); id && id->text() == text) {
+        m_uuid = *id;
+        m_isUuid = true;
+    } else {
+        m_text = std::move(text);
+    }
+}
+
+std::vector<RecordID> RecordIDs::sorted() const {
+    std::vector<RecordID> ids(m_ids.begin(), m_ids.end());
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+std::vector<std::string> RecordIDs::texts() const {
+    std::vector<std::string> texts;
+    texts.reserve(m_ids.size());
+    for (const auto& id : sorted())
+        texts.push_back(id.text());
+    return texts;
+}
+
+void LedgerDelta::change(RecordKind kind, RecordID id) {
     if (auto it = deleted.find(kind); it != deleted.end())
         it->second.erase(id);
     changed[kind].insert(std::move(id));
 }
 
-void LedgerDelta::remove(RecordKind kind, std::string id) {
+void LedgerDelta::remove(RecordKind kind, RecordID id) {
     if (auto it = changed.find(kind); it != changed.end())
         it->second.erase(id);
     deleted[kind].insert(std::move(id));

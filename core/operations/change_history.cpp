@@ -13,8 +13,8 @@ std::vector<Uuid> idsOf(const LedgerDelta& delta, RecordKind kind, bool deleted 
     std::vector<Uuid> ids;
     const auto& byKind = deleted ? delta.deleted : delta.changed;
     if (const auto it = byKind.find(kind); it != byKind.end()) {
-        for (const auto& text : it->second) {
-            if (const auto id = Uuid::parse(text))
+        for (const auto& recordID : it->second.sorted()) {
+            if (const auto id = recordID.uuid())
                 ids.push_back(*id);
         }
     }
@@ -45,7 +45,8 @@ ChangeSet changeSetFor(const Ledger& original, const LedgerDelta& delta, std::st
         const auto filings = byKind.find(RecordKind::aiFiling);
         if (filings == byKind.end())
             continue;
-        for (const auto& key : filings->second) {
+        for (const auto& recordID : filings->second.sorted()) {
+            const std::string key = recordID.text();
             if (const AIFiling* before = original.aiFilings.find(key))
                 changeSet.aiFilingsBefore.push_back(*before);
             else if (!deleted)

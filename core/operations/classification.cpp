@@ -53,14 +53,112 @@ std::string_view kindWord(TransactionKind kind) {
 
 }  // namespace
 
-LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids) {
+namespace {
+
+// Names to merchant ids, built on first need: several results may name the
+// same new merchant, and it must be created once.
+class MerchantsByName {
+  public:
+    MerchantsByName(Ledger& ledger, LedgerDelta& delta) : m_ledger(ledger), m_delta(delta) {}
+
+    Uuid idFor(const std::string& name) {
+        if (!m_ids) {
+            m_ids.emplace();
+            for (const auto& merchant : m_ledger.merchants) {
+                auto [it, fresh] = m_ids->try_emplace(text::lowercased(merchant.name), merchant.id);
+                if (!fresh && merchant.id < it->second)
+                    it->second = merchant.id;
+            }
+        }
+        const auto lower = text::lowercased(name);
+        if (const auto it = m_ids->find(lower); it != m_ids->end())
+            return it->second;
+        const Merchant created{.id = Uuid::random(), .name = name};
+        m_ledger.merchants.set(created.id, created);
+        m_delta.change(RecordKind::merchant, created.id);
+        m_ids->emplace(lower, created.id);
+        return created.id;
+    }
+
+  private:
+    Ledger& m_ledger;
+    LedgerDelta& m_delta;
+    std::optional<std::unordered_map<std::string, Uuid>> m_ids;
+};
+
+bool isMatched(const LedgerTransaction& transaction) {
+    return transaction.isActive() && transaction.review != ReviewState::confirmed;
+}
+
+// Runs the matcher over `lines`, in the order given, and calls
+// `take(line, result)` for each one whose filing changes.
+template <typename Take>
+void matchEach(Ledger& ledger, const std::vector<const LedgerTransaction*>& lines,
+               LedgerDelta& delta, Take&& take) {
     const Matcher matcher(ledger);
-    // The lines matching may change, by id so that merchants are created in
-    // the same order on every run. A pointer stays valid until its own
-    // record is replaced, which happens only once we are done with it.
+    std::vector<const std::string*> descriptions;
+    descriptions.reserve(lines.size());
+    for (const LedgerTransaction* transaction : lines)
+        descriptions.push_back(&transaction->rawDescription);
+    const auto texts = matcher.prepareTexts(descriptions);
+    MerchantsByName merchants(ledger, delta);
+
+    for (std::size_t line = 0; line < lines.size(); ++line) {
+        const LedgerTransaction& current = *lines[line];
+        MatchResult result = matcher.match(current, *texts[line]);
+
+        // A pair stands when the text explains nothing. A filing or a
+        // suggestion for the person takes its place like on any other line,
+        // and the pairing at the end decides what becomes of the partner.
+        if (result.review == ReviewState::unresolved &&
+            current.method == MatchMethod::transferPair && current.transferPairID)
+            continue;
+        if (!result.merchantID && result.newMerchantName)
+            result.merchantID = merchants.idFor(*result.newMerchantName);
+        // The model's suggestion keeps waiting for the person.
+        const bool keepsModelSuggestion = result.review == ReviewState::unresolved &&
+                                          current.suggestion &&
+                                          current.suggestion->source == MatchMethod::ai;
+        if (keepsModelSuggestion) {
+            result.method = MatchMethod::ai;
+            result.review = ReviewState::suggested;
+            result.evidence = current.evidence;
+            result.suggestion = current.suggestion.optional();
+        }
+        // Compared before copying: most lines of a full rematch don't change.
+        if (current.kind == result.kind && current.categoryID == result.categoryID &&
+            current.merchantID == result.merchantID && current.method == result.method &&
+            current.review == result.review && current.evidence == result.evidence &&
+            current.suggestion == result.suggestion)
+            continue;
+        take(line, std::move(result));
+    }
+}
+
+void file(LedgerTransaction& transaction, MatchResult&& result) {
+    transaction.kind = result.kind;
+    transaction.categoryID = result.categoryID;
+    transaction.merchantID = result.merchantID;
+    transaction.method = result.method;
+    transaction.evidence = std::move(result.evidence);
+    transaction.review = result.review;
+    transaction.suggestion = std::move(result.suggestion);
+}
+
+// By id, so that merchants are created in the same order on every run.
+void sortByID(std::vector<const LedgerTransaction*>& lines) {
+    std::sort(lines.begin(), lines.end(),
+              [](const LedgerTransaction* a, const LedgerTransaction* b) { return a->id < b->id; });
+}
+
+}  // namespace
+
+LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids) {
+    // A pointer stays valid until its own record is replaced, which happens
+    // only once we are done with it.
     std::vector<const LedgerTransaction*> lines;
     const auto consider = [&](const LedgerTransaction& transaction) {
-        if (transaction.isActive() && transaction.review != ReviewState::confirmed)
+        if (isMatched(transaction))
             lines.push_back(&transaction);
     };
     if (ids) {
@@ -73,77 +171,42 @@ LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids)
         for (const auto& transaction : ledger.transactions)
             consider(transaction);
     }
-    std::sort(lines.begin(), lines.end(),
-              [](const LedgerTransaction* a, const LedgerTransaction* b) { return a->id < b->id; });
+    sortByID(lines);
     lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
-    std::vector<const std::string*> descriptions;
-    descriptions.reserve(lines.size());
-    for (const LedgerTransaction* transaction : lines)
-        descriptions.push_back(&transaction->rawDescription);
-    const auto texts = matcher.prepareTexts(descriptions);
 
     LedgerDelta delta;
-    // Names to merchant ids, built on first need: several results may name
-    // the same new merchant, and it must be created once.
-    std::optional<std::unordered_map<std::string, Uuid>> merchantByName;
-    const auto merchantFor = [&](const std::string& name) {
-        if (!merchantByName) {
-            merchantByName.emplace();
-            for (const auto& merchant : ledger.merchants) {
-                auto [it, fresh] =
-                    merchantByName->try_emplace(text::lowercased(merchant.name), merchant.id);
-                if (!fresh && merchant.id < it->second)
-                    it->second = merchant.id;
-            }
-        }
-        const auto lower = text::lowercased(name);
-        if (const auto it = merchantByName->find(lower); it != merchantByName->end())
-            return it->second;
-        const Merchant created{.id = Uuid::random(), .name = name};
-        ledger.merchants.set(created.id, created);
-        delta.change(RecordKind::merchant, created.id);
-        merchantByName->emplace(lower, created.id);
-        return created.id;
-    };
-
-    for (std::size_t line = 0; line < lines.size(); ++line) {
-        const LedgerTransaction* current = lines[line];
-        const Uuid id = current->id;
-        MatchResult result = matcher.match(*current, *texts[line]);
-
-        // A pair stands when the text explains nothing. A filing or a
-        // suggestion for the person takes its place like on any other line,
-        // and the pairing at the end decides what becomes of the partner.
-        if (result.review == ReviewState::unresolved &&
-            current->method == MatchMethod::transferPair && current->transferPairID)
-            continue;
-        if (!result.merchantID && result.newMerchantName)
-            result.merchantID = merchantFor(*result.newMerchantName);
-        // The model's suggestion keeps waiting for the person.
-        const bool keepsModelSuggestion = result.review == ReviewState::unresolved &&
-                                          current->suggestion &&
-                                          current->suggestion->source == MatchMethod::ai;
-        if (keepsModelSuggestion) {
-            result.method = MatchMethod::ai;
-            result.review = ReviewState::suggested;
-            result.evidence = current->evidence;
-            result.suggestion = current->suggestion.optional();
-        }
-        // Compared before copying: most lines of a full rematch don't change.
-        if (current->kind == result.kind && current->categoryID == result.categoryID &&
-            current->merchantID == result.merchantID && current->method == result.method &&
-            current->review == result.review && current->evidence == result.evidence &&
-            current->suggestion == result.suggestion)
-            continue;
-        LedgerTransaction updated = *current;
-        updated.kind = result.kind;
-        updated.categoryID = result.categoryID;
-        updated.merchantID = result.merchantID;
-        updated.method = result.method;
-        updated.evidence = std::move(result.evidence);
-        updated.review = result.review;
-        updated.suggestion = std::move(result.suggestion);
+    matchEach(ledger, lines, delta, [&](std::size_t line, MatchResult&& result) {
+        LedgerTransaction updated = *lines[line];
+        file(updated, std::move(result));
+        const Uuid id = updated.id;
         ledger.transactions.set(id, std::move(updated));
+        delta.change(RecordKind::transaction, id);
+    });
+    delta.merge(pairTransfers(ledger));
+    return delta;
+}
+
+LedgerDelta addMatched(Ledger& ledger, std::vector<LedgerTransaction> lines) {
+    std::vector<std::size_t> order;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (isMatched(lines[i]))
+            order.push_back(i);
+    }
+    std::sort(order.begin(), order.end(),
+              [&](std::size_t a, std::size_t b) { return lines[a].id < lines[b].id; });
+    std::vector<const LedgerTransaction*> matched;
+    matched.reserve(order.size());
+    for (const std::size_t i : order)
+        matched.push_back(&lines[i]);
+
+    LedgerDelta delta;
+    matchEach(ledger, matched, delta, [&](std::size_t line, MatchResult&& result) {
+        file(lines[order[line]], std::move(result));
+    });
+    delta.changed[RecordKind::transaction].reserve(lines.size());
+    for (auto& transaction : lines) {
+        const Uuid id = transaction.id;
+        ledger.transactions.set(id, std::move(transaction));
         delta.change(RecordKind::transaction, id);
     }
     delta.merge(pairTransfers(ledger));

@@ -44,6 +44,11 @@ void checkClassification(const Ledger& ledger, const Classification& decision);
 [[nodiscard]] LedgerDelta rematch(Ledger& ledger,
                                   const std::optional<std::vector<Uuid>>& ids = std::nullopt);
 
+// Adds new transactions to the ledger, each filed as `rematch` would file it
+// once added, and pairs transfers. Each line is stored once, which for an
+// import of many lines is most of the work saved.
+[[nodiscard]] LedgerDelta addMatched(Ledger& ledger, std::vector<LedgerTransaction> lines);
+
 // Takes the protection off and lets the matcher decide again; undoable.
 [[nodiscard]] LedgerDelta resetToAutomatic(Ledger& ledger, const std::vector<Uuid>& ids,
                                            Instant now);

@@ -213,8 +213,8 @@ class Household {
         if (found == delta.changed.end())
             return;
         std::vector<LedgerTransaction> made;
-        for (const auto& text : found->second) {
-            const LedgerTransaction* transaction = m_ledger.transaction(Uuid::parse(text));
+        for (const auto& id : found->second) {
+            const LedgerTransaction* transaction = m_ledger.transaction(id.uuid());
             if (transaction && startsWith(transaction->fingerprint, "manual:"))
                 made.push_back(*transaction);
         }

@@ -480,7 +480,8 @@ TEST(LedgerRuntime, ApplySaysWhatHappenedAndObserversHearTheDelta) {
     EXPECT_TRUE(saved.saved);
     EXPECT_FALSE(saved.message);
     const Uuid dana = runtime->ledger().people[0].id;
-    EXPECT_EQ(saved.delta.changed.at(RecordKind::person), std::set<std::string>{dana.text()});
+    EXPECT_EQ(saved.delta.changed.at(RecordKind::person).texts(),
+              std::vector<std::string>{dana.text()});
     ASSERT_EQ(heard.size(), 1u);
     EXPECT_EQ(heard[0].revision, runtime->revision());
     EXPECT_EQ(heard[0].delta, saved.delta) << "a table redraws only what the delta names";

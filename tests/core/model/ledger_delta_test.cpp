@@ -16,10 +16,10 @@ TEST(LedgerDelta, LastWordOnAnIdWins) {
     delta.remove(RecordKind::transaction, "A");
     delta.remove(RecordKind::rule, "B");
     delta.change(RecordKind::rule, "B");
-    EXPECT_EQ(delta.changed[RecordKind::transaction].count("A"), 0u);
-    EXPECT_EQ(delta.deleted[RecordKind::transaction].count("A"), 1u);
-    EXPECT_EQ(delta.changed[RecordKind::rule].count("B"), 1u);
-    EXPECT_EQ(delta.deleted[RecordKind::rule].count("B"), 0u);
+    EXPECT_FALSE(delta.changed[RecordKind::transaction].contains("A"));
+    EXPECT_TRUE(delta.deleted[RecordKind::transaction].contains("A"));
+    EXPECT_TRUE(delta.changed[RecordKind::rule].contains("B"));
+    EXPECT_FALSE(delta.deleted[RecordKind::rule].contains("B"));
 }
 
 TEST(LedgerDelta, MergedDeltaCountsAsLater) {
@@ -85,6 +85,28 @@ TEST(LedgerDelta, EmptySetsStillCountAsEmpty) {
     LedgerDelta lines;
     lines.deletedSourceBatches.push_back(Uuid::random());
     EXPECT_FALSE(lines.isEmpty());
+}
+
+// The store writes rows in the order of their keys' texts, whether a key was
+// named by its UUID or spelled out, and one record named both ways is one row.
+TEST(RecordIDs, AUuidAndItsTextAreOneKeyInTheOrderOfTexts) {
+    const auto low = *Uuid::parse("0A000000-0000-4000-8000-000000000000");
+    const auto high = *Uuid::parse("F0000000-0000-4000-8000-000000000000");
+    LedgerDelta delta;
+    delta.change(RecordKind::profile, high);
+    delta.change(RecordKind::profile, "bank-layout");
+    delta.change(RecordKind::profile, low.text());
+    delta.change(RecordKind::profile, low);
+    delta.change(RecordKind::profile, "1-first");
+    const auto& ids = delta.changed[RecordKind::profile];
+    EXPECT_EQ(ids.texts(),
+              (std::vector<std::string>{"0A000000-0000-4000-8000-000000000000", "1-first",
+                                        "F0000000-0000-4000-8000-000000000000", "bank-layout"}));
+    EXPECT_TRUE(ids.contains(RecordID(low.text())));
+    EXPECT_EQ(ids.sorted().front().uuid(), low);
+    EXPECT_EQ(RecordID("bank-layout").uuid(), std::nullopt);
+    // Lower-case hex isn't how the store spells a UUID, so it stays a text of its own.
+    EXPECT_FALSE(ids.contains("0a000000-0000-4000-8000-000000000000"));
 }
 
 }  // namespace

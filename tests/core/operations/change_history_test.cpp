@@ -23,7 +23,8 @@ TEST(ChangeHistoryTest, HistoryKeepsTheLastFifty) {
         if (i < 50)
             EXPECT_FALSE(delta.deleted.contains(RecordKind::change));
         else
-            EXPECT_EQ(delta.deleted.at(RecordKind::change), std::set{ids.front().text()});
+            EXPECT_EQ(delta.deleted.at(RecordKind::change).texts(),
+                      std::vector{ids.front().text()});
     }
     EXPECT_EQ(ledger.changes.size(), 50u);
     EXPECT_EQ(ledger.changes.front().id, ids[1]);

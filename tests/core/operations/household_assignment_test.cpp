@@ -194,7 +194,7 @@ TEST_F(HouseholdAssignmentTest, AssignSpendingIsOneUndoableStep) {
 
     const auto delta =
         assignSpending(ledger(), SpendingAssignment::person(ana), {a, b, Uuid::random()}, kNow);
-    EXPECT_EQ(delta.changed.at(RecordKind::transaction), std::set{a.text()})
+    EXPECT_EQ(delta.changed.at(RecordKind::transaction).texts(), std::vector{a.text()})
         << "b already had the value";
     EXPECT_TRUE(delta.changes(RecordKind::change));
     EXPECT_EQ(ledger().undoLabel(), "Assign household spending");
@@ -243,7 +243,7 @@ TEST_F(HouseholdAssignmentTest, ApplyingOneCardLeavesEverythingElseAlone) {
     const auto elsewhere = line(other, "ab12");
 
     const auto delta = applySpendingDefault(ledger(), family, "ab12", kNow);
-    EXPECT_EQ(delta.changed.at(RecordKind::transaction), std::set{card.text()});
+    EXPECT_EQ(delta.changed.at(RecordKind::transaction).texts(), std::vector{card.text()});
     EXPECT_EQ(get(card).inheritedAssignment, SpendingAssignment::person(ana));
     for (const auto& untouched : {otherCase, otherCard, noCard, handSet, elsewhere})
         EXPECT_FALSE(get(untouched).inheritedAssignment);

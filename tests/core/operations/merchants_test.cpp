@@ -79,7 +79,8 @@ TEST_F(MerchantsTest, PruneKeepsTaughtAndUsedMerchants) {
     EXPECT_NE(merchant(filed), nullptr);
     EXPECT_NE(merchant(usedByVoided), nullptr) << "any state counts as use";
     EXPECT_EQ(merchant(nameOnly), nullptr);
-    EXPECT_EQ(delta.deleted.at(RecordKind::merchant), std::set<std::string>{nameOnly.text()});
+    EXPECT_EQ(delta.deleted.at(RecordKind::merchant).texts(),
+              std::vector<std::string>{nameOnly.text()});
 }
 
 TEST_F(MerchantsTest, UpdateWithApplyNowFilesTheKeysLines) {

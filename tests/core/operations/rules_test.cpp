@@ -59,7 +59,7 @@ TEST_F(RulesTest, AddingMendsAStaleOrder) {
     const Rule c = rule("c", "C", 500);
     const auto delta = addRule(ledger(), c, false, false);
     EXPECT_EQ(ledger().settings->ruleOrder, (std::vector<Uuid>{b.id, a.id, c.id}));
-    EXPECT_EQ(delta.changed.at(RecordKind::rule), std::set<std::string>{c.id.text()});
+    EXPECT_EQ(delta.changed.at(RecordKind::rule).texts(), std::vector<std::string>{c.id.text()});
     EXPECT_TRUE(delta.changes(RecordKind::settings));
 
     const Rule top = rule("top", "T");
