@@ -213,8 +213,10 @@ void LedgerRuntime::openStore() {
         removeAbandonedFiles(m_dataFolder);
         removeAbandonedFiles(m_backups.folder());
         auto store = std::make_unique<LedgerStore>(dataFile());
-        const bool wasEmpty = store->isEmpty();
         Ledger loaded = store->load();
+        // Counting the rows of a file of twenty years reads all of it again;
+        // one whose load met records can't be empty.
+        const bool wasEmpty = !store->loadFoundRecords() && store->isEmpty();
         // A new file keeps its starter categories' ids for good from here on.
         // A demo's file gets the demo's own categories at once instead; saving
         // the starter ones too would leave both sets in it.

@@ -808,6 +808,11 @@ Ledger LedgerStore::loadRecords(sqlite3* db) {
         loadKind(db, RecordKind::aiFiling, unreadable,
                  decodeKeyed<AIFiling>([](const AIFiling& filing) { return filing.key; })));
     auto settings = loadKind(db, RecordKind::settings, unreadable, decodeValue<LedgerSettings>);
+    m_loadFoundRecords = unreadable > 0 || !people.empty() || !accounts.empty() ||
+                         !categories.empty() || !rules.empty() || !ledger.merchants.empty() ||
+                         !ledger.transactions.empty() || !batches.empty() || !budgets.empty() ||
+                         !profiles.empty() || !changes.empty() || !ledger.aiFilings.empty() ||
+                         !settings.empty();
     if (!settings.empty())
         ledger.settings = std::move(settings.back());
 

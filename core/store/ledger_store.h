@@ -121,6 +121,9 @@ class LedgerStore {
                                               const std::filesystem::path& source);
 
     [[nodiscard]] int unreadableRecords() const { return m_unreadableRecords; }
+    // Whether the last load met any record, readable or not. When it did, the
+    // file isn't empty, and a runtime needn't count a table it has just read.
+    [[nodiscard]] bool loadFoundRecords() const { return m_loadFoundRecords; }
     [[nodiscard]] const std::filesystem::path& file() const { return m_file; }
     // The user_version the file had when it was opened (before migration).
     [[nodiscard]] int openedAtVersion() const { return m_openedAtVersion; }
@@ -137,6 +140,7 @@ class LedgerStore {
     std::unique_ptr<detail::LogCopier> m_logCopier;
     mutable std::mutex m_mutex;
     int m_unreadableRecords = 0;
+    bool m_loadFoundRecords = false;
     int m_openedAtVersion = 0;
     // data_version when the records were last loaded or saved here.
     int64_t m_knownVersion = 0;
