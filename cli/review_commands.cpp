@@ -228,8 +228,7 @@ std::optional<DecisionTarget> decisionTarget(CommandContext& context, const Ledg
                                              const std::vector<Uuid>& listed) {
     DecisionTarget target;
     if (!groupID.empty()) {
-        const auto groups = ReviewQueue::groups(ledger);
-        const ReviewGroup* group = findGroup(groups, groupID);
+        const auto group = ReviewQueue::group(ledger, groupID);
         if (!group && reportNoGroup(context, groupID))
             return std::nullopt;
         target.ids = group->transactionIDs;

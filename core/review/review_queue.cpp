@@ -1,6 +1,7 @@
 #include "core/review/review_queue.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <set>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "core/matching/merchant_keys.h"
 #include "core/matching/merchant_text.h"
 #include "core/model/checked.h"
+#include "core/model/text.h"
 
 namespace copperwick {
 
@@ -22,6 +24,16 @@ bool earlier(const LedgerTransaction* a, const LedgerTransaction* b) {
 
 int64_t magnitude(int64_t cents) {
     return cents < 0 ? checked::neg(cents) : cents;
+}
+
+// The queue's order: most lines first, then most money.
+bool listedBefore(const ReviewGroup& a, const ReviewGroup& b) {
+    if (a.transactionIDs.size() != b.transactionIDs.size())
+        return a.transactionIDs.size() > b.transactionIDs.size();
+    const int64_t aTotal = magnitude(a.total), bTotal = magnitude(b.total);
+    if (aTotal != bTotal)
+        return aTotal > bTotal;
+    return a.id < b.id;
 }
 
 ReviewGroup makeGroup(std::string id, std::vector<const LedgerTransaction*>& lines,
@@ -80,32 +92,86 @@ std::vector<ReviewGroup> groups(const Ledger& ledger) {
 
 std::vector<ReviewGroup> makeGroups(const std::vector<const LedgerTransaction*>& transactions,
                                     const Ledger& ledger) {
-    std::vector<const std::string*> descriptions;
-    descriptions.reserve(transactions.size());
-    for (const LedgerTransaction* transaction : transactions)
-        descriptions.push_back(&transaction->rawDescription);
-    std::vector<std::string> ids(transactions.size());
-    MerchantKeys::visit(descriptions, [&](std::size_t i, std::string_view key) {
-        ids[i] = (transactions[i]->amount > 0 ? "in|" : "out|") + std::string(key);
-    });
+    // Far fewer texts than lines: each distinct text is keyed once, and the
+    // lines of a text go to its group by number.
+    std::unordered_map<std::string_view, std::size_t> textNumbers;
+    std::vector<const std::string*> texts;
+    std::vector<std::size_t> textOf(transactions.size());
+    for (std::size_t i = 0; i < transactions.size(); ++i) {
+        const std::string& text = transactions[i]->rawDescription;
+        const auto [it, fresh] = textNumbers.try_emplace(text, texts.size());
+        if (fresh)
+            texts.push_back(&text);
+        textOf[i] = it->second;
+    }
+    std::vector<std::string> keys(texts.size());
+    MerchantKeys::visit(texts, [&](std::size_t i, std::string_view key) { keys[i] = key; });
 
-    std::unordered_map<std::string, std::vector<const LedgerTransaction*>> byText;
-    for (std::size_t i = 0; i < transactions.size(); ++i)
-        byText[ids[i]].push_back(transactions[i]);
+    constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    std::vector<std::array<std::size_t, 2>> groupOf(texts.size(), {kNone, kNone});
+    std::unordered_map<std::string, std::size_t> groupNumbers;
+    std::vector<std::pair<std::string, std::vector<const LedgerTransaction*>>> byID;
+    for (std::size_t i = 0; i < transactions.size(); ++i) {
+        const bool isIn = transactions[i]->amount > 0;
+        std::size_t& group = groupOf[textOf[i]][isIn ? 1 : 0];
+        if (group == kNone) {
+            std::string id = (isIn ? "in|" : "out|") + keys[textOf[i]];
+            const auto [it, fresh] = groupNumbers.try_emplace(id, byID.size());
+            if (fresh)
+                byID.emplace_back(std::move(id), std::vector<const LedgerTransaction*>{});
+            group = it->second;
+        }
+        byID[group].second.push_back(transactions[i]);
+    }
 
     std::vector<ReviewGroup> result;
-    result.reserve(byText.size());
-    for (auto& [id, lines] : byText)
-        result.push_back(makeGroup(id, lines, ledger));
-    std::sort(result.begin(), result.end(), [](const ReviewGroup& a, const ReviewGroup& b) {
-        if (a.transactionIDs.size() != b.transactionIDs.size())
-            return a.transactionIDs.size() > b.transactionIDs.size();
-        const int64_t aTotal = magnitude(a.total), bTotal = magnitude(b.total);
-        if (aTotal != bTotal)
-            return aTotal > bTotal;
-        return a.id < b.id;
-    });
+    result.reserve(byID.size());
+    for (auto& [id, lines] : byID)
+        result.push_back(makeGroup(std::move(id), lines, ledger));
+    std::sort(result.begin(), result.end(), listedBefore);
     return result;
+}
+
+std::optional<ReviewGroup> group(const Ledger& ledger, std::string_view id) {
+    const auto bar = id.find('|');
+    if (bar == std::string_view::npos)
+        return std::nullopt;
+    const std::string_view direction = id.substr(0, bar);
+    const bool isIn = text::equalsIgnoringCase(direction, "in");
+    if (!isIn && !text::equalsIgnoringCase(direction, "out"))
+        return std::nullopt;
+    const std::string_view key = id.substr(bar + 1);
+
+    // Which of the keys that match each distinct text has, worked out once per
+    // text. Keys that differ only in case are groups of their own, and the one
+    // the queue lists first is the one meant.
+    constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    std::unordered_map<std::string_view, std::size_t> keyNumbers;
+    std::vector<std::pair<std::string, std::vector<const LedgerTransaction*>>> matching;
+    for (const auto& transaction : ledger.transactions) {
+        if (!transaction.needsReview() || (transaction.amount > 0) != isIn)
+            continue;
+        auto [it, fresh] = keyNumbers.try_emplace(transaction.rawDescription, kNone);
+        if (fresh) {
+            std::string own = MerchantKeys::of(it->first);
+            if (text::equalsIgnoringCase(own, key)) {
+                const auto same =
+                    std::find_if(matching.begin(), matching.end(),
+                                 [&](const auto& entry) { return entry.first == own; });
+                it->second = static_cast<std::size_t>(same - matching.begin());
+                if (same == matching.end())
+                    matching.emplace_back(std::move(own), std::vector<const LedgerTransaction*>{});
+            }
+        }
+        if (it->second != kNone)
+            matching[it->second].second.push_back(&transaction);
+    }
+    std::vector<ReviewGroup> found;
+    for (auto& [own, lines] : matching)
+        found.push_back(makeGroup((isIn ? "in|" : "out|") + own, lines, ledger));
+    if (found.empty())
+        return std::nullopt;
+    return *std::min_element(found.begin(), found.end(), listedBefore);
 }
 
 std::vector<LedgerTransaction> stalePending(const Ledger& ledger, LocalDate today) {

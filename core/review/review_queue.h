@@ -6,6 +6,7 @@
 // caller holds a copy. Decisions on a group go through classify().
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/model/ledger.h"
@@ -36,6 +37,11 @@ namespace ReviewQueue {
 // Every live line that is suggested or unresolved, grouped, in the order a
 // person should decide them: most lines first, then most money.
 [[nodiscard]] std::vector<ReviewGroup> groups(const Ledger& ledger);
+
+// The group of `groups` with this id, in any case, or absent when nothing
+// waiting has it; it costs one look at each waiting line, not the grouping
+// of all of them.
+[[nodiscard]] std::optional<ReviewGroup> group(const Ledger& ledger, std::string_view id);
 
 // The same grouping for any given lines.
 [[nodiscard]] std::vector<ReviewGroup> makeGroups(

@@ -52,6 +52,30 @@ TEST_F(ReviewQueueTest, RefundsGroupApartFromPurchasesAndZeroCountsAsOut) {
     EXPECT_EQ(groups[1].accountNames, std::vector<std::string>{"Card"});
 }
 
+// One group is looked up without grouping the whole queue; it must be the
+// very group the queue lists, whatever spelling of its id was typed, and
+// texts that differ but share a key belong to it together.
+TEST_F(ReviewQueueTest, OneGroupLookedUpIsTheGroupTheQueueLists) {
+    builder.transaction(checking, "BLUE BOTTLE COFFEE #12", -450, day(2026, 3, 2));
+    builder.transaction(card, "BLUE BOTTLE COFFEE #97", -300, day(2026, 3, 4));
+    builder.transaction(card, "BLUE BOTTLE COFFEE", 450, day(2026, 3, 3));
+    builder.transaction(checking, "RENT", -100000, day(2026, 3, 1));
+    const auto filed = builder.transaction(checking, "RENT", -100000, day(2026, 4, 1));
+    builder.change(filed, [](LedgerTransaction& t) { t.review = ReviewState::automatic; });
+    const auto groups = ReviewQueue::groups(ledger());
+    ASSERT_EQ(groups.size(), 3u);
+    for (const auto& listed : groups) {
+        EXPECT_EQ(ReviewQueue::group(ledger(), listed.id), listed) << listed.id;
+        std::string lower = listed.id;
+        std::transform(lower.begin(), lower.end(), lower.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        EXPECT_EQ(ReviewQueue::group(ledger(), lower), listed) << lower;
+    }
+    EXPECT_EQ(ReviewQueue::group(ledger(), "in|RENT"), std::nullopt) << "no money came in";
+    EXPECT_EQ(ReviewQueue::group(ledger(), "RENT"), std::nullopt);
+    EXPECT_EQ(ReviewQueue::group(ledger(), "sideways|RENT"), std::nullopt);
+}
+
 TEST_F(ReviewQueueTest, OnlyLiveWaitingLinesAreGrouped) {
     const auto filed = builder.transaction(checking, "RENT", -100);
     builder.change(filed, [](LedgerTransaction& t) { t.review = ReviewState::automatic; });
