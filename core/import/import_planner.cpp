@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -125,7 +126,7 @@ class Planner {
 
     std::optional<RowDisposition> exactMatch(const ParsedRow& row) {
         if (const auto externalID = row.externalID()) {
-            const auto it = m_byExternalID.find(std::string(*externalID));
+            const auto it = m_byExternalID.find(*externalID);
             if (it != m_byExternalID.end()) {
                 const LedgerTransaction* only = nullptr;
                 int count = 0;
@@ -239,8 +240,10 @@ class Planner {
     const FileAnalysis& m_analysis;
     std::vector<const LedgerTransaction*> m_existing;
     std::unordered_map<Uuid, std::string> m_fileHashOfBatch;
-    std::unordered_map<std::string, std::vector<const LedgerTransaction*>> m_byFingerprint;
-    std::unordered_map<std::string, std::vector<const LedgerTransaction*>> m_byExternalID;
+    // Keyed by views of the ledger's own texts, which outlive the planner:
+    // a plan against twenty years of lines would otherwise copy every one.
+    std::unordered_map<std::string_view, std::vector<const LedgerTransaction*>> m_byFingerprint;
+    std::unordered_map<std::string_view, std::vector<const LedgerTransaction*>> m_byExternalID;
     std::unordered_set<Uuid> m_claimed;
     std::unordered_map<Uuid, std::string> m_keys;
 };
