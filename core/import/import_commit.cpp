@@ -96,7 +96,7 @@ ImportCommitResult commitImport(Ledger& ledger, const std::vector<ImportCommitIt
                                 Instant importedAt) {
     ImportCommitResult result;
     LedgerDelta& delta = result.delta;
-    std::vector<LedgerTransaction> created;
+    std::vector<std::shared_ptr<LedgerTransaction>> created;
     for (const auto& item : items) {
         const FileAnalysis& analysis = item.analysis;
         const ImportPlan& plan = item.plan;
@@ -137,9 +137,10 @@ ImportCommitResult commitImport(Ledger& ledger, const std::vector<ImportCommitIt
                     ++counts.replacedPending;
                     break;
             }
-            LedgerTransaction transaction = makeTransaction(ledger, account, batch.id, planned.row);
+            auto transaction = std::make_shared<LedgerTransaction>(
+                makeTransaction(ledger, account, batch.id, planned.row));
             if (disposition.kind == Kind::replacesPending && disposition.match) {
-                replacePending(ledger, transaction, *disposition.match,
+                replacePending(ledger, *transaction, *disposition.match,
                                planned.row.cardIdentifier().has_value(), delta);
             }
             created.push_back(std::move(transaction));

@@ -186,27 +186,31 @@ LedgerDelta rematch(Ledger& ledger, const std::optional<std::vector<Uuid>>& ids)
     return delta;
 }
 
-LedgerDelta addMatched(Ledger& ledger, std::vector<LedgerTransaction> lines) {
+LedgerDelta addMatched(Ledger& ledger, std::vector<std::shared_ptr<LedgerTransaction>> lines) {
     std::vector<std::size_t> order;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (isMatched(lines[i]))
+        if (isMatched(*lines[i]))
             order.push_back(i);
     }
     std::sort(order.begin(), order.end(),
-              [&](std::size_t a, std::size_t b) { return lines[a].id < lines[b].id; });
+              [&](std::size_t a, std::size_t b) { return lines[a]->id < lines[b]->id; });
     std::vector<const LedgerTransaction*> matched;
     matched.reserve(order.size());
     for (const std::size_t i : order)
-        matched.push_back(&lines[i]);
+        matched.push_back(lines[i].get());
 
     LedgerDelta delta;
     matchEach(ledger, matched, delta, [&](std::size_t line, MatchResult&& result) {
-        file(lines[order[line]], std::move(result));
+        file(*lines[order[line]], std::move(result));
     });
     delta.changed[RecordKind::transaction].reserve(lines.size());
+    // Lines enough to touch every chunk of the map grow each chunk once,
+    // not by doubling as they arrive.
+    if (lines.size() >= SharedMap<Uuid, LedgerTransaction>::chunkCount())
+        ledger.transactions.reserve(ledger.transactions.size() + lines.size());
     for (auto& transaction : lines) {
-        const Uuid id = transaction.id;
-        ledger.transactions.set(id, std::move(transaction));
+        const Uuid id = transaction->id;
+        ledger.transactions.setShared(id, std::move(transaction));
         delta.change(RecordKind::transaction, id);
     }
     delta.merge(pairTransfers(ledger));

@@ -10,6 +10,7 @@
 // isn't protected. Each function changes the given ledger and returns what it
 // changed; the undoable ones also record their step in the history.
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,9 +46,10 @@ void checkClassification(const Ledger& ledger, const Classification& decision);
                                   const std::optional<std::vector<Uuid>>& ids = std::nullopt);
 
 // Adds new transactions to the ledger, each filed as `rematch` would file it
-// once added, and pairs transfers. Each line is stored once, which for an
-// import of many lines is most of the work saved.
-[[nodiscard]] LedgerDelta addMatched(Ledger& ledger, std::vector<LedgerTransaction> lines);
+// once added, and pairs transfers. Each line is made and stored once, which
+// for an import of many lines is most of the work saved.
+[[nodiscard]] LedgerDelta addMatched(Ledger& ledger,
+                                     std::vector<std::shared_ptr<LedgerTransaction>> lines);
 
 // Takes the protection off and lets the matcher decide again; undoable.
 [[nodiscard]] LedgerDelta resetToAutomatic(Ledger& ledger, const std::vector<Uuid>& ids,
