@@ -441,8 +441,9 @@ void ImportModel::receive(const std::filesystem::path& url, std::shared_ptr<cons
     m_files.push_back(std::move(file));
     replan(id, runtime);
     const ImportFile* added = this->file(id);
+    // Only a bank export in columns nobody recognised: its gaps say so.
     if (m_intelligence && m_setsUpLayoutsItself && added && !added->analysis.profile &&
-        !added->analysis.problem) {
+        !added->analysis.layoutGaps.empty()) {
         const auto on = m_intelligence->switches();
         if (on.enabled && on.setUpLayouts)
             startLayout(id, runtime, /*quiet=*/true);

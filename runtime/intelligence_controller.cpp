@@ -182,14 +182,8 @@ void IntelligenceController::afterImport() {
     if (!on.enabled)
         return;
     std::vector<ReviewGroup> groups;
-    if (on.autoSuggest) {
-        for (auto& group : ReviewQueue::groups(m_runtime.ledger())) {
-            const bool suggestedByModel =
-                group.suggestion && group.suggestion->source == MatchMethod::ai;
-            if (!suggestedByModel && !isPaymentToAPerson(group))
-                groups.push_back(std::move(group));
-        }
-    }
+    if (on.autoSuggest)
+        groups = groupsToLookAt(m_runtime.ledger());
     if (groups.empty()) {
         if (on.tidyNames)
             startTidy(/*quiet=*/true);
@@ -203,7 +197,18 @@ void IntelligenceController::afterImport() {
     start(std::move(groups));
 }
 
-void IntelligenceController::start(std::vector<ReviewGroup> groups) {
+std::vector<ReviewGroup> IntelligenceController::groupsToLookAt(const Ledger& ledger) {
+    std::vector<ReviewGroup> groups;
+    for (auto& group : ReviewQueue::groups(ledger)) {
+        const bool suggestedByModel =
+            group.suggestion && group.suggestion->source == MatchMethod::ai;
+        if (!suggestedByModel && !isPaymentToAPerson(group))
+            groups.push_back(std::move(group));
+    }
+    return groups;
+}
+
+void IntelligenceController::start(std::vector<ReviewGroup> groups, bool suggestOnly) {
     const auto on = switches();
     // afterImport prepares its run before starting it; a run by hand has none yet.
     const bool prepared = m_look && !m_isSuggesting;
@@ -221,7 +226,7 @@ void IntelligenceController::start(std::vector<ReviewGroup> groups) {
     LookRun& run = *m_look;
     run.groups = std::move(groups);
     run.snapshot = m_runtime.ledger();
-    run.autoFile = on.autoFile;
+    run.autoFile = on.autoFile && !suggestOnly;
     run.rejectedKeys = run.snapshot.rejectedAIKeys();
     m_isSuggesting = true;
     m_isFilingTransactions = run.autoFile;
@@ -236,8 +241,8 @@ void IntelligenceController::cancel() {
         m_tidy->stop->store(true);
 }
 
-void IntelligenceController::lookAt(std::vector<ReviewGroup> groups) {
-    start(std::move(groups));
+void IntelligenceController::lookAt(std::vector<ReviewGroup> groups, bool suggestOnly) {
+    start(std::move(groups), suggestOnly);
     wait();
 }
 

@@ -128,23 +128,26 @@ class IntelligenceController {
                                                                std::string_view endpoint,
                                                                std::optional<std::string> model);
 
-    // Once an import has landed: looks at the new review groups (leaving
-    // out those the model already suggested for, and payments to people,
-    // whose purpose no text tells) and then tidies merchant names, as the
-    // switches say. Says nothing when Local AI is off or unavailable.
+    // Once an import has landed: looks at groupsToLookAt and then tidies
+    // merchant names, as the switches say. Says nothing when Local AI is off
+    // or unavailable.
     void afterImport();
+    // The review groups a run looks at when nobody chose: all but those the
+    // model already suggested for, and payments to people, whose purpose no
+    // text tells.
+    [[nodiscard]] static std::vector<ReviewGroup> groupsToLookAt(const Ledger& ledger);
     // A run over the given groups, the first 100 in their order: files what
-    // the model is sure of, with "Copperwick.aiAutoFile" on and the key
-    // never rejected by the person, or else suggests. Suggestions are saved
-    // one by one, filings all at once at the end, as one undoable step.
-    // The status message says what came of it. A run already going ends
-    // the call.
-    void start(std::vector<ReviewGroup> groups);
+    // the model is sure of, with "Copperwick.aiAutoFile" on (and not
+    // `suggestOnly`) and the key never rejected by the person, or else
+    // suggests. Suggestions are saved one by one, filings all at once at the
+    // end, as one undoable step. The status message says what came of it. A
+    // run already going ends the call.
+    void start(std::vector<ReviewGroup> groups, bool suggestOnly = false);
     // Stops the run after the call in progress; what was found so far is
     // still filed.
     void cancel();
     // start() and wait().
-    void lookAt(std::vector<ReviewGroup> groups);
+    void lookAt(std::vector<ReviewGroup> groups, bool suggestOnly = false);
     // Tidier names for at most 40 merchants whose names look like raw bank
     // text, kept where they still name the same business; one undoable step.
     void tidyMerchantNames();

@@ -629,5 +629,35 @@ TEST_F(IntelligenceTest, TheImportSessionAsksForLayoutsAndLooksAfterItsImport) {
     EXPECT_EQ(filed, 1u);
 }
 
+TEST_F(IntelligenceTest, TheImportScreenLetsTheModelReadUnknownFilesAsTheyArrive) {
+    ImportModel model;
+    model.setIntelligence(&intelligence, /*setsUpLayoutsItself=*/true);
+    server.onChat([](const json::object&) { return FakeModelServer::structured(layoutDraft(3)); });
+    const auto drop = [&](const std::string& name) {
+        const auto file = folder / name;
+        testing::writeFile(file, std::string(kOddFile));
+        model.add({file}, runtime);
+        model.waitForAnalyses(runtime);
+        intelligence.wait();
+        return model.files().back().layoutHelp;
+    };
+    EXPECT_EQ(drop("first.csv").text,
+              "Local AI set up this layout and Copperwick read 6 rows with it.");
+
+    runtime.defaults().set(preference_keys::aiSetUpLayouts, false);
+    const auto chats = server.chats().size();
+    EXPECT_EQ(drop("second.csv"), ImportFile::LayoutHelp{});
+    EXPECT_EQ(server.chats().size(), chats);
+
+    // Without a model nobody asked for, the file waits for the mapping form
+    // with nothing said about the model.
+    runtime.defaults().set(preference_keys::aiSetUpLayouts, true);
+    runtime.defaults().remove(preference_keys::aiEndpoint);
+    EXPECT_EQ(drop("third.csv"), ImportFile::LayoutHelp{});
+    EXPECT_EQ(model.files().back().blocker(),
+              "Copperwick doesn't recognize this layout yet. Choose which columns hold the date, "
+              "description and amount.");
+}
+
 }  // namespace
 }  // namespace copperwick
