@@ -145,6 +145,16 @@ void runLook(CommandContext& context, const LookOptions& options) {
             groups.push_back(*found);
         }
     }
+    if (groups.empty()) {
+        if (context.json) {
+            printJSON(context, boost::json::object{{"statusMessage", nullptr},
+                                                   {"filedIDs", boost::json::array()},
+                                                   {"suggestedGroupIDs", boost::json::array()}});
+        } else {
+            context.out << "Nothing in Review is left for Local AI to look at.\n";
+        }
+        return;
+    }
     IntelligenceController intelligence(*runtime);
     if (const auto refusal = localAIRefusal(intelligence)) {
         context.err << *refusal << '\n';
@@ -156,7 +166,7 @@ void runLook(CommandContext& context, const LookOptions& options) {
     for (const auto* transaction : runtime->ledger().aiFiledUnchecked())
         filedBefore.insert(transaction->id);
     runtime->setStatusMessage(std::nullopt);
-    if (!groups.empty()) {
+    {
         const ProgressLines progress(intelligence, context.err);
         intelligence.lookAt(std::move(groups), options.suggestOnly);
     }

@@ -330,8 +330,22 @@ TEST_F(AICommandsTest, AFilingShowsEverywhereAndUndoTakesTheRunBack) {
     EXPECT_TRUE(after.at("aiFiled").as_array().empty());
     EXPECT_TRUE(json({"transactions", "--ai-filed"}).as_array().empty());
 
-    // Looks right: the filing becomes the person's own.
+    // The person files what the model couldn't; the model files the rest,
+    // and then nothing is left to ask it about.
+    for (const auto& waitingGroup : after.at("groups").as_array()) {
+        if (waitingGroup.at("key") != "ZEPHYR BEANS") {
+            ASSERT_EQ(run({"classify", std::string(waitingGroup.at("id").as_string()), "--category",
+                           "Shopping"})
+                          .code,
+                      0);
+        }
+    }
     ASSERT_EQ(run({"ai", "look"}).code, 0);
+    const auto chats = server.chats().size();
+    EXPECT_EQ(run({"ai", "look"}).out, "Nothing in Review is left for Local AI to look at.\n");
+    EXPECT_EQ(server.chats().size(), chats);
+
+    // Looks right: the filing becomes the person's own.
     const auto kept = json({"ai", "confirm", group});
     EXPECT_EQ(kept.at("changed"), true);
     EXPECT_EQ(kept.at("label"), "Keep Local AI filing");

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -18,16 +20,20 @@ namespace {
 class IsolatedPreferences : public ::testing::Environment {
   public:
     void SetUp() override {
+        if (const char* before = std::getenv("XDG_CONFIG_HOME"))
+            m_before = before;
         m_folder = std::make_unique<TempFolder>();
         ::setenv("XDG_CONFIG_HOME", (m_folder->path() / "config").c_str(), 1);
     }
     void TearDown() override {
-        ::unsetenv("XDG_CONFIG_HOME");
+        m_before ? ::setenv("XDG_CONFIG_HOME", m_before->c_str(), 1)
+                 : ::unsetenv("XDG_CONFIG_HOME");
         m_folder.reset();
     }
 
   private:
     std::unique_ptr<TempFolder> m_folder;
+    std::optional<std::string> m_before;
 };
 
 [[maybe_unused]] const auto* const kIsolated =

@@ -629,6 +629,33 @@ TEST_F(IntelligenceTest, TheImportSessionAsksForLayoutsAndLooksAfterItsImport) {
     EXPECT_EQ(filed, 1u);
 }
 
+TEST(IntelligenceController, TheDemosRunIsTakenBackByOneUndo) {
+    TempFolder folder;
+    FakeModelServer server;
+    Preferences(Preferences::liveFile(folder / "config"))
+        .set(preference_keys::aiEndpoint, server.endpoint());
+    server.onChat([](const json::object& request) {
+        const auto key = lineOf(FakeModelServer::said(request, "user"), "Cleaned: ");
+        if (key == "DEMO COFFEE RSTRS")
+            return FakeModelServer::structured(guess("Demo Coffee Roasters", "Dining", "expense"));
+        if (key == "4417 DEMO MARKET")
+            return FakeModelServer::structured(guess("Demo Market", "Groceries", "expense"));
+        return FakeModelServer::structured(guess("unknown", "", "unknown"));
+    });
+    LedgerRuntime demo(RuntimeOptions{.demo = true, .preferencesFolder = folder / "config"});
+    IntelligenceController intelligence(demo, quickLimits());
+    const Ledger before = demo.ledger();
+    intelligence.lookAt(IntelligenceController::groupsToLookAt(before));
+    EXPECT_EQ(demo.statusMessage().value_or("").rfind("Local AI filed 5 transactions.", 0), 0u)
+        << demo.statusMessage().value_or("");
+    EXPECT_EQ(demo.ledger().aiFiledUnchecked().size(), before.aiFiledUnchecked().size() + 5);
+
+    ASSERT_TRUE(demo.undoLastChange());
+    EXPECT_EQ(demo.ledger().transactions, before.transactions);
+    EXPECT_EQ(demo.ledger().aiFilings, before.aiFilings);
+    EXPECT_EQ(demo.ledger().merchants, before.merchants);
+}
+
 TEST_F(IntelligenceTest, TheImportScreenLetsTheModelReadUnknownFilesAsTheyArrive) {
     ImportModel model;
     model.setIntelligence(&intelligence, /*setsUpLayoutsItself=*/true);
