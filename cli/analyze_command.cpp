@@ -1,6 +1,7 @@
-// `copperwick analyze FILE... [--flip-signs] [--layout ID]`: what reading each
-// bank file finds, without touching the ledger.
+// `copperwick analyze FILE... [--flip-signs] [--layout ID] [--ai-layout]`:
+// what reading each bank file finds, without touching the ledger.
 
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <variant>
@@ -18,6 +19,7 @@
 #include "core/model/money.h"
 #include "core/model/record_json.h"
 #include "runtime/import_model.h"
+#include "runtime/intelligence_controller.h"
 
 namespace copperwick::cli {
 
@@ -27,6 +29,7 @@ struct AnalyzeOptions {
     std::vector<std::string> files;
     bool flipSigns = false;
     std::string layout;
+    bool aiLayout = false;
 };
 
 template <typename T>
@@ -89,9 +92,13 @@ boost::json::object rowJSON(const ParsedRow& row) {
 
 // Row by row: a large file's rows as one JSON document would take many
 // times the memory of the rows themselves.
-void writeAnalysis(JSONStream& json, const FileAnalysis& analysis) {
+void writeAnalysis(JSONStream& json, const FileAnalysis& analysis,
+                   const std::optional<std::string>& aiLayout) {
     json.beginObject();
-    json.members(analysisHead(analysis));
+    auto head = analysisHead(analysis);
+    if (aiLayout)
+        head["aiLayout"] = *aiLayout;
+    json.members(head);
     json.key("rows");
     json.beginArray();
     for (const auto& row : analysis.rows)
@@ -185,6 +192,9 @@ void runAnalyze(CommandContext& context, const AnalyzeOptions& options) {
         json.emplace(context.out);
         json->beginArray();
     }
+    std::optional<IntelligenceController> intelligence;
+    if (options.aiLayout)
+        intelligence.emplace(*runtime);
     for (const auto& file : options.files) {
         auto read = readBankFile(file);
         if (const auto* problem = std::get_if<BankFileProblem>(&read)) {
@@ -205,10 +215,28 @@ void runAnalyze(CommandContext& context, const AnalyzeOptions& options) {
                        : ImportAnalyzer::analyze(name, part.data, profiles, options.flipSigns);
             if (!part.label.empty())
                 analysis.fileName = StatementFiles::partName(name, part.label);
+            // Columns nobody recognised: Local AI reads them, and the file is
+            // shown as its layout reads it when that layout holds.
+            std::optional<std::string> aiLayout;
+            if (intelligence && !analysis.profile && !analysis.layoutGaps.empty()) {
+                std::optional<LayoutOutcome> outcome;
+                intelligence->proposeLayout(
+                    name, std::make_shared<const std::string>(part.data),
+                    [&](LayoutOutcome given) { outcome = std::move(given); });
+                intelligence->wait();
+                aiLayout = outcome->message;
+                if (outcome->check.accepted) {
+                    const std::string fileName = analysis.fileName;
+                    analysis = std::move(outcome->check.analysis);
+                    analysis.fileName = fileName;
+                }
+            }
             if (json) {
-                writeAnalysis(*json, analysis);
+                writeAnalysis(*json, analysis, aiLayout);
             } else {
                 printAnalysis(context.out, analysis);
+                if (aiLayout)
+                    context.out << "  " << *aiLayout << '\n';
             }
         }
     }
@@ -231,6 +259,10 @@ void addAnalyzeCommand(CLI::App& app, CommandContext& context) {
         ->add_option("--layout", options->layout,
                      "Read the files with this layout (see 'layouts list')")
         ->type_name("ID");
+    analyze
+        ->add_flag("--ai-layout", options->aiLayout,
+                   "Let Local AI read the columns of a file no layout fits")
+        ->excludes("--layout");
     analyze->callback([&context, options] { runAnalyze(context, *options); });
 }
 

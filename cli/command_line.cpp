@@ -95,6 +95,8 @@ class CommandLine {
         addReportCommand(m_app, m_context);
         addBudgetCommands(m_app, m_context);
         addNotesCommands(m_app, m_context);
+        addAICommands(m_app, m_context);
+        addAskCommands(m_app, m_context);
         addReviewCommands(m_app, m_context);
         addRulesCommands(m_app, m_context);
         addMerchantsCommands(m_app, m_context);

@@ -36,6 +36,9 @@ void addMaintenanceCommands(CLI::App& app, CommandContext& context);
 void addReportCommand(CLI::App& app, CommandContext& context);
 void addBudgetCommands(CLI::App& app, CommandContext& context);
 void addNotesCommands(CLI::App& app, CommandContext& context);
+void addAICommands(CLI::App& app, CommandContext& context);
+void addAskCommands(CLI::App& app, CommandContext& context);
+// Adds `ai confirm`, so it comes after addAICommands.
 void addReviewCommands(CLI::App& app, CommandContext& context);
 void addRulesCommands(CLI::App& app, CommandContext& context);
 void addMerchantsCommands(CLI::App& app, CommandContext& context);

@@ -32,6 +32,7 @@
 #include "core/operations/upsert_account.h"
 #include "runtime/import_model.h"
 #include "runtime/instant_text.h"
+#include "runtime/intelligence_controller.h"
 
 namespace copperwick::cli {
 
@@ -51,6 +52,7 @@ struct ImportOptions {
     std::string layout;
     std::string archive;
     bool dryRun = false;
+    bool aiLayout = false;
 };
 
 std::string accountText(const Ledger& ledger, const ImportFile& file) {
@@ -171,8 +173,15 @@ boost::json::value orNull(const std::optional<T>& value, F&& convert) {
 
 // Row by row: a large file's plan as one JSON document would take many
 // times the memory of the plan itself.
-void writePlan(JSONStream& json, const ImportFile& file) {
+void writePlan(JSONStream& json, const ImportFile& file, bool aiLayout) {
     json.beginObject();
+    if (aiLayout) {
+        using Kind = ImportFile::LayoutHelp::Kind;
+        const bool asked =
+            file.layoutHelp.kind == Kind::done || file.layoutHelp.kind == Kind::failed;
+        json.key("aiLayout");
+        json.value(asked ? boost::json::value(file.layoutHelp.text) : boost::json::value(nullptr));
+    }
     json.members(boost::json::object{
         {"fileName", file.name()},
         {"profile", file.analysis.profile ? boost::json::value(file.analysis.profile->id)
@@ -373,6 +382,29 @@ void runImport(CommandContext& context, ImportOptions options) {
         fail(context, *runtime->errorMessage());
         return;
     }
+    // Local AI looks at what the import leaves for review, as its switches say.
+    IntelligenceController intelligence(*runtime);
+    model.setIntelligence(&intelligence);
+    // Files whose columns nobody recognised, read by Local AI when asked;
+    // an accepted layout is used, and taught with the import.
+    std::vector<std::pair<std::string, std::string>> aiLayouts;
+    if (options.aiLayout) {
+        std::vector<Uuid> unknown;
+        for (const auto& file : model.files()) {
+            if (!file.analysis.profile && !file.analysis.layoutGaps.empty())
+                unknown.push_back(file.id);
+        }
+        for (const auto& id : unknown) {
+            model.setUpLayout(id, *runtime);
+            intelligence.wait();
+            if (const ImportFile* file = model.file(id))
+                aiLayouts.emplace_back(file->name(), file->layoutHelp.text);
+        }
+    }
+    if (!context.json) {
+        for (const auto& [name, message] : aiLayouts)
+            context.out << name << ": " << message << '\n';
+    }
     if (!applyOptions(context, *runtime, model, options))
         return;
 
@@ -387,7 +419,7 @@ void runImport(CommandContext& context, ImportOptions options) {
             json.key("files");
             json.beginArray();
             for (const auto& file : model.files())
-                writePlan(json, file);
+                writePlan(json, file, options.aiLayout);
             json.endArray();
             json.key("totalToImport");
             json.value(model.totalToImport());
@@ -419,11 +451,15 @@ void runImport(CommandContext& context, ImportOptions options) {
         return;
     }
 
+    runtime->setStatusMessage(std::nullopt);
     model.commit(*runtime, options.archive);
     if (!model.lastResult()) {
         fail(context, runtime->errorMessage().value_or("Nothing was imported."));
         return;
     }
+    intelligence.wait();
+    // What Local AI filed or suggested once the import had landed.
+    const auto aiStatus = runtime->statusMessage();
     // An archive that failed leaves the import standing; say so beside it.
     if (runtime->errorMessage())
         context.err << *runtime->errorMessage() << '\n';
@@ -431,11 +467,21 @@ void runImport(CommandContext& context, ImportOptions options) {
         boost::json::array batches;
         for (const auto& batch : model.lastBatches())
             batches.push_back(record_json::toJSON(batch));
-        printJSON(context,
-                  boost::json::object{{"result", *model.lastResult()}, {"batches", batches}});
+        boost::json::object result{{"result", *model.lastResult()}, {"batches", batches}};
+        if (aiStatus)
+            result["aiStatus"] = *aiStatus;
+        if (options.aiLayout) {
+            boost::json::array layouts;
+            for (const auto& [name, message] : aiLayouts)
+                layouts.push_back(boost::json::object{{"fileName", name}, {"message", message}});
+            result["aiLayouts"] = layouts;
+        }
+        printJSON(context, result);
         return;
     }
     context.out << *model.lastResult() << '\n';
+    if (aiStatus)
+        context.out << *aiStatus << '\n';
 }
 
 std::string localTime(Instant instant) {
@@ -561,6 +607,10 @@ void addImportCommands(CLI::App& app, CommandContext& context) {
                                           "Move imported files into month folders here"))
         ->type_name("DIR");
     import->add_flag("--dry-run", options->dryRun, "Show what would be imported, and stop");
+    import
+        ->add_flag("--ai-layout", options->aiLayout,
+                   "Let Local AI read the columns of a file no layout fits")
+        ->excludes("--layout");
     import->callback([&context, options] { runImport(context, *options);
 });
 

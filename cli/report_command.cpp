@@ -1,12 +1,15 @@
-// `copperwick report [period and people options] [--tab TAB]`: the Reports
-// screen as text, tab by tab, ending with the notes on what the numbers leave
-// out. `--json` gives the whole report bundle.
+// `copperwick report [period and people options] [--tab TAB] [--summary]`:
+// the Reports screen as text, tab by tab, with the key facts and Local AI's
+// checked summary of them when asked, ending with the notes on what the
+// numbers leave out. `--json` gives the whole report bundle.
 
 #include <memory>
 #include <ostream>
 #include <string>
 
 #include <fmt/format.h>
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
 
 #include "cli/commands.h"
 #include "cli/payment_panels.h"
@@ -17,7 +20,9 @@
 #include "core/model/money.h"
 #include "core/reports/household_context.h"
 #include "core/reports/report_engine.h"
+#include "core/reports/report_facts.h"
 #include "core/reports/twelve_month_trend.h"
+#include "runtime/intelligence_controller.h"
 
 namespace copperwick::cli {
 
@@ -29,6 +34,7 @@ constexpr std::string_view kTabs[] = {"overview", "categories", "merchants", "tr
 struct ReportCommandOptions {
     ReportOptions filter;
     std::string tab;
+    bool summary = false;
 };
 
 std::string money(int64_t cents, const std::string& currency = "USD", bool showPlus = false) {
@@ -225,6 +231,71 @@ void printNotes(std::ostream& out, const Report& report) {
     }
 }
 
+// Local AI's bullets about the report's key facts, each kept only when its
+// figures are in the facts it cites; or why there are none.
+struct Narrative {
+    std::vector<ReportFact> facts;
+    std::vector<GroundedBullet> bullets;
+    std::optional<std::string> failure;
+};
+
+Narrative writeNarrative(LedgerRuntime& runtime, const ReportBundle& bundle) {
+    Narrative narrative;
+    narrative.facts = ReportFacts::build(bundle.comparison, bundle.recurring, bundle.unusual);
+    IntelligenceController intelligence(runtime);
+    const auto key = IntelligenceController::narrativeKey(bundle.filter, runtime.revision());
+    intelligence.writeNarrative(key, narrative.facts);
+    intelligence.wait();
+    if (const auto found = intelligence.narratives().find(key);
+        found != intelligence.narratives().end())
+        narrative.bullets = found->second;
+    if (const auto found = intelligence.narrativeFailures().find(key);
+        found != intelligence.narrativeFailures().end())
+        narrative.failure = found->second;
+    return narrative;
+}
+
+void printNarrative(std::ostream& out, const Narrative& narrative) {
+    out << "Key facts\n";
+    for (const auto& fact : narrative.facts)
+        out << "  " << fact.id << ": " << fact.text << '\n';
+    out << "\nSummary by Local AI\n";
+    if (narrative.failure) {
+        out << "  " << *narrative.failure << '\n';
+        return;
+    }
+    // Every bullet shown has had each of its figures found in the facts it cites.
+    for (const auto& bullet : narrative.bullets) {
+        std::string cited;
+        for (const auto& fact : bullet.facts)
+            cited += (cited.empty() ? "" : ", ") + fact.id;
+        out << "  \u2713 " << bullet.text << " [" << cited << "]\n";
+    }
+}
+
+boost::json::object narrativeJSON(const Narrative& narrative) {
+    boost::json::array facts;
+    for (const auto& fact : narrative.facts) {
+        boost::json::array ids;
+        for (const auto& id : fact.transactionIDs)
+            ids.push_back(boost::json::string(id.text()));
+        facts.push_back(
+            boost::json::object{{"id", fact.id}, {"text", fact.text}, {"transactionIDs", ids}});
+    }
+    boost::json::array bullets;
+    for (const auto& bullet : narrative.bullets) {
+        boost::json::array factIDs;
+        for (const auto& fact : bullet.facts)
+            factIDs.push_back(boost::json::string(fact.id));
+        bullets.push_back(
+            boost::json::object{{"id", bullet.id}, {"text", bullet.text}, {"factIDs", factIDs}});
+    }
+    return {{"facts", facts},
+            {"narrative", bullets},
+            {"narrativeFailure", narrative.failure ? boost::json::value(*narrative.failure)
+                                                   : boost::json::value(nullptr)}};
+}
+
 void runReport(CommandContext& context, const ReportCommandOptions& options) {
     if (!options.tab.empty() &&
         std::find(std::begin(kTabs), std::end(kTabs), options.tab) == std::end(kTabs)) {
@@ -244,8 +315,16 @@ void runReport(CommandContext& context, const ReportCommandOptions& options) {
         return;
     const ReportBundle bundle = runtime->buildReportBundle(*filter);
     reportNotes(*runtime, context);
+    std::optional<Narrative> narrative;
+    if (options.summary)
+        narrative = writeNarrative(*runtime, bundle);
     if (context.json) {
-        printJSON(context, report_json::toJSON(bundle));
+        auto json = report_json::toJSON(bundle);
+        if (narrative) {
+            for (auto& [key, value] : narrativeJSON(*narrative))
+                json.as_object()[key] = std::move(value);
+        }
+        printJSON(context, json);
         return;
     }
     const Report& report = bundle.report();
@@ -283,6 +362,10 @@ void runReport(CommandContext& context, const ReportCommandOptions& options) {
         printRecurring(out, bundle);
         out << '\n';
     }
+    if (narrative) {
+        printNarrative(out, *narrative);
+        out << '\n';
+    }
     printNotes(out, report);
 }
 
@@ -300,6 +383,9 @@ void addReportCommand(CLI::App& app, CommandContext& context) {
                      "Only one part: overview, categories, merchants, trends, income, budgets or "
                      "recurring")
         ->type_name("TAB");
+    command->add_flag("--summary", options->summary,
+                      "Add the key facts and Local AI's summary of them, each of its figures "
+                      "checked against the facts");
     command->callback([&context, options] { runReport(context, *options); });
 }
 

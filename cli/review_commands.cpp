@@ -1,6 +1,7 @@
-// `copperwick review`, `copperwick classify`, `copperwick classify-zelle` and
-// `copperwick approve`: what waits for a decision, and the decisions
-// themselves, each one undoable step.
+// `copperwick review`, `copperwick classify`, `copperwick classify-zelle`,
+// `copperwick approve` and `copperwick ai confirm`: what waits for a
+// decision, what Local AI filed, and the decisions themselves, each one
+// undoable step.
 
 #include <algorithm>
 #include <functional>
@@ -20,6 +21,7 @@
 #include "core/model/money.h"
 #include "core/model/record_json.h"
 #include "core/model/text.h"
+#include "core/operations/ai_filings.h"
 #include "core/operations/classification.h"
 #include "core/operations/entry_error.h"
 #include "core/operations/zelle_choice.h"
@@ -69,6 +71,44 @@ std::string choiceList(bool moneyIn) {
     return list;
 }
 
+// What the model filed and nobody has looked at yet, grouped as the review
+// queue groups, so that one "Looks right" covers one bank text.
+std::vector<ReviewGroup> aiFiledGroups(const Ledger& ledger) {
+    return ReviewQueue::makeGroups(ledger.aiFiledUnchecked(), ledger);
+}
+
+constexpr std::string_view kAIFiledTitle = "Filed by Local AI";
+constexpr std::string_view kAIFiledDetail =
+    "Local AI filed these on this computer and they're counted in your reports. Looks Right keeps "
+    "the filing and teaches Copperwick; Change lets you file it yourself, and Local AI won't file "
+    "that bank text again.";
+
+void printAIFiled(CommandContext& context, const Ledger& ledger,
+                  const std::vector<ReviewGroup>& groups) {
+    if (groups.empty())
+        return;
+    context.out << '\n' << kAIFiledTitle << '\n' << kAIFiledDetail << '\n';
+    for (const auto& group : groups) {
+        const auto count = group.transactionIDs.size();
+        const LedgerTransaction* first = ledger.transaction(group.transactionIDs.front());
+        const Merchant* merchant = first ? ledger.merchant(first->merchantID) : nullptr;
+        context.out << fmt::format(
+            "\n{}\n  {}\n  {} transaction{}, {}, {}\n  Filed as: {}\n  id: {}\n", group.displayName,
+            group.example, count, count == 1 ? "" : "s",
+            group.firstDate == group.lastDate
+                ? group.firstDate.iso()
+                : group.firstDate.iso() + " to " + group.lastDate.iso(),
+            Money::format(group.total),
+            first ? ReviewText::filing(ledger,
+                                       merchant ? std::optional(merchant->name) : std::nullopt,
+                                       first->categoryID, first->kind)
+                  : std::string(),
+            group.id);
+    }
+    context.out << "\nLooks right? `copperwick ai confirm GROUP_ID` (or --all). Otherwise file it "
+                   "yourself with `copperwick classify`.\n";
+}
+
 void runReview(CommandContext& context) {
     auto runtime = openRuntime(context);
     if (reportUnavailable(*runtime, context))
@@ -76,6 +116,7 @@ void runReview(CommandContext& context) {
     const Ledger& ledger = runtime->ledger();
     const auto groups = ReviewQueue::groups(ledger);
     const auto stale = ReviewQueue::stalePending(ledger, runtime->today());
+    const auto aiFiled = aiFiledGroups(ledger);
     if (context.json) {
         boost::json::array groupArray;
         for (const auto& group : groups)
@@ -83,8 +124,12 @@ void runReview(CommandContext& context) {
         boost::json::array staleArray;
         for (const auto& transaction : stale)
             staleArray.push_back(record_json::toJSON(transaction));
-        printJSON(context,
-                  boost::json::object{{"groups", groupArray}, {"stalePending", staleArray}});
+        boost::json::array aiFiledArray;
+        for (const auto& group : aiFiled)
+            aiFiledArray.push_back(groupJSON(group));
+        printJSON(context, boost::json::object{{"groups", groupArray},
+                                               {"stalePending", staleArray},
+                                               {"aiFiled", aiFiledArray}});
         return;
     }
     if (groups.empty()) {
@@ -116,6 +161,7 @@ void runReview(CommandContext& context) {
             context.out << "  What was this for? Answer with `copperwick classify-zelle` and "
                         << choiceList(group.isMoneyIn) << ".\n";
     }
+    printAIFiled(context, ledger, aiFiled);
     if (!stale.empty()) {
         context.out << '\n'
                     << ReviewText::kStalePendingTitle << '\n'
@@ -395,6 +441,55 @@ void runApprove(CommandContext& context, const ApproveOptions& options) {
     });
 }
 
+struct ConfirmOptions {
+    std::string group;
+    std::vector<std::string> ids;
+    bool all = false;
+};
+
+// "Looks right": the model's filing of these lines becomes the person's own.
+void runConfirm(CommandContext& context, const ConfirmOptions& options) {
+    const int chosen =
+        (options.group.empty() ? 0 : 1) + (options.ids.empty() ? 0 : 1) + (options.all ? 1 : 0);
+    if (chosen != 1) {
+        context.err << "Give one of a group id, --ids or --all.\n";
+        context.exitCode = kExitUsage;
+        return;
+    }
+    const auto listed = readTransactionIDs(context, options.ids);
+    if (!listed)
+        return;
+    auto runtime = openRuntime(context);
+    if (reportUnavailable(*runtime, context))
+        return;
+    const Ledger& ledger = runtime->ledger();
+    std::vector<Uuid> ids = *listed;
+    if (options.all) {
+        for (const auto* transaction : ledger.aiFiledUnchecked())
+            ids.push_back(transaction->id);
+    } else if (!options.group.empty()) {
+        const auto groups = aiFiledGroups(ledger);
+        const ReviewGroup* group = findGroup(groups, options.group);
+        if (!group) {
+            context.err << "Nothing Local AI filed has the group id \u201C" << options.group
+                        << "\u201D; `copperwick review` shows them.\n";
+            context.exitCode = kExitFailure;
+            return;
+        }
+        ids = group->transactionIDs;
+    } else {
+        for (const auto& id : ids) {
+            if (!ledger.transaction(id)) {
+                context.err << "There's no transaction with the id " << id.text() << ".\n";
+                context.exitCode = kExitFailure;
+                return;
+            }
+        }
+    }
+    decide(context, *runtime, ids, "Keep Local AI filing",
+           [&](Ledger& copy) { return confirmAIFiled(copy, ids, runtime->now()); });
+}
+
 }  // namespace
 
 void addReviewCommands(CLI::App& app, CommandContext& context) {
@@ -452,6 +547,22 @@ void addReviewCommands(CLI::App& app, CommandContext& context) {
     approve->add_flag("--no-remember", approveOptions->noRemember,
                       "Only these transactions change");
     approve->callback([&context, approveOptions] { runApprove(context, *approveOptions); });
+
+    // Beside the other decisions, under `ai`, which addAICommands made.
+    {
+        auto* ai = app.get_subcommand("ai");
+        auto confirmOptions = std::make_shared<ConfirmOptions>();
+        auto* confirm = ai->add_subcommand(
+            "confirm", "Looks Right: keep what Local AI filed, and teach it to Copperwick");
+        confirm->add_option(
+            "GROUP_ID", confirmOptions->group,
+            "A group's id, as `copperwick review` shows it under Filed by Local AI");
+        confirm
+            ->add_option("--ids", confirmOptions->ids, "The transactions' ids, separated by commas")
+            ->delimiter(',');
+        confirm->add_flag("--all", confirmOptions->all, "Everything Local AI filed");
+        confirm->callback([&context, confirmOptions] { runConfirm(context, *confirmOptions); });
+    }
 }
 
 }  // namespace copperwick::cli

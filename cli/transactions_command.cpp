@@ -1,5 +1,5 @@
 // `copperwick transactions [--account NAME|ID] [--from DATE] [--to DATE]
-// [--review] [--search TEXT] [--limit N]`: the ledger's lines, newest first,
+// [--review|--ai-filed] [--search TEXT] [--limit N]`: the ledger's lines, newest first,
 // as the Transactions screen lists them.
 
 #include <charconv>
@@ -29,6 +29,7 @@ struct TransactionsOptions {
     std::string from;
     std::string to;
     bool review = false;
+    bool aiFiled = false;
     std::string search;
     int64_t limit = 0;  // none
 };
@@ -41,6 +42,8 @@ void runTransactions(CommandContext& context, const TransactionsOptions& options
     TransactionQuery query{.search = options.search, .searchesCategories = true};
     if (options.review)
         query.filter.kind = TransactionFilter::Kind::needsReview;
+    if (options.aiFiled)
+        query.filter.kind = TransactionFilter::Kind::aiFiled;
     for (const auto& [text, date] :
          {std::pair{&options.from, &query.from}, std::pair{&options.to, &query.to}}) {
         if (text->empty())
@@ -104,7 +107,12 @@ void addTransactionsCommand(CLI::App& app, CommandContext& context) {
     command->add_option("--account", options->account, "Only this account (name or id)");
     command->add_option("--from", options->from, "From this day (YYYY-MM-DD)");
     command->add_option("--to", options->to, "Through this day (YYYY-MM-DD)");
-    command->add_flag("--review", options->review, "Only lines waiting for a decision");
+    auto* review =
+        command->add_flag("--review", options->review, "Only lines waiting for a decision");
+    command
+        ->add_flag("--ai-filed", options->aiFiled,
+                   "Only lines Local AI filed that nobody has checked yet")
+        ->excludes(review);
     command->add_option("--search", options->search,
                         "Only lines whose text, merchant, category or note holds this");
     command->add_option("--limit", options->limit, "At most this many lines")

@@ -14,6 +14,7 @@
 #include "core/model/text.h"
 #include "core/operations/upsert_account.h"
 #include "core/operations/upsert_profile.h"
+#include "runtime/intelligence_controller.h"
 
 namespace copperwick {
 
@@ -439,7 +440,14 @@ void ImportModel::receive(const std::filesystem::path& url, std::shared_ptr<cons
     const Uuid id = file.id;
     m_files.push_back(std::move(file));
     replan(id, runtime);
-    // No local model is wired in here, so setUpLayout is never started on its own.
+    const ImportFile* added = this->file(id);
+    // Only a bank export in columns nobody recognised: its gaps say so.
+    if (m_intelligence && m_setsUpLayoutsItself && added && !added->analysis.profile &&
+        !added->analysis.layoutGaps.empty()) {
+        const auto on = m_intelligence->switches();
+        if (on.enabled && on.setUpLayouts)
+            startLayout(id, runtime, /*quiet=*/true);
+    }
     notify();
 }
 
@@ -565,17 +573,46 @@ void ImportModel::applyMapping(ImportProfile profile, const Uuid& id, LedgerRunt
     replan(id, runtime);
 }
 
-void ImportModel::setUpLayout(const Uuid& id, LedgerRuntime& /*runtime*/) {
-    // Proposing a layout needs the local model; without it the file is left
-    // for the mapping form rather than shown as working forever.
-    if (find(id))
+void ImportModel::setIntelligence(IntelligenceController* intelligence, bool setsUpLayoutsItself) {
+    m_intelligence = intelligence;
+    m_setsUpLayoutsItself = setsUpLayoutsItself;
+}
+
+void ImportModel::setUpLayout(const Uuid& id, LedgerRuntime& runtime) {
+    // Without Local AI the file is left for the mapping form rather than
+    // shown as working forever.
+    if (!find(id))
+        return;
+    if (!m_intelligence) {
         notify();
+        return;
+    }
+    startLayout(id, runtime, /*quiet=*/false);
+}
+
+void ImportModel::startLayout(const Uuid& id, LedgerRuntime& runtime, bool quiet) {
+    auto* file = find(id);
+    file->layoutHelp = {ImportFile::LayoutHelp::Kind::working, {}};
+    notify();
+    m_intelligence->proposeLayout(
+        file->url.filename().string(), file->data,
+        [this, alive = std::weak_ptr<const bool>(m_alive), id, &runtime](LayoutOutcome outcome) {
+            if (!alive.expired())
+                receiveLayout(std::move(outcome), id, runtime);
+        },
+        quiet);
 }
 
 void ImportModel::receiveLayout(LayoutOutcome outcome, const Uuid& id, LedgerRuntime& runtime) {
     auto* file = find(id);
     if (!file)
         return;
+    // Nobody asked, and there was no model to ask: as if nothing happened.
+    if (!outcome.check.profile && outcome.message.empty()) {
+        file->layoutHelp = {};
+        notify();
+        return;
+    }
     if (outcome.check.profile)
         file->proposedProfile = outcome.check.profile;
     if (!outcome.check.accepted) {
@@ -723,6 +760,8 @@ void ImportModel::finishCommit(CommitJob& job, const ApplyResult& result, Ledger
                            [&](const ImportFile& done) { return done.id == file.id; });
     });
     notify();
+    if (m_intelligence)
+        m_intelligence->afterImport();
 }
 
 void ImportModel::archive(const std::vector<std::pair<Uuid, ImportBatch>>& committed,

@@ -112,6 +112,8 @@ struct LayoutOutcome {
     std::string message;
 };
 
+class IntelligenceController;
+
 class ImportModel {
   public:
     ImportModel() = default;
@@ -156,7 +158,15 @@ class ImportModel {
     void setChoice(ImportFile::AccountChoice choice, const Uuid& id, LedgerRuntime& runtime);
     void setFlip(bool flag, const Uuid& id, LedgerRuntime& runtime);
     void applyMapping(ImportProfile profile, const Uuid& id, LedgerRuntime& runtime);
-    // Without a local model nothing proposes layouts; the file stays unrecognised.
+    // Local AI's part in the session, when it has one (it must outlive the
+    // model): it reads the columns of files no layout fits when asked, and
+    // looks at what an import leaves for review. With
+    // `setsUpLayoutsItself`, it is also asked for every such file as it
+    // arrives, as the switches "Copperwick.aiEnabled" and
+    // "Copperwick.aiSetUpLayouts" allow; a missing model then goes unmentioned.
+    void setIntelligence(IntelligenceController* intelligence, bool setsUpLayoutsItself = false);
+    // Asks Local AI which column holds what; without it the file stays
+    // unrecognised, for the mapping form.
     void setUpLayout(const Uuid& id, LedgerRuntime& runtime);
     void receiveLayout(LayoutOutcome outcome, const Uuid& id, LedgerRuntime& runtime);
     void remove(const Uuid& id);
@@ -198,6 +208,7 @@ class ImportModel {
     // Takes in the outcomes that are back, up to the first still running.
     void receiveInOrder(LedgerRuntime& runtime);
     void applySuggestion(ImportFile& file, LedgerRuntime& runtime);
+    void startLayout(const Uuid& id, LedgerRuntime& runtime, bool quiet);
     void reanalyze(ImportFile& file, LedgerRuntime& runtime);
     void archive(const std::vector<std::pair<Uuid, ImportBatch>>& committed,
                  const std::filesystem::path& folder, LedgerRuntime& runtime);
@@ -212,6 +223,8 @@ class ImportModel {
     std::optional<Uuid> m_mappingFileID;
     bool m_isCommitting = false;
     std::vector<ImportBatch> m_lastBatches;
+    IntelligenceController* m_intelligence = nullptr;
+    bool m_setsUpLayoutsItself = false;
     std::map<ObserverID, std::function<void()>> m_observers;
     ObserverID m_nextObserver = 1;
     // Tells an import finishing in the background whether the model is still there.

@@ -45,6 +45,10 @@ std::filesystem::path preferencesFile(const RuntimeOptions& options) {
     return options.demo ? Preferences::demoFile(folder) : Preferences::liveFile(folder);
 }
 
+std::filesystem::path personalPreferencesFile(const RuntimeOptions& options) {
+    return Preferences::liveFile(options.preferencesFolder.value_or(Preferences::standardFolder()));
+}
+
 }  // namespace
 
 LedgerRuntime::LedgerRuntime(RuntimeOptions options)
@@ -54,6 +58,7 @@ LedgerRuntime::LedgerRuntime(RuntimeOptions options)
       m_dataFolder(chooseDataFolder(options)),
       m_backups(data_folders::backupsFolder(m_dataFolder)),
       m_defaults(preferencesFile(options)),
+      m_personalDefaults(personalPreferencesFile(options)),
       m_clock(std::move(options.clock)),
       m_mainQueue(options.mainQueue ? std::move(options.mainQueue)
                                     : std::make_shared<PlainQueue>()) {

@@ -124,6 +124,12 @@ class LedgerRuntime {
     [[nodiscard]] int unreadableRecords() const;
     [[nodiscard]] const BackupManager& backups() const { return m_backups; }
     [[nodiscard]] Preferences& defaults() { return m_defaults; }
+    // Where the local model's address and name are read: the person's own
+    // preferences, also in a demo, which has its own switches but no model
+    // server of its own. Read-only, so a demo can't change them.
+    [[nodiscard]] const Preferences& modelPreferences() const {
+        return m_isDemo ? m_personalDefaults : m_defaults;
+    }
     // The present instant by the runtime's clock: every change made through
     // the runtime dates itself by this, never by the wall clock.
     [[nodiscard]] Instant now() const { return m_clock(); }
@@ -316,6 +322,7 @@ class LedgerRuntime {
     std::unique_ptr<LedgerStore> m_store;
     BackupManager m_backups;
     Preferences m_defaults;
+    Preferences m_personalDefaults;
     std::function<Instant()> m_clock;
     std::shared_ptr<MainQueue> m_mainQueue;
     std::map<ObserverID, std::function<void(const SavedChange&)>> m_savedChangeObservers;

@@ -337,6 +337,36 @@ TEST(LedgerRuntime, DemoStaysOutOfTheRealFolders) {
     EXPECT_FALSE(std::filesystem::exists(demoFolder)) << "a demo leaves nothing behind";
 }
 
+TEST(LedgerRuntime, DemoReadsThePersonsLocalModelAndKeepsItsSwitchesToItself) {
+    Fixture f;
+    const auto temporary = f.temp / "tmp";
+    std::filesystem::create_directories(temporary);
+    const char* old = std::getenv("TMPDIR");
+    const std::string saved = old ? old : "";
+    ::setenv("TMPDIR", temporary.c_str(), 1);
+    const auto own = Preferences::liveFile(f.temp / "config");
+    Preferences(own).set(preference_keys::aiEndpoint, "http://127.0.0.1:8080/v1");
+    Preferences(own).set(preference_keys::aiModel, "llama");
+    const std::string before = testing::readFile(own);
+    {
+        LedgerRuntime demo(f.options(/*demo=*/true));
+        EXPECT_EQ(demo.modelPreferences().stringValue(preference_keys::aiEndpoint),
+                  "http://127.0.0.1:8080/v1");
+        EXPECT_EQ(demo.modelPreferences().stringValue(preference_keys::aiModel), "llama");
+        demo.defaults().set(preference_keys::aiEnabled, false);
+        EXPECT_EQ(demo.defaults().stringValue(preference_keys::aiEndpoint), std::nullopt);
+    }
+    old ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
+    EXPECT_EQ(testing::readFile(own), before);
+    EXPECT_EQ(
+        Preferences(Preferences::demoFile(f.temp / "config")).boolValue(preference_keys::aiEnabled),
+        false);
+
+    // Outside a demo the one file holds both.
+    LedgerRuntime live(f.options());
+    EXPECT_EQ(&live.modelPreferences(), &live.defaults());
+}
+
 TEST(LedgerRuntime, DemoOpensOnTheFictionalHouseholdAndSavesItOnce) {
     Fixture f;
     const auto temporary = f.temp / "tmp";

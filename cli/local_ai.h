@@ -1,0 +1,47 @@
+#pragma once
+
+// What the commands that use Local AI share: the two checks every one of
+// them makes first, and the progress a long run shows while it works.
+
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include "runtime/intelligence_controller.h"
+#include "runtime/intelligence_prompts.h"
+
+namespace copperwick::cli {
+
+// Why Local AI can't be used now (switched off, or no model answering), in
+// the person's words; absent when it can. Asks the model server.
+[[nodiscard]] inline std::optional<std::string> localAIRefusal(
+    const IntelligenceController& intelligence) {
+    if (!intelligence.switches().enabled)
+        return std::string(IntelligencePrompts::kTurnedOff);
+    return intelligence.model().unavailableReason();
+}
+
+// Writes each new progress line of a look-at run to `err` while it lasts: a
+// run of a hundred groups on a laptop takes minutes.
+class ProgressLines {
+  public:
+    ProgressLines(IntelligenceController& intelligence, std::ostream& err)
+        : m_intelligence(intelligence) {
+        m_observer = intelligence.observe([this, &err] {
+            const std::string& line = m_intelligence.suggestionProgress();
+            if (!line.empty() && line != m_last)
+                err << line << '\n';
+            m_last = line;
+        });
+    }
+    ~ProgressLines() { m_intelligence.removeObserver(m_observer); }
+    ProgressLines(const ProgressLines&) = delete;
+    ProgressLines& operator=(const ProgressLines&) = delete;
+
+  private:
+    IntelligenceController& m_intelligence;
+    ObserverID m_observer = 0;
+    std::string m_last;
+};
+
+}  // namespace copperwick::cli
