@@ -13,6 +13,7 @@
 #include "core/operations/classification.h"
 #include "core/reports/payment_service_detection.h"
 #include "runtime/intelligence_prompts.h"
+#include "runtime/loopback_endpoint.h"
 
 namespace copperwick {
 
@@ -180,6 +181,11 @@ void IntelligenceController::callModel(const std::shared_ptr<std::atomic<bool>>&
 void IntelligenceController::afterImport() {
     const auto on = switches();
     if (!on.enabled)
+        return;
+    // With no server set up the model is surely unavailable, and grouping
+    // twenty years of lines only to find that out would slow every import.
+    // A server that is set up is asked on the worker, before the first group.
+    if (!LoopbackEndpoint::parse(model().endpoint()))
         return;
     std::vector<ReviewGroup> groups;
     if (on.autoSuggest)
