@@ -10,6 +10,7 @@
 #include "runtime/ledger_runtime.h"
 #include "runtime/on_device_model.h"
 #include "tests/support/fake_model_server.h"
+#include "tests/support/model_test_support.h"
 #include "tests/support/run_command.h"
 #include "tests/support/temp_folder.h"
 
@@ -18,17 +19,9 @@ namespace {
 
 namespace json = boost::json;
 using testing::FakeModelServer;
+using testing::lineOf;
+using testing::ScopedVariable;
 using testing::TempFolder;
-
-// The line of a prompt that begins with `label`, without the label.
-std::string lineOf(const std::string& prompt, const std::string& label) {
-    const auto start = prompt.find(label);
-    if (start == std::string::npos)
-        return {};
-    const auto end = prompt.find('\n', start);
-    return prompt.substr(start + label.size(),
-                         end == std::string::npos ? end : end - start - label.size());
-}
 
 // A model that knows a few merchants, copies report facts and lookup
 // answers faithfully, and reads one odd file's columns.
@@ -78,23 +71,6 @@ FakeModelServer::Reply fakeModel(const json::object& request,
     }
     return {.status = 400, .body = R"({"error":"unexpected request"})"};
 }
-
-// Sets an environment variable for one test and puts it back after.
-class ScopedVariable {
-  public:
-    ScopedVariable(const char* name, const std::string& value) : m_name(name) {
-        if (const char* old = std::getenv(name))
-            m_old = old;
-        ::setenv(name, value.c_str(), 1);
-    }
-    ~ScopedVariable() { m_old ? ::setenv(m_name, m_old->c_str(), 1) : ::unsetenv(m_name); }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-
-  private:
-    const char* m_name;
-    std::optional<std::string> m_old;
-};
 
 // A card statement in Chase's layout, one line per (date, text, amount).
 std::string statement(const std::vector<std::tuple<std::string, std::string, std::string>>& lines) {

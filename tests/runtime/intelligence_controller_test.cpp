@@ -14,6 +14,7 @@
 #include "runtime/intelligence_prompts.h"
 #include "tests/support/fake_model_server.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/model_test_support.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick {
@@ -21,27 +22,10 @@ namespace {
 
 namespace json = boost::json;
 using testing::FakeModelServer;
+using testing::lineOf;
+using testing::quickLimits;
 using testing::TempFolder;
 using namespace std::chrono_literals;
-
-ModelLimits quickLimits() {
-    ModelLimits limits;
-    for (auto* limit : {&limits.guessMerchant, &limits.tidyName, &limits.proposeLayout,
-                        &limits.explain, &limits.writeNarrative, &limits.answer})
-        *limit = 5s;
-    limits.availability = 2s;
-    return limits;
-}
-
-// The line of a prompt that begins with `label`, without the label.
-std::string lineOf(const std::string& prompt, const std::string& label) {
-    const auto start = prompt.find(label);
-    if (start == std::string::npos)
-        return {};
-    const auto end = prompt.find('\n', start);
-    return prompt.substr(start + label.size(),
-                         end == std::string::npos ? end : end - start - label.size());
-}
 
 json::object guess(const std::string& merchant, const std::string& category,
                    const std::string& kind, const std::string& reason = "Looks like it.") {

@@ -11,22 +11,16 @@
 #include "core/intelligence/ask_tools.h"
 #include "tests/support/fake_model_server.h"
 #include "tests/support/ledger_builder.h"
+#include "tests/support/model_test_support.h"
 
 namespace copperwick {
 namespace {
 
 namespace json = boost::json;
 using testing::FakeModelServer;
+using testing::quickLimits;
+using testing::ScopedVariable;
 using namespace std::chrono_literals;
-
-ModelLimits quickLimits() {
-    ModelLimits limits;
-    for (auto* limit : {&limits.guessMerchant, &limits.tidyName, &limits.proposeLayout,
-                        &limits.explain, &limits.writeNarrative, &limits.answer})
-        *limit = 5s;
-    limits.availability = 2s;
-    return limits;
-}
 
 OnDeviceModel modelAt(const FakeModelServer& server, ModelLimits limits = quickLimits()) {
     return OnDeviceModel(server.endpoint(), "test-model", limits);
@@ -423,23 +417,6 @@ TEST(OnDeviceModel, SaysWhyItIsUnavailableInThePersonsWords) {
     EXPECT_EQ(modelAt(server, limits).unavailableReason(),
               "The local model at " + server.endpoint() + " isn't answering.");
 }
-
-// Sets an environment variable for one test and puts it back after.
-class ScopedVariable {
-  public:
-    ScopedVariable(const char* name, const std::string& value) : m_name(name) {
-        if (const char* old = std::getenv(name))
-            m_old = old;
-        ::setenv(name, value.c_str(), 1);
-    }
-    ~ScopedVariable() { m_old ? ::setenv(m_name, m_old->c_str(), 1) : ::unsetenv(m_name); }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-
-  private:
-    const char* m_name;
-    std::optional<std::string> m_old;
-};
 
 TEST(OnDeviceModel, NeverConnectsAnywhereButThisComputer) {
     // Addresses off the machine are refused before any connection: with

@@ -1,0 +1,55 @@
+#pragma once
+
+// What tests of Local AI share beside the fake server: time limits short
+// enough for a test, a prompt's labelled line, and an environment variable
+// set for one test only.
+
+#include <chrono>
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "runtime/on_device_model.h"
+
+namespace copperwick::testing {
+
+// Long enough for any answer of the fake server, short enough that a
+// server which never answers fails the test in seconds.
+inline ModelLimits quickLimits() {
+    using namespace std::chrono_literals;
+    ModelLimits limits;
+    for (auto* limit : {&limits.guessMerchant, &limits.tidyName, &limits.proposeLayout,
+                        &limits.explain, &limits.writeNarrative, &limits.answer})
+        *limit = 5s;
+    limits.availability = 2s;
+    return limits;
+}
+
+// The line of a prompt that begins with `label`, without the label.
+inline std::string lineOf(const std::string& prompt, const std::string& label) {
+    const auto start = prompt.find(label);
+    if (start == std::string::npos)
+        return {};
+    const auto end = prompt.find('\n', start);
+    return prompt.substr(start + label.size(),
+                         end == std::string::npos ? end : end - start - label.size());
+}
+
+// Sets an environment variable for one test and puts it back after.
+class ScopedVariable {
+  public:
+    ScopedVariable(const char* name, const std::string& value) : m_name(name) {
+        if (const char* old = std::getenv(name))
+            m_old = old;
+        ::setenv(name, value.c_str(), 1);
+    }
+    ~ScopedVariable() { m_old ? ::setenv(m_name, m_old->c_str(), 1) : ::unsetenv(m_name); }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+  private:
+    const char* m_name;
+    std::optional<std::string> m_old;
+};
+
+}  // namespace copperwick::testing
