@@ -68,7 +68,10 @@ LocalAICard::LocalAICard(RuntimeBridge& bridge, QWidget* parent)
     m_model->setMaximumWidth(360);
     form->addRow(fieldLabel(QStringLiteral("Model"), m_model, server), m_model);
     m_use = pushButton(QStringLiteral("Use This Server"), server);
-    form->addRow(QString(), m_use);
+    auto* useRow = new QHBoxLayout;
+    useRow->addWidget(m_use);
+    useRow->addStretch(1);
+    form->addRow(QString(), useRow);
     body()->addWidget(server);
 
     auto* statusRow = new QHBoxLayout;

@@ -24,6 +24,7 @@
 #include "app/import/import_page.h"
 #include "app/reports/pdf_export_sheet.h"
 #include "app/reports/reports_page.h"
+#include "app/review/review_page.h"
 #include "app/rules/rules_page.h"
 #include "app/settings/account_sheet.h"
 #include "app/shell/main_window.h"
@@ -55,15 +56,18 @@ constexpr Shot kShots[] = {{AppSection::importFiles, "import"},
                            {AppSection::settings, "settings"}};
 
 // The area a screen scrolls in: the largest one on it.
-// A model that summarises by copying the first three facts word for word,
-// and answers a question with what one lookup of the recurring charges says.
-void answerFromTheFacts(copperwick::testing::FakeModelServer& server) {
+// A model that knows a few of the demo's bank texts, reads the columns of
+// an odd bank file, explains a charge, summarises a report by copying its
+// first three facts word for word, and answers a question with what one
+// lookup of the recurring charges says.
+void answerAsAModelWould(copperwick::testing::FakeModelServer& server) {
     namespace json = boost::json;
     using copperwick::testing::FakeModelServer;
     server.onChat([](const json::object& request) {
         const std::string system = FakeModelServer::said(request, "system");
+        const std::string user = FakeModelServer::said(request, "user");
         if (system == OnDeviceModelText::kWriteNarrative) {
-            std::istringstream lines(FakeModelServer::said(request, "user"));
+            std::istringstream lines(user);
             json::array bullets;
             for (std::string line; std::getline(lines, line) && bullets.size() < 3;) {
                 const auto colon = line.find(": ");
@@ -74,6 +78,32 @@ void answerFromTheFacts(copperwick::testing::FakeModelServer& server) {
             }
             return FakeModelServer::structured({{"bullets", bullets}});
         }
+        if (system == OnDeviceModelText::kGuessMerchant) {
+            const bool market = user.find("DEMO MARKET") != std::string::npos;
+            return FakeModelServer::structured({{"merchant", market ? "Demo Market" : "unknown"},
+                                                {"category", market ? "Groceries" : ""},
+                                                {"kind", market ? "expense" : "unknown"},
+                                                {"reason", "A grocery store paid by debit card."}});
+        }
+        if (system == OnDeviceModelText::kProposeLayout)
+            return FakeModelServer::structured({{"headerRow", 1},
+                                                {"dateColumn", 1},
+                                                {"descriptionColumn", 2},
+                                                {"amountColumn", 3},
+                                                {"moneyOutColumn", 0},
+                                                {"moneyInColumn", 0},
+                                                {"postedDateColumn", 0},
+                                                {"statusColumn", 0},
+                                                {"purchasesArePositive", false},
+                                                {"bankName", "Odd Bank"},
+                                                {"accountType", "checking"}});
+        if (system == OnDeviceModelText::kExplain)
+            return FakeModelServer::structured(
+                {{"explanation",
+                  "Most likely a purchase at the business named in the bank's text; the number "
+                  "after it is usually the store's. If it looks unfamiliar, check your receipts or "
+                  "your bank's app."},
+                 {"confidence", "high"}});
         const auto& last = request.at("messages").as_array().back().as_object();
         if (last.at("role").as_string() == "user")
             return FakeModelServer::toolCall("recurringCharges", {{"person", "everyone"}});
@@ -97,7 +127,7 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         GTEST_SKIP() << "COPPERWICK_SCREENSHOT_DIR names no folder";
     copperwick::testing::TempFolder preferences;
     copperwick::testing::FakeModelServer server;
-    answerFromTheFacts(server);
+    answerAsAModelWould(server);
     // A demo reads the model server's address from the person's own preferences.
     Preferences(Preferences::liveFile(preferences.path()))
         .set(preference_keys::aiEndpoint, server.endpoint());
@@ -188,6 +218,29 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         if (spending != ids.end())
             transactions->selectLines({*spending});
         save(&window, QStringLiteral("transactions-") + form + QStringLiteral("-chosen"));
+        // The same line asked about: "What is this charge?" answered.
+        if (auto* question = transactions->inspector()->chargeQuestion()) {
+            question->askButton()->click();
+            for (int wait = 0; wait < 500 && !window.bridge().intelligence().explaining().empty();
+                 ++wait)
+                QTest::qWait(10);
+            transactions->inspector()->ensureWidgetVisible(question);
+            save(&window, QStringLiteral("transactions-") + form + QStringLiteral("-explained"));
+        }
+
+        // Review once Local AI has filed what it was sure of, at the section
+        // that waits for the person's look; Undo then takes the run back.
+        runtime.setSection(AppSection::review);
+        auto* review = qobject_cast<ReviewPage*>(window.page(AppSection::review));
+        ASSERT_NE(review, nullptr);
+        review->intelligenceBar()->startButton()->click();
+        for (int wait = 0; wait < 1000 && window.bridge().intelligence().isSuggesting(); ++wait)
+            QTest::qWait(10);
+        QApplication::processEvents();
+        review->scrollArea()->ensureWidgetVisible(review->aiFiledSection(), 0, 0);
+        save(&window, QStringLiteral("review-") + form + QStringLiteral("-filed"));
+        runtime.undoLastChange();
+        runtime.setStatusMessage(std::nullopt);
 
         // A question answered on the Ask screen with its lookups open, and
         // the same screen with the model server not answering.
@@ -253,6 +306,18 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         import->showLayouts();
         save(import->layoutsSheet(), QStringLiteral("sheet-layouts-") + form);
         import->layoutsSheet()->reject();
+        // A file no layout fits, read by Local AI as it arrives.
+        const auto odd = preferences.path() / "odd-bank.csv";
+        copperwick::testing::writeFile(odd,
+                                       "Booked;Text;Sum;Left\n2026-03-01;COFFEE SHOP;-4.50;100.00\n"
+                                       "2026-03-02;GROCER;-30.10;69.90\n"
+                                       "2026-03-03;PAYROLL;1000.00;1069.90\n");
+        importer.add({odd}, runtime);
+        importer.waitForAnalyses(runtime);
+        for (int wait = 0; wait < 500 && window.bridge().intelligence().isBusy(); ++wait)
+            QTest::qWait(10);
+        save(&window, QStringLiteral("import-") + form + QStringLiteral("-local-ai"));
+        importer.clear();
         const auto unknown = preferences.path() / "credit-union.csv";
         copperwick::testing::writeFile(unknown,
                                        "Posted On,Narrative,Sum\n2026-01-03,CORNER COFFEE,-4.50\n");
