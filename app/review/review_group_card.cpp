@@ -507,40 +507,39 @@ void ReviewGroupCard::refreshIntelligence() {
     m_askLocalAI->setVisible(on);
     if (!on) {
         m_asking = false;
+        m_unanswered = false;
         m_askNote->hide();
         return;
     }
-    const bool working = m_intelligence->workingGroupIDs().contains(m_group.id);
     // One run at a time: while any goes, this card can't start another.
     m_askLocalAI->setEnabled(!m_intelligence->isSuggesting());
-    if (working) {
+    if (m_intelligence->workingGroupIDs().contains(m_group.id)) {
         setLabelText(m_askNote, QStringLiteral("Local AI is looking at this group\u2026"));
         m_askNote->show();
         return;
     }
     if (m_asking && !m_intelligence->isSuggesting()) {
         m_asking = false;
-        // The suggestion, when there is one, is the banner's to show.
+        // The suggestion, when there is one, is the banner's to show; a model
+        // that couldn't be asked has said why in the status already.
         const Ledger& ledger = m_runtime.ledger();
         const bool suggested = std::any_of(
             m_group.transactionIDs.begin(), m_group.transactionIDs.end(), [&](const Uuid& id) {
                 const LedgerTransaction* line = ledger.transaction(id);
                 return line && line->suggestion && line->suggestion->source == MatchMethod::ai;
             });
-        // A model that couldn't be asked has said why in the status already.
-        if (!suggested && !m_runtime.statusMessage()) {
-            setLabelText(m_askNote, QStringLiteral("Local AI had no suggestion for this group."));
-            m_askNote->show();
-            return;
-        }
+        m_unanswered = !suggested && !m_runtime.statusMessage();
     }
-    m_askNote->hide();
+    if (m_unanswered)
+        setLabelText(m_askNote, QStringLiteral("Local AI had no suggestion for this group."));
+    m_askNote->setVisible(m_unanswered);
 }
 
 void ReviewGroupCard::askLocalAI() {
     if (!m_intelligence || m_intelligence->isSuggesting())
         return;
     m_asking = true;
+    m_unanswered = false;
     // Only a suggestion: the person is at the card, and approves it there.
     m_intelligence->start({m_group}, /*suggestOnly=*/true);
     refreshIntelligence();

@@ -164,6 +164,8 @@ class ReviewGroupCard : public CardFrame {
     IntelligenceController* m_intelligence = nullptr;
     // This card asked Local AI and hasn't heard back yet.
     bool m_asking = false;
+    // It heard back, with nothing to suggest.
+    bool m_unanswered = false;
     QPushButton* m_save = nullptr;
     std::size_t m_saveInBackgroundFrom = LedgerRuntime::kLongHistory;
 };

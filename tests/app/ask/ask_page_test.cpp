@@ -1,13 +1,18 @@
+// The Ask screen as a person meets it: sample questions, the field, answer
+// cards with their lookups, and what it says when Local AI can't be asked.
+
 #include "app/ask/ask_page.h"
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QTest>
 
 #include "app/widgets/qt_text.h"
 #include "runtime/intelligence_prompts.h"
 #include "runtime/on_device_model.h"
 #include "tests/app/local_ai_fixture.h"
+#include "tests/app/screen_audit.h"
 #include "tests/support/ledger_builder.h"
 
 namespace copperwick::testing {
@@ -69,6 +74,19 @@ TEST_F(AskScreen, ASampleQuestionBecomesACardWithTheLookupsBehindIt) {
     QTest::keyClick(card->lookupsToggle(), Qt::Key_Return);
     EXPECT_TRUE(card->lookupsList()->isVisible()) << "the fold opens by keyboard";
     EXPECT_TRUE(page->clearButton()->isVisible());
+}
+
+TEST_F(AskScreen, EveryControlIsNamedByItsWordsAndTabReadsTheScreenInOrder) {
+    open();
+    answerFromTheLookup();
+    page->sampleButtons().front()->click();
+    ASSERT_TRUE(waitUntil([&] { return page->cards().size() == 1; }));
+    page->cards().front()->lookupsToggle()->click();
+    QApplication::processEvents();
+    EXPECT_EQ(misnamedControls(page).join(QLatin1Char('\n')), QString());
+    const auto walk = tabWalk(page);
+    EXPECT_EQ(unreached(walk, page).join(QLatin1Char('\n')), QString());
+    EXPECT_EQ(outOfReadingOrder(walk, page).join(QLatin1Char('\n')), QString());
 }
 
 TEST_F(AskScreen, TypedQuestionsAreTrimmedAndAnAnswerWhoseFiguresDontHoldIsWarned) {

@@ -12,6 +12,7 @@
 #include "runtime/intelligence_prompts.h"
 #include "runtime/on_device_model.h"
 #include "tests/app/local_ai_fixture.h"
+#include "tests/app/screen_audit.h"
 #include "tests/support/ledger_builder.h"
 
 namespace copperwick::testing {
@@ -80,6 +81,10 @@ TEST_F(ReviewWithLocalAI, WhatItFilesWaitsUnderItsHeadingUntilLooksRightKeepsIt)
     ASSERT_TRUE(filed->isVisible());
     ASSERT_EQ(filed->groups().size(), 1u);
     EXPECT_EQ(filed->titleLabel()->text(), "Filed by Local AI");
+    EXPECT_EQ(misnamedControls(page).join(QLatin1Char('\n')), QString());
+    const auto walk = tabWalk(page);
+    EXPECT_EQ(unreached(walk, page).join(QLatin1Char('\n')), QString());
+    EXPECT_EQ(outOfReadingOrder(walk, page).join(QLatin1Char('\n')), QString());
     QPushButton* looksRight = filed->looksRightButton(filed->groups()[0].id);
     ASSERT_NE(looksRight, nullptr);
     looksRight->click();
@@ -130,6 +135,23 @@ TEST_F(ReviewWithLocalAI, AGroupAskedAboutAloneGetsASuggestionToApprove) {
     settle();
     EXPECT_EQ(line(diner[0]).review, ReviewState::confirmed);
     EXPECT_EQ(runtime->ledger().merchant(line(diner[0]).merchantID)->name, "Joe's Diner");
+}
+
+TEST_F(ReviewWithLocalAI, AGroupLocalAICantPlaceSaysSoOnItsCard) {
+    open();
+    server.onChat([](const json::object&) {
+        return FakeModelServer::structured(
+            {{"merchant", "unknown"}, {"category", ""}, {"kind", "unknown"}, {"reason", ""}});
+    });
+    app::ReviewGroupCard* card = page->cards().front();
+    card->askLocalAIButton()->click();
+    ASSERT_TRUE(runEnded());
+    ASSERT_TRUE(card->askNote()->isVisible());
+    EXPECT_EQ(card->askNote()->text(), "Local AI had no suggestion for this group.");
+    // Other news of Local AI leaves the card's answer standing.
+    bridge->intelligenceSettingsChanged();
+    EXPECT_TRUE(card->askNote()->isVisible());
+    EXPECT_EQ(line(diner[0]).review, ReviewState::unresolved);
 }
 
 TEST_F(ReviewWithLocalAI, OffOrWithoutAModelItOffersNoButton) {
