@@ -54,6 +54,11 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
       m_body(new QWidget(this)),
       m_unrecognized(new QWidget(m_body)),
       m_chooseColumns(pushButton(QStringLiteral("Choose Columns…"), m_unrecognized)),
+      m_askLocalAI(pushButton(QStringLiteral("Ask Local AI"), m_unrecognized)),
+      m_help(new QWidget(m_body)),
+      m_helpSymbol(new SymbolView("sparkles", 16, m_help)),
+      m_helpText(textLabel({}, m_help)),
+      m_chooseMyself(pushButton(QStringLiteral("Choose Columns Myself…"), m_help)),
       m_account(new QComboBox(m_body)),
       m_draftForm(new QWidget(m_body)),
       m_name(new QLineEdit(m_draftForm)),
@@ -77,17 +82,28 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
     body->setContentsMargins(0, 0, 0, 0);
     body->setSpacing(10);
 
-    // An unrecognised file: the person's own columns, and beside them the
-    // place the Local AI layout help takes.
+    // An unrecognised file: the person's own columns, or Local AI's reading.
     auto* unrecognized = new QHBoxLayout(m_unrecognized);
     unrecognized->setContentsMargins(0, 0, 0, 0);
     unrecognized->setSpacing(8);
     unrecognized->addWidget(m_chooseColumns);
-    auto* localAIPlace = new QWidget(m_unrecognized);
-    localAIPlace->setObjectName(QStringLiteral("localAILayoutHelpPlace"));
-    unrecognized->addWidget(localAIPlace);
+    unrecognized->addWidget(m_askLocalAI);
     unrecognized->addStretch(1);
     body->addWidget(m_unrecognized);
+
+    // What Local AI is doing with the columns, or what came of it.
+    auto* help = new QVBoxLayout(m_help);
+    help->setContentsMargins(0, 0, 0, 0);
+    help->setSpacing(6);
+    auto* helpLine = new QHBoxLayout;
+    helpLine->setSpacing(8);
+    helpLine->addWidget(m_helpSymbol, 0, Qt::AlignTop);
+    m_helpText->setWordWrap(true);
+    helpLine->addWidget(m_helpText, 1);
+    help->addLayout(helpLine);
+    help->addWidget(m_chooseMyself, 0, Qt::AlignLeft);
+    m_help->hide();
+    body->addWidget(m_help);
 
     auto* accountRow = new QHBoxLayout;
     accountRow->setSpacing(10);
@@ -134,6 +150,15 @@ ImportFileCard::ImportFileCard(RuntimeBridge& bridge, const Uuid& fileID, QWidge
     });
     connect(m_chooseColumns, &QPushButton::clicked, this,
             [this, &importer] { importer.setMappingFileID(m_fileID); });
+    connect(m_chooseMyself, &QPushButton::clicked, this,
+            [this, &importer] { importer.setMappingFileID(m_fileID); });
+    connect(m_askLocalAI, &QPushButton::clicked, this,
+            [this, &importer] { importer.setUpLayout(m_fileID, m_bridge.runtime()); });
+    // The switch may change in Settings while the file waits here.
+    connect(&m_bridge, &RuntimeBridge::intelligenceChanged, this, [this, &importer] {
+        if (const ImportFile* file = importer.file(m_fileID))
+            showLayoutHelp(*file);
+    });
     connect(m_account, &QComboBox::activated, this, &ImportFileCard::chooseAccount);
     connect(m_flip, &QCheckBox::toggled, this,
             [this, &importer](bool on) { importer.setFlip(on, m_fileID, m_bridge.runtime()); });
@@ -243,7 +268,7 @@ void ImportFileCard::setFile(const ImportFile& file) {
         m_include->setChecked(file.include);
     }
     m_body->setEnabled(file.include);
-    m_unrecognized->setVisible(!profile);
+    showLayoutHelp(file);
     m_workedOut->setVisible(profile && file.analysis.layoutWorkedOut);
     if (file.analysis.layoutWorkedOut)
         setLabelText(m_workedOut, toQString(*file.analysis.layoutWorkedOut));
@@ -270,6 +295,30 @@ void ImportFileCard::setFile(const ImportFile& file) {
     m_summary->setVisible(file.plan.has_value());
     if (file.plan)
         m_summary->setFile(file, ledger, planCurrency(file, ledger));
+}
+
+void ImportFileCard::showLayoutHelp(const ImportFile& file) {
+    using Kind = ImportFile::LayoutHelp::Kind;
+    const ImportFile::LayoutHelp& help = file.layoutHelp;
+    const bool working = help.kind == Kind::working;
+    const bool recognized = file.analysis.profile.has_value();
+    m_unrecognized->setVisible(!recognized && !working);
+    m_askLocalAI->setVisible(m_bridge.intelligence().switches().enabled);
+    // A layout Copperwick worked out itself is told in the header already.
+    const bool toldAbove =
+        file.analysis.layoutWorkedOut && help.text == *file.analysis.layoutWorkedOut;
+    const bool shows = working || ((help.kind == Kind::done || help.kind == Kind::failed) &&
+                                   !help.text.empty() && !toldAbove);
+    m_help->setVisible(shows);
+    m_chooseMyself->setVisible(working);
+    if (!shows)
+        return;
+    m_helpSymbol->setSymbol(help.kind == Kind::failed ? "hand.raised" : "sparkles");
+    setLabelText(
+        m_helpText,
+        working
+            ? QStringLiteral("Local AI is working out this file's columns, on this computer\u2026")
+            : toQString(help.text));
 }
 
 void ImportFileCard::fillAccounts(const Ledger& ledger) {

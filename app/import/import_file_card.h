@@ -9,7 +9,9 @@
 // with the import model by setFile whenever anything changes, in place: the
 // field a person is typing in keeps its text and focus, and what they
 // opened stays open. What the person does goes straight to the import
-// model, by the file's id. Main thread only.
+// model, by the file's id. A file no layout fits can be read by Local AI
+// while its switch is on, and the card says how that went. Main thread
+// only.
 
 #include <functional>
 
@@ -46,6 +48,13 @@ class ImportFileCard : public CardFrame {
     [[nodiscard]] QCheckBox* includeBox() const { return m_include; }
     [[nodiscard]] QToolButton* removeButton() const { return m_remove; }
     [[nodiscard]] QPushButton* chooseColumnsButton() const { return m_chooseColumns; }
+    // "Ask Local AI", for a file no layout fits, while Local AI is on.
+    [[nodiscard]] QPushButton* askLocalAIButton() const { return m_askLocalAI; }
+    // What Local AI is doing with the file's columns, or what came of it.
+    [[nodiscard]] QWidget* layoutHelp() const { return m_help; }
+    [[nodiscard]] QLabel* layoutHelpLabel() const { return m_helpText; }
+    // "Choose Columns Myself…", while Local AI is working the columns out.
+    [[nodiscard]] QPushButton* chooseMyselfButton() const { return m_chooseMyself; }
     [[nodiscard]] QComboBox* accountPicker() const { return m_account; }
     [[nodiscard]] QLineEdit* nameField() const { return m_name; }
     [[nodiscard]] QComboBox* ownerPicker() const { return m_owner; }
@@ -66,6 +75,8 @@ class ImportFileCard : public CardFrame {
     void showChoice(const ImportFile& file);
     void showDraft(const ImportFile::NewAccountDraft& draft);
     void chooseAccount(int index);
+    // Local AI's part, by the file and by its switch.
+    void showLayoutHelp(const ImportFile& file);
     // Changes the new account's details in the import model.
     void editDraft(const std::function<void(ImportFile::NewAccountDraft&)>& change);
 
@@ -79,6 +90,11 @@ class ImportFileCard : public CardFrame {
     QWidget* m_body;
     QWidget* m_unrecognized;
     QPushButton* m_chooseColumns;
+    QPushButton* m_askLocalAI;
+    QWidget* m_help;
+    class SymbolView* m_helpSymbol;
+    QLabel* m_helpText;
+    QPushButton* m_chooseMyself;
     QComboBox* m_account;
     QWidget* m_draftForm;
     QLineEdit* m_name;

@@ -26,7 +26,9 @@ ReportScreenData ReportScreenData::build(const Ledger& ledger, const ReportFilte
     TwelveMonthTrend trend = TwelveMonthTrend::build(ledger, filter, today);
     Report trendReport =
         ReportEngine::build(ledger, filter.withSpan(trendSpan(trend, filter)), today);
-    return {std::move(bundle), std::move(household), std::move(trend), std::move(trendReport)};
+    auto facts = ReportFacts::build(bundle.comparison, bundle.recurring, bundle.unusual);
+    return {std::move(bundle), std::move(household), std::move(trend), std::move(trendReport),
+            std::move(facts)};
 }
 
 }  // namespace copperwick::app

@@ -110,12 +110,9 @@ ReportsPage::ReportsPage(RuntimeBridge& bridge, QWidget* parent)
     m_buildingLine->hide();
     column->addWidget(m_buildingLine);
 
-    // The Local AI summary of the figures stands here once the model
-    // features write one; nothing shows until then.
-    auto* narrativePlace = new QWidget(page);
-    narrativePlace->setObjectName(QStringLiteral("narrativePlace"));
-    narrativePlace->hide();
-    column->addWidget(narrativePlace);
+    m_narrative = new NarrativeCard(page);
+    m_narrative->hide();
+    column->addWidget(m_narrative);
 
     m_tabs = new QTabBar(page);
     m_tabs->setAccessibleName(QStringLiteral("Report tabs"));
@@ -153,6 +150,13 @@ ReportsPage::ReportsPage(RuntimeBridge& bridge, QWidget* parent)
     connect(&m_bridge, &RuntimeBridge::revisionChanged, this, [this] {
         refreshChoices();
         requestBuild();
+    });
+    connect(&m_bridge, &RuntimeBridge::intelligenceChanged, this, &ReportsPage::showNarrative);
+    connect(m_narrative, &NarrativeCard::tryAgain, this, [this] {
+        if (m_shown)
+            m_bridge.intelligence().writeNarrative(
+                IntelligenceController::narrativeKey(m_shown->report().filter, m_shownRevision),
+                m_shown->facts);
     });
 
     refreshChoices();
@@ -324,6 +328,7 @@ void ReportsPage::showEvent(QShowEvent* event) {
     SectionPage::showEvent(event);
     if (m_outdated)
         requestBuild();
+    showNarrative();
 }
 
 void ReportsPage::requestBuild() {
@@ -344,7 +349,7 @@ void ReportsPage::requestBuild() {
     if (ledger.transactions.size() < m_inBackgroundFrom) {
         m_building = false;
         m_buildingLine->hide();
-        show(Built{ReportScreenData::build(ledger, wanted, inputs.today), ledger});
+        show(Built{ReportScreenData::build(ledger, wanted, inputs.today), ledger, inputs.revision});
         return;
     }
     if (!m_work)
@@ -352,8 +357,8 @@ void ReportsPage::requestBuild() {
     m_building = true;
     m_buildingLine->show();
     m_work->run(
-        [copy = ledger, wanted, today = inputs.today] {
-            return Built{ReportScreenData::build(copy, wanted, today), copy};
+        [copy = ledger, wanted, today = inputs.today, revision = inputs.revision] {
+            return Built{ReportScreenData::build(copy, wanted, today), copy, revision};
         },
         [this, number](WorkResult<Built> result) {
             if (number != m_buildNumber)
@@ -373,12 +378,38 @@ void ReportsPage::requestBuild() {
 void ReportsPage::show(Built built) {
     m_shown = std::move(built.data);
     m_shownLedger = std::move(built.ledger);
+    m_shownRevision = built.revision;
     const Report& report = m_shown->report();
     setLabelText(m_scopeLine, toQString(report.filter.span.label()) + QStringLiteral(" \u00B7 ") +
                                   toQString(report.scopeLabel) + QStringLiteral(" \u00B7 ") +
                                   toQString(report.filter.currency));
     showTab();
     showNotes();
+    showNarrative();
+}
+
+void ReportsPage::showNarrative() {
+    IntelligenceController& intelligence = m_bridge.intelligence();
+    const bool on = intelligence.switches().enabled;
+    m_narrative->setVisible(on && m_shown);
+    if (!on || !m_shown)
+        return;
+    const std::string key =
+        IntelligenceController::narrativeKey(m_shown->report().filter, m_shownRevision);
+    if (intelligence.writingNarrative().contains(key)) {
+        m_narrative->showWriting();
+    } else if (const auto bullets = intelligence.narratives().find(key);
+               bullets != intelligence.narratives().end()) {
+        m_narrative->showBullets(bullets->second);
+    } else if (const auto failure = intelligence.narrativeFailures().find(key);
+               failure != intelligence.narrativeFailures().end()) {
+        m_narrative->showFailure(failure->second);
+    } else {
+        m_narrative->showWriting();
+        // Each set of figures is summed up once, and only where someone looks.
+        if (isVisible())
+            intelligence.writeNarrative(key, m_shown->facts);
+    }
 }
 
 QString ReportsPage::money(int64_t cents, bool showPlus) const {

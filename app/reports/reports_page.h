@@ -9,6 +9,8 @@
 // figures shown stay until it is back. The same inputs are never built
 // twice. Every figure comes from the report; the screen only words it, and
 // every figure opens the transactions behind it, whose ids the report gave.
+// While Local AI is on, it writes a few checked lines about the report
+// shown, once for each set of figures, when the page is in view.
 //
 // Main thread only. The bridge and its runtime must outlive the page.
 
@@ -27,6 +29,7 @@
 #include <QVBoxLayout>
 
 #include "app/reports/drill_down_sheet.h"
+#include "app/reports/narrative_card.h"
 #include "app/reports/pdf_export_sheet.h"
 #include "app/reports/people_scope_picker.h"
 #include "app/reports/report_screen_data.h"
@@ -85,6 +88,8 @@ class ReportsPage : public SectionPage {
     [[nodiscard]] QTabBar* tabBar() const { return m_tabs; }
     [[nodiscard]] QWidget* tabContent() const { return m_content; }
     [[nodiscard]] SectionCard* notesCard() const { return m_notes; }
+    // Local AI's summary of the report shown, while Local AI is on.
+    [[nodiscard]] NarrativeCard* narrativeCard() const { return m_narrative; }
 
     [[nodiscard]] ReportTab tab() const;
     void setTab(ReportTab tab);
@@ -121,6 +126,7 @@ class ReportsPage : public SectionPage {
     struct Built {
         ReportScreenData data;
         Ledger ledger;  // the value the figures were read from
+        int64_t revision = 0;
     };
     struct Inputs {
         ReportFilter filter;
@@ -136,6 +142,9 @@ class ReportsPage : public SectionPage {
     void show(Built built);
     void showTab();
     void showNotes();
+    // Shows Local AI's summary of the report shown, and asks for one when
+    // there is none yet for these figures and the page is in view.
+    void showNarrative();
     void answerNotes(const std::optional<std::string>& noteID);
     void writeExport(const QString& title, const QString& name, const std::string& text);
 
@@ -175,6 +184,7 @@ class ReportsPage : public SectionPage {
     QToolButton* m_export = nullptr;
     QLabel* m_scopeLine = nullptr;
     QLabel* m_buildingLine = nullptr;
+    NarrativeCard* m_narrative = nullptr;
     QTabBar* m_tabs = nullptr;
     QWidget* m_content = nullptr;
     SectionCard* m_notes = nullptr;
@@ -185,6 +195,7 @@ class ReportsPage : public SectionPage {
 
     std::optional<ReportScreenData> m_shown;
     Ledger m_shownLedger;
+    int64_t m_shownRevision = 0;
     std::optional<Inputs> m_requested;
     bool m_outdated = false;
     bool m_building = false;

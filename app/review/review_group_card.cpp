@@ -1,5 +1,6 @@
 #include "app/review/review_group_card.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <QCompleter>
@@ -81,16 +82,19 @@ ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& grou
     actions->setSpacing(8);
     m_showTransactions = pushButton(QStringLiteral("Show Transactions"), this);
     actions->addWidget(m_showTransactions);
-    m_askPlace = new QWidget(this);
-    m_askPlace->setObjectName(QStringLiteral("askLocalAIPlace"));
-    m_askPlace->hide();
-    actions->addWidget(m_askPlace);
+    m_askLocalAI = pushButton(QStringLiteral("Ask Local AI about this group"), this);
+    m_askLocalAI->hide();
+    actions->addWidget(m_askLocalAI);
     actions->addStretch(1);
     m_save = pushButton(QStringLiteral("Save"), this);
     makePrimary(m_save);
     actions->addWidget(m_save);
     layout->addLayout(actions);
+    m_askNote = noteLabel(QString(), this, true);
+    m_askNote->hide();
+    layout->addWidget(m_askNote);
 
+    connect(m_askLocalAI, &QPushButton::clicked, this, [this] { askLocalAI(); });
     connect(m_remember, &QCheckBox::toggled, this, [this](bool on) {
         if (m_updating)
             return;
@@ -111,7 +115,7 @@ ReviewGroupCard::ReviewGroupCard(LedgerRuntime& runtime, const ReviewGroup& grou
             order << button;
         order << m_category;
     }
-    order << m_remember << m_showTransactions << m_save;
+    order << m_remember << m_showTransactions << m_askLocalAI << m_save;
     for (qsizetype i = 0; i + 1 < order.size(); ++i)
         setTabOrder(order[i], order[i + 1]);
 
@@ -491,6 +495,54 @@ void ReviewGroupCard::focusEditor() {
     }
     if (first)
         first->setFocus(Qt::TabFocusReason);
+}
+
+void ReviewGroupCard::setIntelligence(IntelligenceController* intelligence) {
+    m_intelligence = intelligence;
+    refreshIntelligence();
+}
+
+void ReviewGroupCard::refreshIntelligence() {
+    const bool on = m_intelligence && m_intelligence->switches().enabled;
+    m_askLocalAI->setVisible(on);
+    if (!on) {
+        m_asking = false;
+        m_unanswered = false;
+        m_askNote->hide();
+        return;
+    }
+    // One run at a time: while any goes, this card can't start another.
+    m_askLocalAI->setEnabled(!m_intelligence->isSuggesting());
+    if (m_intelligence->workingGroupIDs().contains(m_group.id)) {
+        setLabelText(m_askNote, QStringLiteral("Local AI is looking at this group\u2026"));
+        m_askNote->show();
+        return;
+    }
+    if (m_asking && !m_intelligence->isSuggesting()) {
+        m_asking = false;
+        // The suggestion, when there is one, is the banner's to show; a model
+        // that couldn't be asked has said why in the status already.
+        const Ledger& ledger = m_runtime.ledger();
+        const bool suggested = std::any_of(
+            m_group.transactionIDs.begin(), m_group.transactionIDs.end(), [&](const Uuid& id) {
+                const LedgerTransaction* line = ledger.transaction(id);
+                return line && line->suggestion && line->suggestion->source == MatchMethod::ai;
+            });
+        m_unanswered = !suggested && !m_runtime.statusMessage();
+    }
+    if (m_unanswered)
+        setLabelText(m_askNote, QStringLiteral("Local AI had no suggestion for this group."));
+    m_askNote->setVisible(m_unanswered);
+}
+
+void ReviewGroupCard::askLocalAI() {
+    if (!m_intelligence || m_intelligence->isSuggesting())
+        return;
+    m_asking = true;
+    m_unanswered = false;
+    // Only a suggestion: the person is at the card, and approves it there.
+    m_intelligence->start({m_group}, /*suggestOnly=*/true);
+    refreshIntelligence();
 }
 
 void ReviewGroupCard::changeEvent(QEvent* event) {

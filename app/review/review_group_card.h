@@ -29,6 +29,7 @@
 #include "app/widgets/merchant_badge.h"
 #include "core/review/review_decision.h"
 #include "core/review/review_queue.h"
+#include "runtime/intelligence_controller.h"
 #include "runtime/ledger_runtime.h"
 
 namespace copperwick::app {
@@ -72,6 +73,15 @@ class ReviewGroupCard : public CardFrame {
     // the payment was for.
     void focusEditor();
 
+    // Local AI, for "Ask Local AI about this group", offered while its
+    // switch is on; none leaves it out. It must outlive the card.
+    void setIntelligence(IntelligenceController* intelligence);
+    // Its switch or its run changed: the button and the note follow.
+    void refreshIntelligence();
+    // Lets Local AI suggest a merchant and category for this group alone;
+    // the suggestion comes back as the card's banner.
+    void askLocalAI();
+
     [[nodiscard]] QLineEdit* merchantField() const { return m_merchant; }
     [[nodiscard]] QComboBox* categoryBox() const { return m_category; }
     [[nodiscard]] QComboBox* kindBox() const { return m_kind; }
@@ -80,7 +90,12 @@ class ReviewGroupCard : public CardFrame {
     [[nodiscard]] QPushButton* saveButton() const { return m_save; }
     [[nodiscard]] QPushButton* approveButton() const { return m_approve; }
     [[nodiscard]] QPushButton* showTransactionsButton() const { return m_showTransactions; }
+    [[nodiscard]] QPushButton* askLocalAIButton() const { return m_askLocalAI; }
+    // What became of asking Local AI, while there is something to say.
+    [[nodiscard]] QLabel* askNote() const { return m_askNote; }
     [[nodiscard]] QWidget* suggestionBanner() const { return m_banner; }
+    // "Suggested", or "Local AI suggests" for the model's own suggestion.
+    [[nodiscard]] QLabel* suggestionTitle() const { return m_bannerTitle; }
     [[nodiscard]] QWidget* purposeEditor() const { return m_purposeEditor; }
     [[nodiscard]] QRadioButton* purposeButton(ZelleChoice choice) const;
     // The words that hold Save back, under the field they concern.
@@ -144,9 +159,13 @@ class ReviewGroupCard : public CardFrame {
     QCheckBox* m_remember = nullptr;
     QLabel* m_rememberNote = nullptr;
     QPushButton* m_showTransactions = nullptr;
-    // Where "Ask Local AI about this group" will stand while Local AI is on;
-    // empty and hidden until that work lands.
-    QWidget* m_askPlace = nullptr;
+    QPushButton* m_askLocalAI = nullptr;
+    QLabel* m_askNote = nullptr;
+    IntelligenceController* m_intelligence = nullptr;
+    // This card asked Local AI and hasn't heard back yet.
+    bool m_asking = false;
+    // It heard back, with nothing to suggest.
+    bool m_unanswered = false;
     QPushButton* m_save = nullptr;
     std::size_t m_saveInBackgroundFrom = LedgerRuntime::kLongHistory;
 };

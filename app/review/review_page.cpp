@@ -28,7 +28,8 @@ constexpr std::string_view kSubtitle =
 
 ReviewSnapshot readReviewQueue(const Ledger& ledger, LocalDate today) {
     return {ReviewQueue::groups(ledger), ReviewQueue::stalePending(ledger, today),
-            RuleSuggester::suggestions(ledger)};
+            RuleSuggester::suggestions(ledger),
+            ReviewQueue::makeGroups(ledger.aiFiledUnchecked(), ledger)};
 }
 
 ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
@@ -43,10 +44,9 @@ ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
     m_count->setFont(countFont);
     layout->addWidget(m_count);
 
-    m_intelligenceBarPlace = new QWidget(content);
-    m_intelligenceBarPlace->setObjectName(QStringLiteral("intelligenceBarPlace"));
-    m_intelligenceBarPlace->hide();
-    layout->addWidget(m_intelligenceBarPlace);
+    m_intelligenceBar = new IntelligenceBar(bridge, content);
+    m_intelligenceBar->hide();
+    layout->addWidget(m_intelligenceBar);
 
     m_caughtUp = buildCaughtUp(content);
     layout->addWidget(m_caughtUp);
@@ -65,10 +65,8 @@ ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
     m_showMore->hide();
     layout->addWidget(m_showMore, 0, Qt::AlignHCenter);
 
-    m_aiFiledPlace = new QWidget(content);
-    m_aiFiledPlace->setObjectName(QStringLiteral("aiFiledSectionPlace"));
-    m_aiFiledPlace->hide();
-    layout->addWidget(m_aiFiledPlace);
+    m_aiFiled = new AIFiledSection(m_runtime, &m_merchantNames, content);
+    layout->addWidget(m_aiFiled);
 
     m_stale = new StalePendingSection(m_runtime, content);
     layout->addWidget(m_stale);
@@ -80,6 +78,8 @@ ReviewPage::ReviewPage(RuntimeBridge& bridge, QWidget* parent)
     connect(scrollArea()->verticalScrollBar(), &QScrollBar::valueChanged, this,
             &ReviewPage::scrolled);
     connect(&m_bridge, &RuntimeBridge::changeSaved, this, &ReviewPage::changeSaved);
+    connect(&m_bridge, &RuntimeBridge::intelligenceChanged, this, &ReviewPage::intelligenceChanged);
+    connect(&m_bridge, &RuntimeBridge::modelStatusChanged, this, &ReviewPage::intelligenceChanged);
     connect(m_rules, &RuleSuggestionsSection::create, this,
             [this](const RuleSuggestion& suggestion) {
                 const LedgerCategory* category = m_runtime.ledger().category(suggestion.categoryID);
@@ -125,6 +125,16 @@ void ReviewPage::showEvent(QShowEvent* event) {
     SectionPage::showEvent(event);
     if (m_outdated)
         refresh();
+    // Whether Local AI's buttons can be offered is asked anew on each visit.
+    m_bridge.checkModel();
+}
+
+void ReviewPage::intelligenceChanged() {
+    m_intelligenceBar->setVisible(!groups().empty() || m_bridge.intelligence().isSuggesting());
+    m_intelligenceBar->refresh();
+    for (auto& [id, card] : m_cards)
+        card->refreshIntelligence();
+    orderTabs({scrollArea()});
 }
 
 void ReviewPage::changeSaved(const SavedChange& change) {
@@ -185,9 +195,10 @@ void ReviewPage::install(ReviewSnapshot snapshot, bool choicesChanged) {
     m_count->setText(count);
     m_count->setAccessibleName(count);
     layoutCards(choicesChanged);
+    m_aiFiled->setGroups(m_snapshot.aiFiled);
     m_stale->setTransactions(m_snapshot.stalePending);
     m_rules->setSuggestions(m_snapshot.ruleSuggestions);
-    orderTabs({scrollArea()});
+    intelligenceChanged();
 }
 
 void ReviewPage::layoutCards(bool choicesChanged) {
@@ -213,6 +224,7 @@ void ReviewPage::layoutCards(bool choicesChanged) {
         ReviewGroupCard*& card = m_cards[group.id];
         if (!card) {
             card = new ReviewGroupCard(m_runtime, group, true, &m_merchantNames);
+            card->setIntelligence(&m_bridge.intelligence());
             connect(card, &ReviewGroupCard::saved, this, &ReviewPage::groupDecided);
         } else {
             card->setGroup(group);

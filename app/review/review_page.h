@@ -2,7 +2,9 @@
 
 // The Review section: what the system couldn't decide, grouped by bank text
 // so that one decision covers every matching line; pending charges that
-// may never have posted; and rules the person could have written.
+// may never have posted; rules the person could have written; and what
+// Local AI filed by itself, for the person to check. Local AI's bar over
+// the groups offers to look at them all.
 //
 // The queue is read from the runtime's ledger whenever a saved change
 // touches what it is made of, on a copy in the background when the ledger
@@ -26,6 +28,8 @@
 #include <QStringListModel>
 #include <QVBoxLayout>
 
+#include "app/review/ai_filed_section.h"
+#include "app/review/intelligence_bar.h"
 #include "app/review/review_group_card.h"
 #include "app/review/rule_suggestions_section.h"
 #include "app/review/stale_pending_section.h"
@@ -44,6 +48,8 @@ struct ReviewSnapshot {
     std::vector<ReviewGroup> groups;
     std::vector<LedgerTransaction> stalePending;
     std::vector<RuleSuggestion> ruleSuggestions;
+    // What Local AI filed that nobody has checked, grouped as the queue is.
+    std::vector<ReviewGroup> aiFiled;
 };
 
 [[nodiscard]] ReviewSnapshot readReviewQueue(const Ledger& ledger, LocalDate today);
@@ -82,6 +88,8 @@ class ReviewPage : public SectionPage {
     [[nodiscard]] QPushButton* showMoreButton() const { return m_showMore; }
     [[nodiscard]] StalePendingSection* stalePendingSection() const { return m_stale; }
     [[nodiscard]] RuleSuggestionsSection* ruleSuggestionsSection() const { return m_rules; }
+    [[nodiscard]] IntelligenceBar* intelligenceBar() const { return m_intelligenceBar; }
+    [[nodiscard]] AIFiledSection* aiFiledSection() const { return m_aiFiled; }
 
     // Makes one more batch of cards.
     void showMore();
@@ -105,6 +113,8 @@ class ReviewPage : public SectionPage {
     void scrolled(int value);
     // A decided group leaves at once, before the queue is read again.
     void groupDecided(const std::string& groupID);
+    // Local AI's switches, run or model changed: the bar and the cards follow.
+    void intelligenceChanged();
 
     RuntimeBridge& m_bridge;
     LedgerRuntime& m_runtime;
@@ -125,16 +135,12 @@ class ReviewPage : public SectionPage {
     std::unique_ptr<BackgroundWork> m_work;
 
     QLabel* m_count = nullptr;
-    // Where the Local AI bar stands while Local AI is on; empty and hidden
-    // until that work lands, and hidden with Local AI off.
-    QWidget* m_intelligenceBarPlace = nullptr;
+    IntelligenceBar* m_intelligenceBar = nullptr;
     QWidget* m_caughtUp = nullptr;
     QLabel* m_readingLabel = nullptr;
     QVBoxLayout* m_cardList = nullptr;
     QPushButton* m_showMore = nullptr;
-    // Where the groups Local AI filed wait for a look; empty and hidden
-    // until that work lands.
-    QWidget* m_aiFiledPlace = nullptr;
+    AIFiledSection* m_aiFiled = nullptr;
     StalePendingSection* m_stale = nullptr;
     RuleSuggestionsSection* m_rules = nullptr;
 };

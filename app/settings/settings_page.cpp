@@ -9,6 +9,7 @@
 #include "app/settings/budgets_card.h"
 #include "app/settings/category_sheets.h"
 #include "app/settings/data_card.h"
+#include "app/settings/local_ai_card.h"
 #include "app/settings/record_cards.h"
 #include "app/settings/report_settings_card.h"
 #include "app/shell/sections.h"
@@ -23,9 +24,6 @@ namespace {
 
 constexpr std::string_view kIntro =
     "Your household, its accounts and categories, budgets, backups, and how Copperwick looks.";
-constexpr std::string_view kLocalAIText =
-    "Local AI runs on a model server on this computer, so nothing of your ledger leaves it. "
-    "Every feature works without it.";
 constexpr std::string_view kUpdatesText =
     "Copperwick is updated by your system's package manager, along with the rest of your "
     "software.";
@@ -67,10 +65,10 @@ SettingsPage::SettingsPage(RuntimeBridge& bridge, QWidget* parent)
     for (QWidget* card : std::initializer_list<QWidget*>{
              m_appearance, m_people, m_accounts, m_categories, m_budgets, m_reportSettings, m_data})
         column->addWidget(card);
-    // The Local AI switches and the update switches are built later; their
-    // places stand empty under the headings.
-    column->addWidget(
-        plainCard(QStringLiteral("Local AI"), "sparkles", kLocalAIText, m_localAIControls, this));
+    m_localAI = new LocalAICard(bridge, this);
+    column->addWidget(m_localAI);
+    // The update switches are built later; their place stands empty under
+    // the heading.
     column->addWidget(plainCard(QStringLiteral("Updates"), "arrow.down.circle", kUpdatesText,
                                 m_updateControls, this));
     column->addStretch(1);
@@ -81,6 +79,8 @@ void SettingsPage::showEvent(QShowEvent* event) {
     SectionPage::showEvent(event);
     if (std::exchange(m_outdated, false))
         changeSaved(SavedChange{.revision = m_bridge.runtime().revision(), .delta = std::nullopt});
+    // Whether the model server answers is asked anew on each visit.
+    m_bridge.checkModel();
 }
 
 void SettingsPage::changeSaved(const SavedChange& change) {
@@ -97,8 +97,8 @@ void SettingsPage::changeSaved(const SavedChange& change) {
     m_data->changeSaved(change);
     // Rows and fields made afresh come last in Qt's chain, whichever card
     // they stand in; Tab follows the page as it reads.
-    orderTabs(
-        {m_appearance, m_people, m_accounts, m_categories, m_budgets, m_reportSettings, m_data});
+    orderTabs({m_appearance, m_people, m_accounts, m_categories, m_budgets, m_reportSettings,
+               m_data, m_localAI});
 }
 
 std::vector<SelfCheck> SettingsPage::selfChecks() {

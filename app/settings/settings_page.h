@@ -3,8 +3,8 @@
 // The Settings section: one scrolling page of cards, each about one thing
 // the person keeps here: the look of the application, the household's
 // people, accounts and categories, budgets and the savings goal, what the
-// reports count, the data file and its backups, and the headings of Local
-// AI and updates. Each card reads the ledger through the runtime, changes
+// reports count, the data file and its backups, Local AI and its model
+// server, and the heading of updates. Each card reads the ledger through the runtime, changes
 // it only through the runtime, and redraws when a save touches what it
 // shows.
 //
@@ -28,6 +28,7 @@ class CategoriesCard;
 class BudgetsCard;
 class ReportSettingsCard;
 class DataCard;
+class LocalAICard;
 
 class SettingsPage : public SectionPage {
     Q_OBJECT
@@ -45,8 +46,7 @@ class SettingsPage : public SectionPage {
     [[nodiscard]] BudgetsCard* budgets() const { return m_budgets; }
     [[nodiscard]] ReportSettingsCard* reportSettings() const { return m_reportSettings; }
     [[nodiscard]] DataCard* data() const { return m_data; }
-    // Where the Local AI controls will stand; empty until they are built.
-    [[nodiscard]] QWidget* localAIControls() const { return m_localAIControls; }
+    [[nodiscard]] LocalAICard* localAI() const { return m_localAI; }
     // Where the update controls will stand; empty until they are built.
     [[nodiscard]] QWidget* updateControls() const { return m_updateControls; }
 
@@ -67,7 +67,7 @@ class SettingsPage : public SectionPage {
     BudgetsCard* m_budgets = nullptr;
     ReportSettingsCard* m_reportSettings = nullptr;
     DataCard* m_data = nullptr;
-    QWidget* m_localAIControls = nullptr;
+    LocalAICard* m_localAI = nullptr;
     QWidget* m_updateControls = nullptr;
     // Saved while the page was hidden: it reads everything again when it shows.
     bool m_outdated = false;

@@ -15,6 +15,7 @@
 #include "app/widgets/text_styles.h"
 #include "core/model/date_text.h"
 #include "core/model/money.h"
+#include "core/operations/ai_filings.h"
 #include "core/operations/classification.h"
 #include "core/operations/household_assignment.h"
 #include "core/operations/manual_entry.h"
@@ -43,9 +44,9 @@ const ImportBatch* batchOf(const Ledger& ledger, const LedgerTransaction& line) 
 
 }  // namespace
 
-TransactionInspector::TransactionInspector(LedgerRuntime& runtime, TransactionActions& actions,
+TransactionInspector::TransactionInspector(RuntimeBridge& bridge, TransactionActions& actions,
                                            QWidget* parent)
-    : QScrollArea(parent), m_runtime(runtime), m_actions(actions) {
+    : QScrollArea(parent), m_bridge(bridge), m_runtime(bridge.runtime()), m_actions(actions) {
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -105,6 +106,8 @@ void TransactionInspector::rebuild() {
     m_saveNote = nullptr;
     m_correct = nullptr;
     m_split = nullptr;
+    m_looksRight = nullptr;
+    m_chargeQuestion = nullptr;
     // The keyboard stays on the control of the same name when the panel is
     // made again, so that a note saved with Enter doesn't lose the place.
     QString focused;
@@ -318,15 +321,20 @@ void TransactionInspector::buildOne(QVBoxLayout* layout, const LedgerTransaction
     addText(layout,
             line.evidence.empty() ? QStringLiteral("Not matched yet.") : toQString(line.evidence),
             true);
-    // Where "Looks Right" will stand for a line filed by Local AI, and after
-    // it the "What is this charge?" section while Local AI is on: both empty
-    // and hidden until the Local AI work lands.
-    for (const char* place : {"looksRightPlace", "whatIsThisChargePlace"}) {
-        auto* empty = new QWidget(m_content);
-        empty->setObjectName(QString::fromLatin1(place));
-        empty->hide();
-        layout->addWidget(empty);
+    if (line.isAIFiledUnchecked()) {
+        m_looksRight = pushButton(QStringLiteral("Looks Right"), m_content);
+        connect(m_looksRight, &QPushButton::clicked, this, &TransactionInspector::looksRight);
+        layout->addWidget(m_looksRight, 0, Qt::AlignLeft);
+        addText(
+            layout,
+            QStringLiteral("Keeps this filing and teaches Copperwick. To change it, edit above."),
+            true);
     }
+
+    // 4. What Local AI makes of the bank's text.
+    layout->addSpacing(kSectionGap - layout->spacing());
+    m_chargeQuestion = new ChargeQuestion(m_bridge, line.id, m_content);
+    layout->addWidget(m_chargeQuestion);
 
     // 5. Where the line came from.
     addHeading(layout, QStringLiteral("Source"));
@@ -436,6 +444,17 @@ void TransactionInspector::approveSuggestion() {
         [ids = m_ids, remember = m_remember && m_remember->isChecked(),
          now](Ledger& ledger) -> std::optional<LedgerDelta> {
             return approveSuggestions(ledger, ids, remember, now);
+        },
+        [](const ApplyResult&) {});
+}
+
+void TransactionInspector::looksRight() {
+    if (m_ids.size() != 1)
+        return;
+    const Instant now = m_runtime.now();
+    m_runtime.applyForScreen(
+        [ids = m_ids, now](Ledger& ledger) -> std::optional<LedgerDelta> {
+            return confirmAIFiled(ledger, ids, now);
         },
         [](const ApplyResult&) {});
 }

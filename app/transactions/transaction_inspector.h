@@ -7,10 +7,12 @@
 // sections: its filing (with an editor like the review card's), its
 // details, why it is filed so, its source, its note, corrections and
 // splits, and the way back to automatic matching or out of the records.
+// A line Local AI filed can be kept as it is ("Looks Right"), and any line
+// can be asked about ("What is this charge?").
 //
 // Everything it changes goes through the runtime as one undoable step. It
 // reads the live ledger again whenever a save names a line it shows.
-// Main thread only. The runtime must outlive it.
+// Main thread only. The bridge and its runtime must outlive it.
 
 #include <vector>
 
@@ -22,6 +24,8 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include "app/shell/runtime_bridge.h"
+#include "app/transactions/charge_question.h"
 #include "app/transactions/transaction_actions.h"
 #include "runtime/ledger_runtime.h"
 
@@ -31,7 +35,7 @@ class TransactionInspector : public QScrollArea {
     Q_OBJECT
 
   public:
-    TransactionInspector(LedgerRuntime& runtime, TransactionActions& actions,
+    TransactionInspector(RuntimeBridge& bridge, TransactionActions& actions,
                          QWidget* parent = nullptr);
 
     void setSelection(std::vector<Uuid> ids);
@@ -42,6 +46,8 @@ class TransactionInspector : public QScrollArea {
     // The person's actions on the one line shown.
     void saveFiling();
     void approveSuggestion();
+    // Keeps Local AI's filing of the line shown as the person's own.
+    void looksRight();
     void saveNote();
     void openCorrection();
     void openSplit();
@@ -56,6 +62,9 @@ class TransactionInspector : public QScrollArea {
     [[nodiscard]] QPushButton* saveNoteButton() const { return m_saveNote; }
     [[nodiscard]] QPushButton* correctButton() const { return m_correct; }
     [[nodiscard]] QPushButton* splitButton() const { return m_split; }
+    // "Looks Right", for a line Local AI filed that nobody has checked.
+    [[nodiscard]] QPushButton* looksRightButton() const { return m_looksRight; }
+    [[nodiscard]] ChargeQuestion* chargeQuestion() const { return m_chargeQuestion; }
     // Any button of the panel by its words; null when there is none.
     [[nodiscard]] QPushButton* button(const QString& words) const;
     // Every text the panel shows, one a line, as a person reads it.
@@ -71,6 +80,7 @@ class TransactionInspector : public QScrollArea {
     QLabel* addHeading(QVBoxLayout* layout, const QString& words);
     QLabel* addText(QVBoxLayout* layout, const QString& words, bool quiet = false);
 
+    RuntimeBridge& m_bridge;
     LedgerRuntime& m_runtime;
     TransactionActions& m_actions;
     std::vector<Uuid> m_ids;
@@ -85,6 +95,8 @@ class TransactionInspector : public QScrollArea {
     QPushButton* m_saveNote = nullptr;
     QPushButton* m_correct = nullptr;
     QPushButton* m_split = nullptr;
+    QPushButton* m_looksRight = nullptr;
+    ChargeQuestion* m_chargeQuestion = nullptr;
 };
 
 }  // namespace copperwick::app

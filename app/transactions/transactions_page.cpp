@@ -140,7 +140,7 @@ TransactionsPage::TransactionsPage(RuntimeBridge& bridge, QWidget* parent)
     header->setSortIndicatorShown(true);
     m_table->installEventFilter(this);
 
-    m_inspector = new TransactionInspector(bridge.runtime(), *m_actions, this);
+    m_inspector = new TransactionInspector(bridge, *m_actions, this);
     m_inspector->setMinimumWidth(280);
 
     auto* tableCard = new CardFrame(this);

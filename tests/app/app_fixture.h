@@ -108,6 +108,18 @@ class AppWorkspace {
         return shown;
     }
 
+    // Waits until nothing Local AI's screens asked beside the window (whether
+    // the model server answers, a summary, a file's columns) is still out,
+    // then for the layouts its answers set off: a screen measured before
+    // that is measured mid-change.
+    void settleLocalAI() {
+        app::RuntimeBridge& shown = window ? window->bridge() : *bridge;
+        EXPECT_TRUE(
+            waitUntil([&] { return !shown.isCheckingModel() && !shown.intelligence().isBusy(); }));
+        QApplication::processEvents();
+        QApplication::processEvents();
+    }
+
     // A bank line on the first account that waits for review, saved as an
     // import would save it.
     Uuid addWaitingLine(const std::string& text, int64_t cents) {

@@ -35,6 +35,7 @@ class Keyboard : public ::testing::Test, protected AppWorkspace {
     // The keyboard in the sidebar with `section` chosen, as after Ctrl+1…8.
     void startIn(AppSection section) {
         runtime->setSection(section);
+        settleLocalAI();
         window->sidebar()->list()->setFocus(Qt::OtherFocusReason);
         QApplication::processEvents();
     }

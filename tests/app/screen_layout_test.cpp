@@ -57,6 +57,7 @@ TEST_F(ScreenLayout, NothingIsCutShortOrDrawnOverAnythingAtAnySize) {
             ASSERT_TRUE(std::any_of(cards.begin(), cards.end(),
                                     [](auto* card) { return card->asksPurpose(); }));
         }
+        settleLocalAI();
         for (const QSize& size : sizes()) {
             resize(size);
             app::SectionPage* page = window->page(section);

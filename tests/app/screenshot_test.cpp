@@ -1,13 +1,16 @@
 // Pictures of the built screens on the demo workspace, in the light and the
 // dark form of the default skin, at 1280 by 800 and at the window's smallest
-// size, then every Reports tab, a line chosen in Transactions and the sheets,
-// for a person to look at: written only when COPPERWICK_SCREENSHOT_DIR names
-// a folder. The README's pictures are the 1280 by 800 ones.
+// size, then every Reports tab, a line chosen in Transactions, a question
+// answered on the Ask screen and the sheets, for a person to look at:
+// written only when COPPERWICK_SCREENSHOT_DIR names a folder. Local AI is a
+// fake model server on this computer that answers from the program's own
+// words. The README's pictures are the 1280 by 800 ones.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 
 #include <QApplication>
 #include <QDir>
@@ -15,11 +18,13 @@
 #include <QScrollBar>
 #include <QTest>
 
+#include "app/ask/ask_page.h"
 #include "app/cash/cash_entry_sheet.h"
 #include "app/cash/cash_page.h"
 #include "app/import/import_page.h"
 #include "app/reports/pdf_export_sheet.h"
 #include "app/reports/reports_page.h"
+#include "app/review/review_page.h"
 #include "app/rules/rules_page.h"
 #include "app/settings/account_sheet.h"
 #include "app/shell/main_window.h"
@@ -28,6 +33,9 @@
 #include "app/transactions/transactions_page.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
+#include "runtime/on_device_model.h"
+#include "runtime/preferences.h"
+#include "tests/support/fake_model_server.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick::app {
@@ -43,10 +51,67 @@ constexpr Shot kShots[] = {{AppSection::importFiles, "import"},
                            {AppSection::transactions, "transactions"},
                            {AppSection::reports, "reports"},
                            {AppSection::cash, "cash"},
+                           {AppSection::ask, "ask"},
                            {AppSection::rules, "rules"},
                            {AppSection::settings, "settings"}};
 
 // The area a screen scrolls in: the largest one on it.
+// A model that knows a few of the demo's bank texts, reads the columns of
+// an odd bank file, explains a charge, summarises a report by copying its
+// first three facts word for word, and answers a question with what one
+// lookup of the recurring charges says.
+void answerAsAModelWould(copperwick::testing::FakeModelServer& server) {
+    namespace json = boost::json;
+    using copperwick::testing::FakeModelServer;
+    server.onChat([](const json::object& request) {
+        const std::string system = FakeModelServer::said(request, "system");
+        const std::string user = FakeModelServer::said(request, "user");
+        if (system == OnDeviceModelText::kWriteNarrative) {
+            std::istringstream lines(user);
+            json::array bullets;
+            for (std::string line; std::getline(lines, line) && bullets.size() < 3;) {
+                const auto colon = line.find(": ");
+                if (line.rfind('F', 0) == 0 && colon != std::string::npos)
+                    bullets.push_back(json::object{
+                        {"text", line.substr(colon + 2)},
+                        {"factIDs", json::array{json::string(line.substr(0, colon))}}});
+            }
+            return FakeModelServer::structured({{"bullets", bullets}});
+        }
+        if (system == OnDeviceModelText::kGuessMerchant) {
+            const bool market = user.find("DEMO MARKET") != std::string::npos;
+            return FakeModelServer::structured({{"merchant", market ? "Demo Market" : "unknown"},
+                                                {"category", market ? "Groceries" : ""},
+                                                {"kind", market ? "expense" : "unknown"},
+                                                {"reason", "A grocery store paid by debit card."}});
+        }
+        if (system == OnDeviceModelText::kProposeLayout)
+            return FakeModelServer::structured({{"headerRow", 1},
+                                                {"dateColumn", 1},
+                                                {"descriptionColumn", 2},
+                                                {"amountColumn", 3},
+                                                {"moneyOutColumn", 0},
+                                                {"moneyInColumn", 0},
+                                                {"postedDateColumn", 0},
+                                                {"statusColumn", 0},
+                                                {"purchasesArePositive", false},
+                                                {"bankName", "Odd Bank"},
+                                                {"accountType", "checking"}});
+        if (system == OnDeviceModelText::kExplain)
+            return FakeModelServer::structured(
+                {{"explanation",
+                  "Most likely a purchase at the business named in the bank's text; the number "
+                  "after it is usually the store's. If it looks unfamiliar, check your receipts or "
+                  "your bank's app."},
+                 {"confidence", "high"}});
+        const auto& last = request.at("messages").as_array().back().as_object();
+        if (last.at("role").as_string() == "user")
+            return FakeModelServer::toolCall("recurringCharges", {{"person", "everyone"}});
+        return FakeModelServer::text("Here is what Copperwick found. " +
+                                     std::string(last.at("content").as_string()));
+    });
+}
+
 QScrollArea* scrollingArea(QWidget* page) {
     QScrollArea* largest = nullptr;
     for (auto* area : page->findChildren<QScrollArea*>()) {
@@ -61,6 +126,11 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
     if (folder.isEmpty())
         GTEST_SKIP() << "COPPERWICK_SCREENSHOT_DIR names no folder";
     copperwick::testing::TempFolder preferences;
+    copperwick::testing::FakeModelServer server;
+    answerAsAModelWould(server);
+    // A demo reads the model server's address from the person's own preferences.
+    Preferences(Preferences::liveFile(preferences.path()))
+        .set(preference_keys::aiEndpoint, server.endpoint());
     RuntimeOptions options;
     options.demo = true;
     options.preferencesFolder = preferences.path();
@@ -148,6 +218,58 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         if (spending != ids.end())
             transactions->selectLines({*spending});
         save(&window, QStringLiteral("transactions-") + form + QStringLiteral("-chosen"));
+        // The same line asked about: "What is this charge?" answered.
+        if (auto* question = transactions->inspector()->chargeQuestion()) {
+            question->askButton()->click();
+            for (int wait = 0; wait < 500 && !window.bridge().intelligence().explaining().empty();
+                 ++wait)
+                QTest::qWait(10);
+            transactions->inspector()->ensureWidgetVisible(question);
+            save(&window, QStringLiteral("transactions-") + form + QStringLiteral("-explained"));
+        }
+
+        // Review once Local AI has filed what it was sure of, at the section
+        // that waits for the person's look; Undo then takes the run back.
+        runtime.setSection(AppSection::review);
+        auto* review = qobject_cast<ReviewPage*>(window.page(AppSection::review));
+        ASSERT_NE(review, nullptr);
+        review->intelligenceBar()->startButton()->click();
+        for (int wait = 0; wait < 1000 && window.bridge().intelligence().isSuggesting(); ++wait)
+            QTest::qWait(10);
+        QApplication::processEvents();
+        review->scrollArea()->ensureWidgetVisible(review->aiFiledSection(), 0, 0);
+        save(&window, QStringLiteral("review-") + form + QStringLiteral("-filed"));
+        runtime.undoLastChange();
+        runtime.setStatusMessage(std::nullopt);
+
+        // A question answered on the Ask screen with its lookups open, and
+        // the same screen with the model server not answering.
+        runtime.setSection(AppSection::ask);
+        auto* ask = qobject_cast<AskPage*>(window.page(AppSection::ask));
+        ASSERT_NE(ask, nullptr);
+        for (int wait = 0; wait < 500 && !window.bridge().modelStatus().isAvailable(); ++wait)
+            QTest::qWait(10);
+        ask->sampleButtons().at(2)->click();
+        for (int wait = 0; wait < 1000 && ask->cards().empty(); ++wait)
+            QTest::qWait(10);
+        ASSERT_FALSE(ask->cards().empty());
+        ask->cards().back()->lookupsToggle()->click();
+        save(&window, QStringLiteral("ask-") + form + QStringLiteral("-answered"));
+        window.resize(window.minimumSize());
+        save(&window, QStringLiteral("ask-") + form + QStringLiteral("-answered-smallest"));
+        window.resize(1280, 800);
+        server.onModels([](const boost::json::object&) {
+            return copperwick::testing::FakeModelServer::Reply{.status = 500};
+        });
+        window.bridge().checkModel();
+        for (int wait = 0; wait < 500 && !ask->notice()->isVisible(); ++wait)
+            QTest::qWait(10);
+        save(&window, QStringLiteral("ask-") + form + QStringLiteral("-unavailable"));
+        server.onModels({});
+        window.bridge().checkModel();
+        for (int wait = 0; wait < 500 && ask->notice()->isVisible(); ++wait)
+            QTest::qWait(10);
+        window.bridge().intelligence().clearAnswers();
 
         // The sheets, each as it opens.
         runtime.setSection(AppSection::cash);
@@ -184,6 +306,18 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         import->showLayouts();
         save(import->layoutsSheet(), QStringLiteral("sheet-layouts-") + form);
         import->layoutsSheet()->reject();
+        // A file no layout fits, read by Local AI as it arrives.
+        const auto odd = preferences.path() / "odd-bank.csv";
+        copperwick::testing::writeFile(odd,
+                                       "Booked;Text;Sum;Left\n2026-03-01;COFFEE SHOP;-4.50;100.00\n"
+                                       "2026-03-02;GROCER;-30.10;69.90\n"
+                                       "2026-03-03;PAYROLL;1000.00;1069.90\n");
+        importer.add({odd}, runtime);
+        importer.waitForAnalyses(runtime);
+        for (int wait = 0; wait < 500 && window.bridge().intelligence().isBusy(); ++wait)
+            QTest::qWait(10);
+        save(&window, QStringLiteral("import-") + form + QStringLiteral("-local-ai"));
+        importer.clear();
         const auto unknown = preferences.path() / "credit-union.csv";
         copperwick::testing::writeFile(unknown,
                                        "Posted On,Narrative,Sum\n2026-01-03,CORNER COFFEE,-4.50\n");

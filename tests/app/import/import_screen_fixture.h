@@ -52,7 +52,8 @@ class ImportScreenTest : public ::testing::Test, protected AppWorkspace {
     }
 
     // Drops `files` on the drop area as a file manager would, then waits
-    // until every one of them has been read.
+    // until every one of them has been read, and Local AI has had its look
+    // at any no layout fits.
     void drop(const std::vector<fs::path>& files) {
         QMimeData mime;
         QList<QUrl> urls;
@@ -66,6 +67,7 @@ class ImportScreenTest : public ::testing::Test, protected AppWorkspace {
         QDropEvent dropped(QPointF(centre), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(area, &dropped);
         EXPECT_TRUE(waitUntil([&] { return importer.pendingAnalyses() == 0; }));
+        settleLocalAI();
         QTest::qWait(1);
     }
 

@@ -45,6 +45,7 @@ class CashAndSettingsAudit : public ::testing::Test, protected AppWorkspace {
 TEST_F(CashAndSettingsAudit, NothingIsCutShortOrWiderThanTheScreenAtAnySize) {
     for (const AppSection section : kScreens) {
         runtime->setSection(section);
+        settleLocalAI();
         for (const QSize size :
              {window->minimumSize(), QSize(1000, 700), QSize(1400, 900), QSize(1600, 1000)}) {
             resize(size);
