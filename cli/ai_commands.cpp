@@ -156,11 +156,8 @@ void runLook(CommandContext& context, const LookOptions& options) {
         return;
     }
     IntelligenceController intelligence(*runtime);
-    if (const auto refusal = localAIRefusal(intelligence)) {
-        context.err << *refusal << '\n';
-        context.exitCode = kExitFailure;
+    if (refuseLocalAI(context, intelligence))
         return;
-    }
 
     std::set<Uuid> filedBefore;
     for (const auto* transaction : runtime->ledger().aiFiledUnchecked())
@@ -198,11 +195,8 @@ void runTidy(CommandContext& context) {
     if (reportUnavailable(*runtime, context))
         return;
     IntelligenceController intelligence(*runtime);
-    if (const auto refusal = localAIRefusal(intelligence)) {
-        context.err << *refusal << '\n';
-        context.exitCode = kExitFailure;
+    if (refuseLocalAI(context, intelligence))
         return;
-    }
     runtime->setStatusMessage(std::nullopt);
     intelligence.tidyMerchantNames();
     intelligence.wait();

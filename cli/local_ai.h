@@ -7,18 +7,28 @@
 #include <ostream>
 #include <string>
 
+#include "cli/command_line.h"
+#include "cli/commands.h"
 #include "runtime/intelligence_controller.h"
 #include "runtime/intelligence_prompts.h"
 
 namespace copperwick::cli {
 
-// Why Local AI can't be used now (switched off, or no model answering), in
-// the person's words; absent when it can. Asks the model server.
-[[nodiscard]] inline std::optional<std::string> localAIRefusal(
-    const IntelligenceController& intelligence) {
+// Says why Local AI can't be used now (switched off, or no model
+// answering) and fails the command; false, saying nothing, when it can be.
+// Asks the model server.
+[[nodiscard]] inline bool refuseLocalAI(CommandContext& context,
+                                        const IntelligenceController& intelligence) {
+    std::optional<std::string> refusal;
     if (!intelligence.switches().enabled)
-        return std::string(IntelligencePrompts::kTurnedOff);
-    return intelligence.model().unavailableReason();
+        refusal = std::string(IntelligencePrompts::kTurnedOff);
+    else
+        refusal = intelligence.model().unavailableReason();
+    if (!refusal)
+        return false;
+    context.err << *refusal << '\n';
+    context.exitCode = kExitFailure;
+    return true;
 }
 
 // Writes each new progress line of a look-at run to `err` while it lasts: a
