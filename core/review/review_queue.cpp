@@ -48,7 +48,9 @@ ReviewGroup makeGroup(std::string id, std::vector<const LedgerTransaction*>& lin
     std::vector<Suggestion> suggestions;
     bool everyLineSuggests = true;
     std::set<Uuid> merchantIDs;
-    std::set<std::string> accountNames;
+    // Names are looked up per account, not per line: a group can hold
+    // thousands of lines of one or two accounts.
+    std::set<Uuid> accountIDs;
     for (const LedgerTransaction* line : lines) {
         if (line->suggestion) {
             if (std::find(suggestions.begin(), suggestions.end(), *line->suggestion) ==
@@ -59,10 +61,14 @@ ReviewGroup makeGroup(std::string id, std::vector<const LedgerTransaction*>& lin
         }
         if (line->merchantID)
             merchantIDs.insert(*line->merchantID);
-        if (const Account* account = ledger.account(line->accountID))
-            accountNames.insert(account->name);
+        accountIDs.insert(line->accountID);
         group.transactionIDs.push_back(line->id);
         group.total = checked::add(group.total, line->amount);
+    }
+    std::set<std::string> accountNames;
+    for (const Uuid& id : accountIDs) {
+        if (const Account* account = ledger.account(id))
+            accountNames.insert(account->name);
     }
     group.accountNames.assign(accountNames.begin(), accountNames.end());
     if (merchantIDs.size() == 1)
