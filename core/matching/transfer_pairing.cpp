@@ -122,12 +122,19 @@ Candidate candidateOf(const LedgerTransaction& transaction) {
 // pairs, so what a candidate copied, and its text, stay good between passes.
 bool pairOnce(Ledger& ledger, std::vector<Candidate>& candidates, LedgerDelta& delta) {
     bool ambiguous = false;
-    std::vector<const Candidate*> debits;
     std::unordered_map<int64_t, std::vector<const Candidate*>> creditsByAmount;
     for (const auto& candidate : candidates) {
         if (candidate.amount > 0)
             creditsByAmount[candidate.amount].push_back(&candidate);
-        else
+    }
+    // Only debits with a credit of their very amount can pair, and in a
+    // ledger of unfiled purchases they are few; only they need an order.
+    // Every amount is a real cent figure, so the negation can't overflow
+    // except at the one value no bank prints; such a debit has no mirror.
+    std::vector<const Candidate*> debits;
+    for (const auto& candidate : candidates) {
+        if (candidate.amount < 0 && candidate.amount != INT64_MIN &&
+            creditsByAmount.contains(-candidate.amount))
             debits.push_back(&candidate);
     }
     std::sort(debits.begin(), debits.end(), [](const Candidate* a, const Candidate* b) {
@@ -139,13 +146,7 @@ bool pairOnce(Ledger& ledger, std::vector<Candidate>& candidates, LedgerDelta& d
     std::unordered_set<Uuid> used;
     std::vector<std::pair<Uuid, Uuid>> pairs;  // debit, credit
     for (const Candidate* debit : debits) {
-        // Every amount is a real cent figure, so the negation can't overflow
-        // except at the one value no bank prints; such a debit has no mirror.
-        if (debit->amount == INT64_MIN)
-            continue;
         const auto credits = creditsByAmount.find(-debit->amount);
-        if (credits == creditsByAmount.end())
-            continue;
         int64_t nearest = kMaximumDaysApart + 1;
         const Candidate* chosen = nullptr;
         int atNearest = 0;
