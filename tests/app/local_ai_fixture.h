@@ -12,6 +12,7 @@
 #include "runtime/preferences.h"
 #include "tests/app/app_fixture.h"
 #include "tests/support/fake_model_server.h"
+#include "tests/support/model_test_support.h"
 
 namespace copperwick::testing {
 

@@ -36,6 +36,7 @@
 #include "runtime/on_device_model.h"
 #include "runtime/preferences.h"
 #include "tests/support/fake_model_server.h"
+#include "tests/support/model_test_support.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick::app {
@@ -86,17 +87,7 @@ void answerAsAModelWould(copperwick::testing::FakeModelServer& server) {
                                                 {"reason", "A grocery store paid by debit card."}});
         }
         if (system == OnDeviceModelText::kProposeLayout)
-            return FakeModelServer::structured({{"headerRow", 1},
-                                                {"dateColumn", 1},
-                                                {"descriptionColumn", 2},
-                                                {"amountColumn", 3},
-                                                {"moneyOutColumn", 0},
-                                                {"moneyInColumn", 0},
-                                                {"postedDateColumn", 0},
-                                                {"statusColumn", 0},
-                                                {"purchasesArePositive", false},
-                                                {"bankName", "Odd Bank"},
-                                                {"accountType", "checking"}});
+            return FakeModelServer::structured(copperwick::testing::layoutDraft(3));
         if (system == OnDeviceModelText::kExplain)
             return FakeModelServer::structured(
                 {{"explanation",

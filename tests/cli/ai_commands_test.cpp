@@ -9,6 +9,7 @@
 
 #include "runtime/ledger_runtime.h"
 #include "runtime/on_device_model.h"
+#include "tests/support/card_statement.h"
 #include "tests/support/fake_model_server.h"
 #include "tests/support/model_test_support.h"
 #include "tests/support/run_command.h"
@@ -19,6 +20,7 @@ namespace {
 
 namespace json = boost::json;
 using testing::FakeModelServer;
+using testing::layoutDraft;
 using testing::lineOf;
 using testing::ScopedVariable;
 using testing::TempFolder;
@@ -51,17 +53,7 @@ FakeModelServer::Reply fakeModel(const json::object& request,
         return FakeModelServer::structured(
             {{"explanation", "A coffee roaster, paid through Square."}, {"confidence", "high"}});
     if (system == OnDeviceModelText::kProposeLayout)
-        return FakeModelServer::structured({{"headerRow", 1},
-                                            {"dateColumn", 1},
-                                            {"descriptionColumn", 2},
-                                            {"amountColumn", 3},
-                                            {"moneyOutColumn", 0},
-                                            {"moneyInColumn", 0},
-                                            {"postedDateColumn", 0},
-                                            {"statusColumn", 0},
-                                            {"purchasesArePositive", false},
-                                            {"bankName", "Odd Bank"},
-                                            {"accountType", "checking"}});
+        return FakeModelServer::structured(layoutDraft(3));
     if (system.rfind(OnDeviceModelText::kAnswerBase, 0) == 0) {
         const auto& last = request.at("messages").as_array().back().as_object();
         if (last.at("role").as_string() == "user")
@@ -70,14 +62,6 @@ FakeModelServer::Reply fakeModel(const json::object& request,
         return FakeModelServer::text("Your subscriptions: " + result.substr(result.find('\n') + 1));
     }
     return {.status = 400, .body = R"({"error":"unexpected request"})"};
-}
-
-// A card statement in Chase's layout, one line per (date, text, amount).
-std::string statement(const std::vector<std::tuple<std::string, std::string, std::string>>& lines) {
-    std::string csv = "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n";
-    for (const auto& [date, text, amount] : lines)
-        csv += date + "," + date + "," + text + ",,Sale," + amount + ",\n";
-    return csv;
 }
 
 class AICommandsTest : public ::testing::Test {
@@ -113,9 +97,9 @@ class AICommandsTest : public ::testing::Test {
             });
         }
         testing::writeFile(folder / "visa.csv",
-                           statement({{"03/02/2026", "SQ *ZEPHYR BEANS 0042", "-4.50"},
-                                      {"03/09/2026", "SQ *ZEPHYR BEANS 0042", "-5.25"},
-                                      {"03/11/2026", "QQX HOLDINGS 771", "-19.99"}}));
+                           testing::cardStatement({{"03/02/2026", "SQ *ZEPHYR BEANS 0042", "-4.50"},
+                                                   {"03/09/2026", "SQ *ZEPHYR BEANS 0042", "-5.25"},
+                                                   {"03/11/2026", "QQX HOLDINGS 771", "-19.99"}}));
         const auto result = run({"import", (folder / "visa.csv").string(), "--account", "Visa"});
         ASSERT_EQ(result.code, 0) << result.err;
     }
@@ -339,8 +323,8 @@ TEST_F(AICommandsTest, AnImportLetsLocalAILookAtWhatItLeaves) {
     // Switched off, the next import leaves everything to the person.
     run({"ai", "set", "autoSuggest", "off"});
     testing::writeFile(folder / "april.csv",
-                       statement({{"04/02/2026", "SQ *ZEPHYR BEANS 0042", "-4.75"},
-                                  {"04/05/2026", "WQV TRADING 12", "-8.00"}}));
+                       testing::cardStatement({{"04/02/2026", "SQ *ZEPHYR BEANS 0042", "-4.75"},
+                                               {"04/05/2026", "WQV TRADING 12", "-8.00"}}));
     const auto chatsBefore = server.chats().size();
     const auto imported = run({"import", (folder / "april.csv").string(), "--account", "Visa"});
     ASSERT_EQ(imported.code, 0) << imported.err;

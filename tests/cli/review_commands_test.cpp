@@ -3,6 +3,7 @@
 
 #include "cli/command_line.h"
 #include "runtime/ledger_runtime.h"
+#include "tests/support/card_statement.h"
 #include "tests/support/run_command.h"
 #include "tests/support/temp_folder.h"
 
@@ -10,14 +11,6 @@ namespace copperwick::cli {
 namespace {
 
 using testing::TempFolder;
-
-// A card statement in Chase's layout, one line per (date, text, amount).
-std::string statement(const std::vector<std::tuple<std::string, std::string, std::string>>& lines) {
-    std::string csv = "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n";
-    for (const auto& [date, text, amount] : lines)
-        csv += date + "," + date + "," + text + ",,Sale," + amount + ",\n";
-    return csv;
-}
 
 class ReviewCommandsTest : public ::testing::Test {
   protected:
@@ -58,16 +51,18 @@ class ReviewCommandsTest : public ::testing::Test {
 };
 
 TEST_F(ReviewCommandsTest, LearnedDecisionsFileTheNextMonthAndUndoBringsOneBack) {
-    import("january.csv", statement({{"01/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
-                                     {"01/09/2026", "ROSIES BAKERY PORTLAND", "-12.40"},
-                                     { "01/20/2026",
-                                       "KESTREL BIKE WORKS",
-                                       "-45.00" }}));
-    import("february.csv", statement({{"02/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
-                                      {"02/11/2026", "ROSIES BAKERY PORTLAND", "-9.10"},
-                                      { "02/14/2026",
-                                        "ROSIES BAKERY PORTLAND",
-                                        "-3.25" }}));
+    import("january.csv",
+           testing::cardStatement({{"01/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
+                                   {"01/09/2026", "ROSIES BAKERY PORTLAND", "-12.40"},
+                                   { "01/20/2026",
+                                     "KESTREL BIKE WORKS",
+                                     "-45.00" }}));
+    import("february.csv",
+           testing::cardStatement({{"02/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
+                                   {"02/11/2026", "ROSIES BAKERY PORTLAND", "-9.10"},
+                                   { "02/14/2026",
+                                     "ROSIES BAKERY PORTLAND",
+                                     "-3.25" }}));
     EXPECT_EQ(groupIDs(),
               (std::vector<std::string>{"out|ROSIES BAKERY PORTLAND", "out|HILLTOP YOGA STUDIO",
                                         "out|KESTREL BIKE WORKS"}));
@@ -88,12 +83,12 @@ TEST_F(ReviewCommandsTest, LearnedDecisionsFileTheNextMonthAndUndoBringsOneBack)
     ASSERT_EQ(run({"classify", "out|KESTREL BIKE WORKS", "--category", "Transportation"}).code, 0);
     EXPECT_EQ(run({"review"}).out.substr(0, 13), "All caught up");
 
-    import("march.csv", statement({{"03/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
-                                   {"03/08/2026", "ROSIES BAKERY PORTLAND", "-7.00"},
-                                   {"03/09/2026", "KESTREL BIKE WORKS", "-60.00"},
-                                   { "03/12/2026",
-                                     "MOSSY OWL TEAHOUSE",
-                                     "-6.00" }}));
+    import("march.csv", testing::cardStatement({{"03/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
+                                                {"03/08/2026", "ROSIES BAKERY PORTLAND", "-7.00"},
+                                                {"03/09/2026", "KESTREL BIKE WORKS", "-60.00"},
+                                                { "03/12/2026",
+                                                  "MOSSY OWL TEAHOUSE",
+                                                  "-6.00" }}));
     EXPECT_EQ(groupIDs(), std::vector<std::string>{"out|MOSSY OWL TEAHOUSE"});
     const auto march = boost::json::parse(
         run({"--json", "transactions", "--from", "2026-03-01", "--search", "rosies"}).out);
@@ -115,7 +110,10 @@ TEST_F(ReviewCommandsTest, LearnedDecisionsFileTheNextMonthAndUndoBringsOneBack)
 }
 
 TEST_F(ReviewCommandsTest, ClassifyRefusesWhatTheCardWouldRefuse) {
-    import("january.csv", statement({{ "01/05/2026", "HILLTOP YOGA STUDIO", "-80.00" }}));
+    import("january.csv", testing::cardStatement(
+                              {{ "01/05/2026",
+                                 "HILLTOP YOGA STUDIO",
+                                 "-80.00" }}));
     auto result = run({"classify", "out|HILLTOP YOGA STUDIO", "--kind", "expense"});
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err, "Choose a category that matches spending or income.\n");
@@ -133,10 +131,10 @@ TEST_F(ReviewCommandsTest, ClassifyRefusesWhatTheCardWouldRefuse) {
 }
 
 TEST_F(ReviewCommandsTest, ApproveTakesTheGroupsSuggestion) {
-    import("january.csv", statement({{"01/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
-                                     { "01/06/2026",
-                                       "HILLTOP YOGA STUDIO",
-                                       "-80.00" }}));
+    import("january.csv", testing::cardStatement({{"01/05/2026", "HILLTOP YOGA STUDIO", "-80.00"},
+                                                  { "01/06/2026",
+                                                    "HILLTOP YOGA STUDIO",
+                                                    "-80.00" }}));
     {
         LedgerRuntime runtime(RuntimeOptions{.dataFolder = folder / "data"});
         std::vector<Uuid> ids;

@@ -22,6 +22,8 @@ namespace {
 
 namespace json = boost::json;
 using testing::FakeModelServer;
+using testing::kOddFile;
+using testing::layoutDraft;
 using testing::lineOf;
 using testing::quickLimits;
 using testing::TempFolder;
@@ -511,29 +513,6 @@ TEST_F(IntelligenceTest, AQuestionThatFailsStandsAsAFailedAnswer) {
     hurried.ask("What changed?");
     EXPECT_EQ(hurried.answers().back().text, "Local AI features are turned off in Settings.");
     EXPECT_EQ(hurried.answers().size(), 3u);
-}
-
-constexpr std::string_view kOddFile =
-    "Booked;Text;Sum;Left\n"
-    "2026-03-01;COFFEE SHOP;-4.50;100.00\n"
-    "2026-03-02;GROCER;-30.10;69.90\n"
-    "2026-03-03;PAYROLL;1000.00;1069.90\n"
-    "2026-03-04;BOOKS;-12.00;1057.90\n"
-    "2026-03-05;GAS;-40.00;1017.90\n"
-    "2026-03-06;LUNCH;-9.99;1007.91\n";
-
-json::object layoutDraft(int amountColumn) {
-    return {{"headerRow", 1},
-            {"dateColumn", 1},
-            {"descriptionColumn", 2},
-            {"amountColumn", amountColumn},
-            {"moneyOutColumn", 0},
-            {"moneyInColumn", 0},
-            {"postedDateColumn", 0},
-            {"statusColumn", 0},
-            {"purchasesArePositive", false},
-            {"bankName", "Odd Bank"},
-            {"accountType", "checking"}};
 }
 
 TEST_F(IntelligenceTest, ALayoutReadingIsCheckedAgainstTheWholeFile) {

@@ -1,13 +1,16 @@
 #pragma once
 
 // What tests of Local AI share beside the fake server: time limits short
-// enough for a test, a prompt's labelled line, and an environment variable
-// set for one test only.
+// enough for a test, a prompt's labelled line, an environment variable set
+// for one test only, and a file no layout fits with the model's reading of it.
 
 #include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <string_view>
+
+#include <boost/json.hpp>
 
 #include "runtime/on_device_model.h"
 
@@ -51,5 +54,31 @@ class ScopedVariable {
     const char* m_name;
     std::optional<std::string> m_old;
 };
+
+// Columns nobody recognises, nor Copperwick's own reading: "Sum" next to
+// "Left" leaves it two amounts to choose from.
+inline constexpr std::string_view kOddFile =
+    "Booked;Text;Sum;Left\n"
+    "2026-03-01;COFFEE SHOP;-4.50;100.00\n"
+    "2026-03-02;GROCER;-30.10;69.90\n"
+    "2026-03-03;PAYROLL;1000.00;1069.90\n"
+    "2026-03-04;BOOKS;-12.00;1057.90\n"
+    "2026-03-05;GAS;-40.00;1017.90\n"
+    "2026-03-06;LUNCH;-9.99;1007.91\n";
+
+// The model's reading of such a file, with its amounts in `amountColumn`.
+inline boost::json::object layoutDraft(int amountColumn) {
+    return {{"headerRow", 1},
+            {"dateColumn", 1},
+            {"descriptionColumn", 2},
+            {"amountColumn", amountColumn},
+            {"moneyOutColumn", 0},
+            {"moneyInColumn", 0},
+            {"postedDateColumn", 0},
+            {"statusColumn", 0},
+            {"purchasesArePositive", false},
+            {"bankName", "Odd Bank"},
+            {"accountType", "checking"}};
+}
 
 }  // namespace copperwick::testing

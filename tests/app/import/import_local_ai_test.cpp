@@ -17,31 +17,6 @@ namespace {
 
 namespace json = boost::json;
 
-// Columns nobody recognises, nor Copperwick's own reading: "Sum" next to
-// "Left" leaves it two amounts to choose from.
-constexpr std::string_view kOddFile =
-    "Booked;Text;Sum;Left\n"
-    "2026-03-01;COFFEE SHOP;-4.50;100.00\n"
-    "2026-03-02;GROCER;-30.10;69.90\n"
-    "2026-03-03;PAYROLL;1000.00;1069.90\n"
-    "2026-03-04;BOOKS;-12.00;1057.90\n"
-    "2026-03-05;GAS;-40.00;1017.90\n"
-    "2026-03-06;LUNCH;-9.99;1007.91\n";
-
-json::object layoutDraft(int amountColumn) {
-    return {{"headerRow", 1},
-            {"dateColumn", 1},
-            {"descriptionColumn", 2},
-            {"amountColumn", amountColumn},
-            {"moneyOutColumn", 0},
-            {"moneyInColumn", 0},
-            {"postedDateColumn", 0},
-            {"statusColumn", 0},
-            {"purchasesArePositive", false},
-            {"bankName", "Odd Bank"},
-            {"accountType", "checking"}};
-}
-
 class ImportWithLocalAI : public ::testing::Test, protected LocalAIWorkspace {
   protected:
     ImportWithLocalAI() {
