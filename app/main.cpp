@@ -35,10 +35,7 @@ int main(int argc, char** argv) {
     skins.applyAppIcon();
     MainWindow window(runtime, importer);
 
-    if (!options.files.empty()) {
-        runtime.setSection(AppSection::importFiles);
-        importer.add(options.files, runtime);
-    }
+    openFilesToImport(options, runtime, importer);
     PackageCheck* check = nullptr;
     if (options.checkPackage) {
         runtime.setSection(AppSection::transactions);

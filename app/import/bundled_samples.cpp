@@ -14,9 +14,13 @@ namespace copperwick::app {
 
 std::optional<std::filesystem::path> samplesFolder() {
     // A program of the build tree sits one folder down in the build folder,
-    // which sits in the source tree; installed, the samples are data.
+    // which sits in the source tree. Installed, the samples are data beside
+    // the program's bin folder, wherever the package put both, and last in
+    // the place the build was configured for.
+    const std::filesystem::path program = localPath(QCoreApplication::applicationDirPath());
     const std::filesystem::path candidates[] = {
-        localPath(QCoreApplication::applicationDirPath()) / ".." / ".." / "samples",
+        program / ".." / ".." / "samples",
+        program / ".." / "share" / "copperwick" / "samples",
         std::filesystem::path(COPPERWICK_SAMPLES_INSTALL_DIR),
     };
     for (const auto& candidate : candidates) {

@@ -1,9 +1,11 @@
 #include "app/shell/app_icon.h"
 
+#include <QBuffer>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <QSvgGenerator>
 
 namespace copperwick::app {
 
@@ -16,10 +18,7 @@ QColor toColor(const RGB& rgb, double alpha = 1.0) {
 
 }  // namespace
 
-QImage drawAppIcon(const SkinIconColors& colors, int size) {
-    QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
+void paintAppIcon(QPainter& painter, const SkinIconColors& colors, double size) {
     painter.setRenderHint(QPainter::Antialiasing);
 
     // Desktop icons keep a little air around the tile, as their neighbours do.
@@ -46,7 +45,32 @@ QImage drawAppIcon(const SkinIconColors& colors, int size) {
     bar(0.24, 0.6, toColor(colors.stripe, 0.45));
     bar(0.40, 0.42, toColor(colors.stripe, 0.45));
     bar(0.62, 0.6, toColor(colors.stripe));
+}
+
+QImage drawAppIcon(const SkinIconColors& colors, int size) {
+    QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    paintAppIcon(painter, colors, size);
     return image;
+}
+
+QByteArray appIconSVG(const SkinIconColors& colors) {
+    // Drawn at the size the hicolor theme's scalable icons are designed at;
+    // the viewBox lets a desktop scale it to any other.
+    constexpr int kSize = 256;
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QSvgGenerator generator;
+    generator.setOutputDevice(&buffer);
+    generator.setSize(QSize(kSize, kSize));
+    generator.setViewBox(QRect(0, 0, kSize, kSize));
+    generator.setTitle(QStringLiteral("Copperwick"));
+    {
+        QPainter painter(&generator);
+        paintAppIcon(painter, colors, kSize);
+    }
+    return buffer.data();
 }
 
 QIcon appIcon(Skin skin) {

@@ -12,7 +12,7 @@ RuntimeOptions AppOptions::runtimeOptions() const {
     return options;
 }
 
-AppOptions parseAppOptions(const QCoreApplication& application) {
+AppOptions parseAppOptions(const QStringList& arguments) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Copperwick: private household budgeting."));
     parser.addHelpOption();
@@ -38,7 +38,7 @@ AppOptions parseAppOptions(const QCoreApplication& application) {
     parser.addPositionalArgument(QStringLiteral("files"),
                                  QStringLiteral("Bank files (CSV, OFX, QFX) to import."),
                                  QStringLiteral("[FILE...]"));
-    parser.process(application);
+    parser.process(arguments);
 
     AppOptions options;
     if (parser.isSet(dataDir))
@@ -49,6 +49,17 @@ AppOptions parseAppOptions(const QCoreApplication& application) {
     for (const QString& file : parser.positionalArguments())
         options.files.push_back(std::filesystem::absolute(file.toStdString()));
     return options;
+}
+
+AppOptions parseAppOptions(const QCoreApplication& application) {
+    return parseAppOptions(application.arguments());
+}
+
+void openFilesToImport(const AppOptions& options, LedgerRuntime& runtime, ImportModel& importer) {
+    if (options.files.empty())
+        return;
+    runtime.setSection(AppSection::importFiles);
+    importer.add(options.files, runtime);
 }
 
 }  // namespace copperwick::app

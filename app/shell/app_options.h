@@ -14,7 +14,9 @@
 #include <vector>
 
 #include <QCoreApplication>
+#include <QStringList>
 
+#include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
 
 namespace copperwick::app {
@@ -34,5 +36,12 @@ struct AppOptions {
 // Reads the application's arguments. --help and --version print and exit
 // with 0; a mistake prints what was wrong and exits with 1.
 [[nodiscard]] AppOptions parseAppOptions(const QCoreApplication& application);
+// The same for an argument list that begins with the program's name, as the
+// desktop's file manager passes it (Exec=copperwick-app %F).
+[[nodiscard]] AppOptions parseAppOptions(const QStringList& arguments);
+
+// Files the application was started with open in the Import section, each
+// read as a dropped file is; nothing is saved until Import is chosen.
+void openFilesToImport(const AppOptions& options, LedgerRuntime& runtime, ImportModel& importer);
 
 }  // namespace copperwick::app

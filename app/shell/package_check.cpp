@@ -7,6 +7,7 @@
 #include <QPixmap>
 #include <QSaveFile>
 #include <QTimer>
+#include <system_error>
 
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
@@ -24,6 +25,10 @@ void PackageCheck::startAfterDelay() {
 bool PackageCheck::run() {
     m_results.clear();
     m_screenshots.clear();
+    // The result may be asked for in a folder of its own, as a smoke test
+    // run in a clean system does; the pictures go beside it.
+    std::error_code error;
+    std::filesystem::create_directories(m_resultFile.parent_path(), error);
     checkWindow();
     visitSections();
     checkUndo();

@@ -227,6 +227,8 @@ std::optional<fs::path> findBundle() {
         candidates.push_back(*folder / "Contents" / "Resources" / kBundleName);
         candidates.push_back(*folder / "Resources" / kBundleName);
         candidates.push_back(*folder / kBundleName);
+        // Installed: the data folder beside the program's bin folder.
+        candidates.push_back(*folder / ".." / "share" / "copperwick" / kBundleName);
     }
     candidates.push_back(fs::path(COPPERWICK_INSTALL_DATADIR) / "copperwick" / kBundleName);
     for (const fs::path& candidate : candidates) {

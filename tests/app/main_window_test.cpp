@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/shell/app_options.h"
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
 #include "core/operations/classification.h"
@@ -227,6 +228,35 @@ TEST(MainWindow, DroppedFilesGoToImport) {
     ASSERT_TRUE(waitUntil([&] { return f.importer.files().size() == 1; }));
     EXPECT_EQ(f.importer.files()[0].url.filename(), "chase-card.csv");
     EXPECT_EQ(f.importer.pendingAnalyses(), 0);
+}
+
+TEST(MainWindow, FilesFromTheFileManagerOpenInImport) {
+    // The desktop entry hands the files a person opened with Copperwick to
+    // the program's arguments; they must land on the Import screen as cards,
+    // named wherever they were, with nothing saved yet.
+    AppFixture f;
+    f.runtime->setSection(AppSection::reports);
+    const QString statement = QStringLiteral(COPPERWICK_TEST_DATA "/ofx/savings.qfx");
+    const app::AppOptions options =
+        app::parseAppOptions({QStringLiteral("copperwick-app"), QStringLiteral("--data-dir"),
+                              QString::fromStdString(f.runtime->dataFolder().string()), statement});
+    ASSERT_EQ(options.files.size(), 1u);
+    EXPECT_EQ(options.files[0], std::filesystem::path(statement.toStdString()));
+    EXPECT_EQ(options.dataDir, f.runtime->dataFolder());
+
+    const int64_t revision = f.runtime->revision();
+    app::openFilesToImport(options, *f.runtime, f.importer);
+    EXPECT_EQ(f.window->pages()->currentWidget(), f.window->page(AppSection::importFiles));
+    ASSERT_TRUE(waitUntil([&] { return f.importer.files().size() == 1; }));
+    EXPECT_EQ(f.importer.files()[0].url.filename(), "savings.qfx");
+    EXPECT_GT(f.importer.files()[0].analysis.rows.size(), 0u);
+    EXPECT_EQ(f.runtime->revision(), revision);
+
+    // Started with no file, the window stays where it was.
+    f.runtime->setSection(AppSection::reports);
+    app::openFilesToImport(app::parseAppOptions({QStringLiteral("copperwick-app")}), *f.runtime,
+                           f.importer);
+    EXPECT_EQ(f.runtime->section(), AppSection::reports);
 }
 
 }  // namespace
