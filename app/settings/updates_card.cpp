@@ -18,14 +18,19 @@ UpdatesCard::UpdatesCard(UpdateService& service, QWidget* parent)
         body()->addWidget(m_packageManager);
         return;
     }
-    const auto addSwitch = [this](const QString& words) {
+    // Close together, as Local AI's switches stand.
+    auto* switches = new QVBoxLayout;
+    switches->setContentsMargins(0, 0, 0, 0);
+    switches->setSpacing(6);
+    const auto addSwitch = [this, switches](const QString& words) {
         auto* box = new QCheckBox(words, this);
         box->setAccessibleName(words);
-        body()->addWidget(box);
+        switches->addWidget(box);
         return box;
     };
     m_checks = addSwitch(QStringLiteral("Check for updates automatically"));
     m_installs = addSwitch(QStringLiteral("Download and install updates automatically"));
+    body()->addLayout(switches);
     body()->addWidget(noteLabel(toQString(kNote), this, true));
 
     auto* checkRow = new QHBoxLayout;
