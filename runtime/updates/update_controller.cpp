@@ -323,7 +323,13 @@ void UpdateController::armDailyCheck() {
         delay = std::chrono::milliseconds(static_cast<int64_t>(
             std::clamp(due, 0.0, std::chrono::duration<double>(kCheckInterval).count()) * 1000));
     }
-    m_dailyCheck = m_hooks.clock->set(delay, [this] { check(false); });
+    m_dailyCheck = m_hooks.clock->set(delay, [this] {
+        // A download or an install may outlast a day; the check comes a day later.
+        if (isBusy())
+            m_dailyCheck = m_hooks.clock->set(kCheckInterval, [this] { check(false); });
+        else
+            check(false);
+    });
 }
 
 void UpdateController::tell(bool asked, std::string message, bool isError) {
