@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include <QApplication>
+#include <QTimer>
 
 #include "app/shell/app_options.h"
 #include "app/shell/desktop_icon.h"
@@ -8,6 +9,7 @@
 #include "app/shell/package_check.h"
 #include "app/shell/qt_main_queue.h"
 #include "app/shell/skin_store.h"
+#include "app/shell/update_service.h"
 #include "copperwick_version.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
@@ -33,6 +35,8 @@ int main(int argc, char** argv) {
     SkinStore skins(runtime.defaults(), &application);
     skins.applyAppearance();
     skins.applyAppIcon();
+    // Also a child of the application, where Settings and the menu find it.
+    UpdateService updates(runtime, UpdateConfiguration::fromBuild(), &application);
     MainWindow window(runtime, importer);
 
     openFilesToImport(options, runtime, importer);
@@ -42,6 +46,9 @@ int main(int argc, char** argv) {
         check = new PackageCheck(window, *options.checkPackage, &window);
     }
     window.show();
+    // Once the window is up; a demo and the self-check never look for updates.
+    if (!runtime.isDemo() && !options.checkPackage)
+        QTimer::singleShot(0, &updates, [&updates] { updates.controller().start(); });
     if (check)
         check->startAfterDelay();
     const int code = QApplication::exec();

@@ -15,7 +15,9 @@
 #include "core/presentation/demo_ledger.h"
 #include "core/store/private_folder.h"
 #include "runtime/data_folders.h"
+#include "runtime/import_model.h"
 #include "runtime/instant_text.h"
+#include "runtime/intelligence_controller.h"
 
 namespace copperwick {
 
@@ -206,6 +208,16 @@ LocalDate LedgerRuntime::today() const {
 ReportBundle LedgerRuntime::buildReportBundle(const ReportFilter& filter) {
     const ActivityCount counting(m_activeReportBuilds);
     return ReportBundle::build(m_ledger, filter, today());
+}
+
+UpdateActivity LedgerRuntime::updateActivity() const {
+    return UpdateActivity{
+        .isImporting = (m_importer && m_importer->isBusy()) || m_entryEditorCount > 0,
+        .isBuildingReport = m_activeReportBuilds > 0,
+        .isBuildingPDF = m_activePDFBuilds > 0,
+        .isFilingWithAppleIntelligence = m_intelligence && m_intelligence->isFilingTransactions(),
+        .isTidyingMerchants = m_intelligence && m_intelligence->isTidying(),
+    };
 }
 
 std::filesystem::path LedgerRuntime::dataFile() const {

@@ -37,8 +37,12 @@
 #include "runtime/main_queue.h"
 #include "runtime/observable.h"
 #include "runtime/preferences.h"
+#include "runtime/update_policy.h"
 
 namespace copperwick {
+
+class ImportModel;
+class IntelligenceController;
 
 struct RuntimeOptions {
     bool demo = false;
@@ -149,6 +153,21 @@ class LedgerRuntime {
     // Keeps activePDFBuilds above 0 while a PDF is made, so that an update
     // waits for it.
     [[nodiscard]] ActivityCount countPDFBuild() { return ActivityCount(m_activePDFBuilds); }
+    // The importer and Local AI live beside the runtime, not in it; the
+    // application names them here so that an update can see what they are
+    // doing. Not owned; null when there is none. Whoever names one takes it
+    // back before it goes.
+    void setActivitySources(const ImportModel* importer,
+                            const IntelligenceController* intelligence) {
+        m_importer = importer;
+        m_intelligence = intelligence;
+    }
+    // What the program is doing now, read afresh on each call: an update
+    // installs only when none of it is under way.
+    [[nodiscard]] UpdateActivity updateActivity() const;
+    // Expires when the runtime goes, for those who hold on to it from
+    // outside (the update controller) and must not reach a gone one.
+    [[nodiscard]] std::weak_ptr<const bool> lifetime() const { return m_alive; }
 
     // Every ordinary change: run on a copy, save, then make the copy live.
     // When another program saved to the file since it was read here, the file
@@ -315,6 +334,8 @@ class LedgerRuntime {
     Observable<std::optional<std::string>> m_errorMessage;
     Observable<std::optional<std::string>> m_statusMessage;
     int m_entryEditorCount = 0;
+    const ImportModel* m_importer = nullptr;
+    const IntelligenceController* m_intelligence = nullptr;
     Observable<std::optional<TransactionsFocus>> m_transactionsFocus;
     bool m_isDemo;
     bool m_warmMerchantKeys;

@@ -81,6 +81,13 @@ inline constexpr std::string_view appearanceFinderIconShown =
 // Where the local model server listens, and which model it runs (text).
 inline constexpr std::string_view aiEndpoint = "Copperwick.aiEndpoint";
 inline constexpr std::string_view aiModel = "Copperwick.aiModel";
+// Updates: whether to check once a day and to download what is found, and
+// when the last check was ("2026-03-09T14:15:00Z", UTC).
+inline constexpr std::string_view automaticallyChecksForUpdates =
+    "Copperwick.automaticallyChecksForUpdates";
+inline constexpr std::string_view automaticallyDownloadsUpdates =
+    "Copperwick.automaticallyDownloadsUpdates";
+inline constexpr std::string_view lastUpdateCheckDate = "Copperwick.lastUpdateCheckDate";
 
 }  // namespace preference_keys
 

@@ -12,11 +12,10 @@
 #include "app/settings/local_ai_card.h"
 #include "app/settings/record_cards.h"
 #include "app/settings/report_settings_card.h"
+#include "app/settings/updates_card.h"
 #include "app/shell/sections.h"
 #include "app/widgets/qt_text.h"
-#include "app/widgets/section_card.h"
 #include "app/widgets/tab_order.h"
-#include "app/widgets/text_styles.h"
 
 namespace copperwick::app {
 
@@ -24,9 +23,6 @@ namespace {
 
 constexpr std::string_view kIntro =
     "Your household, its accounts and categories, budgets, backups, and how Copperwick looks.";
-constexpr std::string_view kUpdatesText =
-    "Copperwick is updated by your system's package manager, along with the rest of your "
-    "software.";
 
 // The application's SkinStore, when main() made it a child of the
 // application object; otherwise one of the page's own.
@@ -36,16 +32,12 @@ SkinStore* applicationSkins(Preferences& preferences, QObject* owner) {
     return new SkinStore(preferences, owner);
 }
 
-// A heading with its plain line, and an empty place for controls to come.
-SectionCard* plainCard(const QString& title, std::string_view symbol, std::string_view text,
-                       QWidget*& controls, QWidget* parent) {
-    auto* card = new SectionCard(title, {}, symbol, parent);
-    card->body()->addWidget(secondaryLabel(toQString(text), card));
-    controls = new QWidget(card);
-    controls->setObjectName(title + QStringLiteral(" controls"));
-    controls->hide();
-    card->body()->addWidget(controls);
-    return card;
+// The application's update service, when main() made one; otherwise one of
+// the page's own on this build's configuration, which is never started.
+UpdateService* applicationUpdates(LedgerRuntime& runtime, QObject* owner) {
+    if (auto* found = UpdateService::ofApplication())
+        return found;
+    return new UpdateService(runtime, UpdateConfiguration::fromBuild(), owner);
 }
 
 }  // namespace
@@ -67,10 +59,8 @@ SettingsPage::SettingsPage(RuntimeBridge& bridge, QWidget* parent)
         column->addWidget(card);
     m_localAI = new LocalAICard(bridge, this);
     column->addWidget(m_localAI);
-    // The update switches are built later; their place stands empty under
-    // the heading.
-    column->addWidget(plainCard(QStringLiteral("Updates"), "arrow.down.circle", kUpdatesText,
-                                m_updateControls, this));
+    m_updates = new UpdatesCard(*applicationUpdates(bridge.runtime(), this), this);
+    column->addWidget(m_updates);
     column->addStretch(1);
     connect(&m_bridge, &RuntimeBridge::changeSaved, this, &SettingsPage::changeSaved);
 }
@@ -98,7 +88,7 @@ void SettingsPage::changeSaved(const SavedChange& change) {
     // Rows and fields made afresh come last in Qt's chain, whichever card
     // they stand in; Tab follows the page as it reads.
     orderTabs({m_appearance, m_people, m_accounts, m_categories, m_budgets, m_reportSettings,
-               m_data, m_localAI});
+               m_data, m_localAI, m_updates});
 }
 
 std::vector<SelfCheck> SettingsPage::selfChecks() {

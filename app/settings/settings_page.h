@@ -4,19 +4,21 @@
 // the person keeps here: the look of the application, the household's
 // people, accounts and categories, budgets and the savings goal, what the
 // reports count, the data file and its backups, Local AI and its model
-// server, and the heading of updates. Each card reads the ledger through the runtime, changes
-// it only through the runtime, and redraws when a save touches what it
-// shows.
+// server, and updates. Each card reads the ledger through the runtime,
+// changes it only through the runtime, and redraws when a save touches what
+// it shows.
 //
 // The look goes through the application's SkinStore: the one made as a
 // child of the application object when there is one, otherwise one of the
-// page's own on the runtime's preferences. Main thread only.
+// page's own on the runtime's preferences. Updates go through the
+// application's UpdateService in the same way. Main thread only.
 
 #include <QLabel>
 #include <QWidget>
 
 #include "app/shell/runtime_bridge.h"
 #include "app/shell/skin_store.h"
+#include "app/shell/update_service.h"
 #include "app/widgets/section_page.h"
 
 namespace copperwick::app {
@@ -29,6 +31,7 @@ class BudgetsCard;
 class ReportSettingsCard;
 class DataCard;
 class LocalAICard;
+class UpdatesCard;
 
 class SettingsPage : public SectionPage {
     Q_OBJECT
@@ -47,8 +50,7 @@ class SettingsPage : public SectionPage {
     [[nodiscard]] ReportSettingsCard* reportSettings() const { return m_reportSettings; }
     [[nodiscard]] DataCard* data() const { return m_data; }
     [[nodiscard]] LocalAICard* localAI() const { return m_localAI; }
-    // Where the update controls will stand; empty until they are built.
-    [[nodiscard]] QWidget* updateControls() const { return m_updateControls; }
+    [[nodiscard]] UpdatesCard* updates() const { return m_updates; }
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -68,7 +70,7 @@ class SettingsPage : public SectionPage {
     ReportSettingsCard* m_reportSettings = nullptr;
     DataCard* m_data = nullptr;
     LocalAICard* m_localAI = nullptr;
-    QWidget* m_updateControls = nullptr;
+    UpdatesCard* m_updates = nullptr;
     // Saved while the page was hidden: it reads everything again when it shows.
     bool m_outdated = false;
 };

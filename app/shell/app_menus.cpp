@@ -7,6 +7,7 @@
 #include <QProcess>
 
 #include "app/shell/sections.h"
+#include "app/shell/update_service.h"
 #include "app/widgets/qt_text.h"
 #include "copperwick_version.h"
 
@@ -64,6 +65,9 @@ AppMenus::AppMenus(QMainWindow& window, RuntimeBridge& bridge)
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
     m_checkForUpdates = help->addAction(QStringLiteral("Check for Updates…"));
     connect(m_checkForUpdates, &QAction::triggered, this, &AppMenus::checkForUpdates);
+    if (UpdateService* updates = UpdateService::ofApplication())
+        connect(updates, &UpdateService::changed, this, &AppMenus::updateCheckForUpdates);
+    updateCheckForUpdates();
     help->addSeparator();
     QAction* about = help->addAction(QStringLiteral("About Copperwick"));
     about->setMenuRole(QAction::AboutRole);
@@ -109,9 +113,14 @@ void AppMenus::openDemoWorkspace() {
 }
 
 void AppMenus::checkForUpdates() {
-    QMessageBox::information(&m_window, QStringLiteral("Check for Updates"),
-                             QStringLiteral("Copperwick is updated by your system's package "
-                                            "manager. Check there for a newer version."));
+    if (UpdateService* updates = UpdateService::ofApplication())
+        updates->controller().checkNow();
+}
+
+void AppMenus::updateCheckForUpdates() {
+    const UpdateService* updates = UpdateService::ofApplication();
+    m_checkForUpdates->setEnabled(updates && updates->controller().canCheckForUpdates() &&
+                                  !updates->controller().isBusy());
 }
 
 void AppMenus::showAbout() {

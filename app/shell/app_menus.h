@@ -4,7 +4,8 @@
 // Bank Files…" (Ctrl+O), Quit. Edit: Undo (Ctrl+Z), whose title follows the
 // last saved change, and "Settings…" (Ctrl+,), where Linux desktops keep
 // their preferences. Go: the eight sections by their own keys. Help: "Check
-// for Updates…" and About.
+// for Updates…", through the application's UpdateService and on only when
+// it can check, and About.
 //
 // Each command runs the road a person's action would: through the runtime
 // and the import model, never around them. Main thread only.
@@ -43,6 +44,8 @@ class AppMenus : public QObject {
     void updateUndo();
     void openDemoWorkspace();
     void checkForUpdates();
+    // On while the application's updater can check and isn't already at it.
+    void updateCheckForUpdates();
     void showAbout();
 
     QMainWindow& m_window;

@@ -29,10 +29,13 @@ RuntimeBridge::RuntimeBridge(LedgerRuntime& runtime, ImportModel& importer, QObj
     // Files no layout fits are read by Local AI as they arrive, as its
     // switches allow, and an import ends with it looking at what is left.
     m_importer.setIntelligence(m_intelligence.get(), true);
+    // An update waits while either is at work.
+    m_runtime.setActivitySources(&m_importer, m_intelligence.get());
 }
 
 RuntimeBridge::~RuntimeBridge() {
     m_closing->store(true);
+    m_runtime.setActivitySources(nullptr, nullptr);
     m_importer.setIntelligence(nullptr);
     m_runtime.removeObserver(m_revisionObserver);
     m_runtime.removeObserver(m_sectionObserver);

@@ -7,8 +7,9 @@
 //
 // The bridge also owns the application's one IntelligenceController, made
 // beside the runtime and handed to the import model for the bridge's life,
-// and turns its callbacks into a signal as it does the runtime's. Whether
-// the model server answers is asked beside the window, never on it.
+// and turns its callbacks into a signal as it does the runtime's. It names
+// both to the runtime as what an update waits for. Whether the model server
+// answers is asked beside the window, never on it.
 //
 // The runtime and the import model must outlive the bridge. Main thread
 // only, like the runtime. Not copyable.

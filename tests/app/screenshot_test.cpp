@@ -4,7 +4,8 @@
 // answered on the Ask screen and the sheets, for a person to look at:
 // written only when COPPERWICK_SCREENSHOT_DIR names a folder. Local AI is a
 // fake model server on this computer that answers from the program's own
-// words. The README's pictures are the 1280 by 800 ones.
+// words. The README's pictures are the 1280 by 800 ones. Settings' Updates
+// card has pictures of its own, in a build that checks for updates.
 
 #include <gtest/gtest.h>
 
@@ -27,9 +28,12 @@
 #include "app/review/review_page.h"
 #include "app/rules/rules_page.h"
 #include "app/settings/account_sheet.h"
+#include "app/settings/settings_page.h"
+#include "app/settings/updates_card.h"
 #include "app/shell/main_window.h"
 #include "app/shell/qt_main_queue.h"
 #include "app/shell/skin_store.h"
+#include "app/shell/update_service.h"
 #include "app/transactions/transactions_page.h"
 #include "runtime/import_model.h"
 #include "runtime/ledger_runtime.h"
@@ -38,6 +42,7 @@
 #include "tests/support/fake_model_server.h"
 #include "tests/support/model_test_support.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/update_feed_server.h"
 
 namespace copperwick::app {
 namespace {
@@ -321,6 +326,78 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
         import->mappingSheet()->reject();
         importer.clear();
         QApplication::processEvents();
+    }
+}
+
+// Settings' Updates card in a build that checks for updates, on a live
+// workspace: a version downloaded and waiting while an entry editor is open,
+// then the question once the program is idle, in the light and the dark form.
+TEST(Screenshots, TheUpdatesCardInLightAndDark) {
+    const QString folder = qEnvironmentVariable("COPPERWICK_SCREENSHOT_DIR");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "COPPERWICK_SCREENSHOT_DIR names no folder";
+    using namespace std::chrono_literals;
+    copperwick::testing::TempFolder workspace;
+    copperwick::testing::UpdateFeedServer server;
+    copperwick::testing::TestSigningKey key;
+    const std::string package = "!<arch>\na newer Copperwick\n";
+    server.serve("/copperwick.deb", package);
+    server.serveFeed(copperwick::testing::feedXML({{.version = "0.2.0",
+                                                    .url = server.url("/copperwick.deb"),
+                                                    .length = package.size(),
+                                                    .signature = key.sign(package)}}));
+    RuntimeOptions options;
+    options.dataFolder = workspace / "Copperwick";
+    options.preferencesFolder = workspace / "config";
+    options.mainQueue = std::make_shared<QtMainQueue>(qApp);
+    LedgerRuntime runtime(std::move(options));
+    runtime.defaults().set(preference_keys::automaticallyChecksForUpdates, true);
+    ImportModel importer;
+    SkinStore skins(runtime.defaults(), qApp);
+    auto clock = std::make_shared<copperwick::testing::ManualAlarmClock>();
+    UpdateService updates(
+        runtime,
+        UpdateConfiguration{
+            .feed = server.feedURL(), .publicKey = key.publicKey(), .runningVersion = "0.1.0"},
+        qApp, clock);
+    updates.controller().start();
+    for (int wait = 0; wait < 500 && updates.controller().isBusy(); ++wait)
+        QTest::qWait(10);
+    const auto save = [&](QWidget* widget, const QString& name) {
+        QApplication::processEvents();
+        EXPECT_TRUE(widget->grab().save(QDir(folder).filePath(name + ".png")))
+            << name.toStdString();
+    };
+    for (const bool dark : {false, true}) {
+        SkinPreference preference = skins.preference();
+        preference.appearance = dark ? AppearanceMode::dark : AppearanceMode::light;
+        skins.update(preference);
+        skins.applyAppearance();
+        const QString form = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        MainWindow window(runtime, importer);
+        window.resize(1280, 800);
+        window.show();
+        runtime.setSection(AppSection::settings);
+        auto* settings = qobject_cast<SettingsPage*>(window.page(AppSection::settings));
+        ASSERT_NE(settings, nullptr);
+        // Found, not yet downloaded: downloads are off.
+        save(settings->updates(), QStringLiteral("settings-updates-") + form);
+        runtime.setEntryEditorCount(1);
+        updates.controller().checkNow();
+        for (int wait = 0; wait < 500 && !updates.controller().heldBy(); ++wait)
+            QTest::qWait(10);
+        save(settings->updates(),
+             QStringLiteral("settings-updates-") + form + QStringLiteral("-waiting"));
+        if (QScrollArea* area = scrollingArea(settings)) {
+            area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+            save(&window, QStringLiteral("settings-") + form + QStringLiteral("-updates"));
+        }
+        runtime.setEntryEditorCount(0);
+        clock->advance(std::chrono::duration_cast<std::chrono::milliseconds>(
+            UpdateInstallPolicy::retryInterval));
+        ASSERT_NE(updates.question(), nullptr);
+        save(updates.question(), QStringLiteral("sheet-update-") + form);
+        updates.question()->reject();
     }
 }
 
