@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <memory>
-#include <mutex>
-
-#include <sys/socket.h>
 
 #include <curl/curl.h>
+
+#include "runtime/curl_support.h"
 
 namespace copperwick::ModelHttp {
 
@@ -15,19 +14,9 @@ namespace {
 // A connection that can't be made on loopback in this time isn't coming.
 constexpr std::chrono::milliseconds kConnectLimit{5'000};
 
-void initialiseOnce() {
-    static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-}
-
-struct CurlDeleter {
-    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-};
-struct ListDeleter {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
-using Handle = std::unique_ptr<CURL, CurlDeleter>;
-using List = std::unique_ptr<curl_slist, ListDeleter>;
+using curl_support::Handle;
+using curl_support::List;
+using curl_support::set;
 
 struct Exchange {
     const Request* request = nullptr;
@@ -48,29 +37,20 @@ std::size_t receive(char* data, std::size_t size, std::size_t count, void* conte
 }
 
 int progress(void* context, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
-    const auto* exchange = static_cast<Exchange*>(context);
-    return exchange->request->cancelled && exchange->request->cancelled() ? 1 : 0;
+    return curl_support::stopWhenCancelled(static_cast<Exchange*>(context)->request->cancelled);
 }
 
 // The last word on where a connection goes: whatever name or address led
 // here, a socket to anywhere but this computer is never opened.
 curl_socket_t openSocket(void* context, curlsocktype, curl_sockaddr* address) {
-    if (!isLoopbackAddress(&address->addr)) {
-        static_cast<Exchange*>(context)->refusedAddress = true;
-        return CURL_SOCKET_BAD;
-    }
-    return ::socket(address->family, address->socktype, address->protocol);
-}
-
-template <typename Value>
-bool set(CURL* handle, CURLoption option, Value value) {
-    return curl_easy_setopt(handle, option, value) == CURLE_OK;
+    return curl_support::openLoopbackSocket(*address,
+                                            static_cast<Exchange*>(context)->refusedAddress);
 }
 
 }  // namespace
 
 Reply send(const Request& request) {
-    initialiseOnce();
+    curl_support::initialiseOnce();
     Reply reply;
     Handle handle(curl_easy_init());
     if (!handle) {
@@ -81,12 +61,7 @@ Reply send(const Request& request) {
     Exchange exchange{.request = &request};
     const std::string url = request.endpoint.url(request.route);
 
-    List resolve;
-    if (request.endpoint.isName()) {
-        const std::string pin = request.endpoint.host + ":" +
-                                std::to_string(request.endpoint.port) + ":127.0.0.1,[::1]";
-        resolve.reset(curl_slist_append(nullptr, pin.c_str()));
-    }
+    const List resolve = curl_support::pinToLoopback(request.endpoint);
     List headers(curl_slist_append(nullptr, "Accept: application/json"));
     if (request.body) {
         headers.reset(curl_slist_append(headers.release(), "Content-Type: application/json"));

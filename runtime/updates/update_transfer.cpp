@@ -3,16 +3,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <curl/curl.h>
 
 #include "copperwick_version.h"
+#include "runtime/curl_support.h"
 #include "runtime/loopback_endpoint.h"
 
 namespace copperwick::UpdateTransfer {
@@ -26,17 +25,7 @@ constexpr long kMostRedirects = 5;
 // whole time limit still allows.
 constexpr long kStalledSeconds = 60;
 
-void initialiseOnce() {
-    static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-}
-
-struct CurlDeleter {
-    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-};
-struct ListDeleter {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
+using curl_support::set;
 
 bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
     if (text.size() < prefix.size())
@@ -93,33 +82,23 @@ std::size_t receive(char* data, std::size_t size, std::size_t count, void* conte
 }
 
 int progress(void* context, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
-    const auto* sink = static_cast<Sink*>(context);
-    return sink->request->cancelled && sink->request->cancelled() ? 1 : 0;
+    return curl_support::stopWhenCancelled(static_cast<Sink*>(context)->request->cancelled);
 }
 
 // For a plain http address: whatever name led here, a socket to anywhere
 // but this computer is never opened.
 curl_socket_t openLoopbackSocket(void* context, curlsocktype, curl_sockaddr* address) {
-    if (!isLoopbackAddress(&address->addr)) {
-        static_cast<Sink*>(context)->refusedAddress = true;
-        return CURL_SOCKET_BAD;
-    }
-    return ::socket(address->family, address->socktype, address->protocol);
-}
-
-template <typename Value>
-bool set(CURL* handle, CURLoption option, Value value) {
-    return curl_easy_setopt(handle, option, value) == CURLE_OK;
+    return curl_support::openLoopbackSocket(*address, static_cast<Sink*>(context)->refusedAddress);
 }
 
 Outcome transfer(const Request& request, Sink& sink) {
-    initialiseOnce();
+    curl_support::initialiseOnce();
     Outcome outcome;
     if (!isAllowedAddress(request.url)) {
         outcome.kind = Outcome::Kind::refused;
         return outcome;
     }
-    const std::unique_ptr<CURL, CurlDeleter> handle(curl_easy_init());
+    const curl_support::Handle handle(curl_easy_init());
     if (!handle) {
         outcome.detail = "the connection couldn't be set up";
         return outcome;
@@ -130,12 +109,8 @@ Outcome transfer(const Request& request, Sink& sink) {
     const std::optional<LoopbackEndpoint> loopback =
         secure ? std::nullopt : LoopbackEndpoint::parse(request.url);
     const std::string url = loopback ? loopback->text() : request.url;
-    std::unique_ptr<curl_slist, ListDeleter> resolve;
-    if (loopback && loopback->isName()) {
-        const std::string pin =
-            loopback->host + ":" + std::to_string(loopback->port) + ":127.0.0.1,[::1]";
-        resolve.reset(curl_slist_append(nullptr, pin.c_str()));
-    }
+    const curl_support::List resolve =
+        loopback ? curl_support::pinToLoopback(*loopback) : curl_support::List();
     const std::string agent = std::string("Copperwick/") + COPPERWICK_VERSION;
     const long limit = std::max(static_cast<long>(request.timeLimit.count()), 1L);
     const long connectLimit =

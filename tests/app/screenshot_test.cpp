@@ -66,6 +66,22 @@ constexpr Shot kShots[] = {{AppSection::importFiles, "import"},
 // an odd bank file, explains a charge, summarises a report by copying its
 // first three facts word for word, and answers a question with what one
 // lookup of the recurring charges says.
+// Saves a picture of `widget` as FOLDER/NAME.png, once what it shows has settled.
+void saveShot(QWidget* widget, const QString& folder, const QString& name) {
+    QApplication::processEvents();
+    EXPECT_TRUE(widget->grab().save(QDir(folder).filePath(name + ".png"))) << name.toStdString();
+}
+
+// Turns the light or dark appearance on and gives its name for the pictures.
+QString showIn(copperwick::app::SkinStore& skins, bool dark) {
+    using namespace copperwick;
+    SkinPreference preference = skins.preference();
+    preference.appearance = dark ? AppearanceMode::dark : AppearanceMode::light;
+    skins.update(preference);
+    skins.applyAppearance();
+    return dark ? QStringLiteral("dark") : QStringLiteral("light");
+}
+
 void answerAsAModelWould(copperwick::testing::FakeModelServer& server) {
     namespace json = boost::json;
     using copperwick::testing::FakeModelServer;
@@ -136,18 +152,10 @@ TEST(Screenshots, BuiltScreensInLightAndDarkAtBothSizes) {
     ImportModel importer;
     // A child of the application, as main() makes it, where Settings finds it.
     SkinStore skins(runtime.defaults(), qApp);
-    const auto save = [&](QWidget* widget, const QString& name) {
-        QApplication::processEvents();
-        EXPECT_TRUE(widget->grab().save(QDir(folder).filePath(name + ".png")))
-            << name.toStdString();
-    };
+    const auto save = [&](QWidget* widget, const QString& name) { saveShot(widget, folder, name); };
 
     for (const bool dark : {false, true}) {
-        SkinPreference preference = skins.preference();
-        preference.appearance = dark ? AppearanceMode::dark : AppearanceMode::light;
-        skins.update(preference);
-        skins.applyAppearance();
-        const QString form = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        const QString form = showIn(skins, dark);
         MainWindow window(runtime, importer);
         window.show();
         for (const Shot& shot : kShots) {
@@ -363,17 +371,9 @@ TEST(Screenshots, TheUpdatesCardInLightAndDark) {
     updates.controller().start();
     for (int wait = 0; wait < 500 && updates.controller().isBusy(); ++wait)
         QTest::qWait(10);
-    const auto save = [&](QWidget* widget, const QString& name) {
-        QApplication::processEvents();
-        EXPECT_TRUE(widget->grab().save(QDir(folder).filePath(name + ".png")))
-            << name.toStdString();
-    };
+    const auto save = [&](QWidget* widget, const QString& name) { saveShot(widget, folder, name); };
     for (const bool dark : {false, true}) {
-        SkinPreference preference = skins.preference();
-        preference.appearance = dark ? AppearanceMode::dark : AppearanceMode::light;
-        skins.update(preference);
-        skins.applyAppearance();
-        const QString form = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        const QString form = showIn(skins, dark);
         MainWindow window(runtime, importer);
         window.resize(1280, 800);
         window.show();

@@ -20,6 +20,7 @@
 #include <sodium.h>
 
 #include "runtime/updates/alarm_clock.h"
+#include "runtime/updates/updater.h"
 
 namespace copperwick::testing {
 
@@ -125,6 +126,19 @@ class TestSigningKey {
     unsigned char m_public[crypto_sign_PUBLICKEYBYTES];
     unsigned char m_secret[crypto_sign_SECRETKEYBYTES];
 };
+
+// A build of version 1.0.0 that checks `server`'s feed for packages signed
+// by `key`, with time limits short enough for a test.
+inline UpdateConfiguration configurationFor(const UpdateFeedServer& server,
+                                            const TestSigningKey& key) {
+    using namespace std::chrono_literals;
+    return UpdateConfiguration{.feed = server.feedURL(),
+                               .publicKey = key.publicKey(),
+                               .runningVersion = "1.0.0",
+                               .connectLimit = 2s,
+                               .feedTimeLimit = 2s,
+                               .downloadTimeLimit = 10s};
+}
 
 // One <item> of a feed.
 struct FeedItem {

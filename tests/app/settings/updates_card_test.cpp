@@ -43,12 +43,7 @@ class UpdatesSettings : public ::testing::Test, protected AppWorkspace {
     }
 
     [[nodiscard]] UpdateConfiguration fromServer() const {
-        return UpdateConfiguration{.feed = server.feedURL(),
-                                   .publicKey = key.publicKey(),
-                                   .runningVersion = "1.0.0",
-                                   .connectLimit = 2s,
-                                   .feedTimeLimit = 2s,
-                                   .downloadTimeLimit = 10s};
+        return testing::configurationFor(server, key);
     }
 
     UpdateFeedServer server;

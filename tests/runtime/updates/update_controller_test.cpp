@@ -46,12 +46,7 @@ class UpdateTest : public ::testing::Test {
     }
 
     [[nodiscard]] UpdateConfiguration configuration() const {
-        return UpdateConfiguration{.feed = server.feedURL(),
-                                   .publicKey = key.publicKey(),
-                                   .runningVersion = "1.0.0",
-                                   .connectLimit = 2s,
-                                   .feedTimeLimit = 2s,
-                                   .downloadTimeLimit = 10s};
+        return testing::configurationFor(server, key);
     }
 
     // Makes the controller as the application would, with a person who
