@@ -215,9 +215,11 @@ void printOutcome(CommandContext& context, const LedgerRuntime& runtime,
             ReviewText::filing(ledger, merchant ? std::optional(merchant->name) : std::nullopt,
                                transaction->categoryID, transaction->kind));
     }
-    const auto groups = ReviewQueue::groups(ledger);
-    context.out << (groups.empty() ? std::string(ReviewText::kAllCaughtUp)
-                                   : ReviewText::waitingCount(groups))
+    // Only the count: grouping what is left in full would cost a decision on
+    // a large ledger more than the decision itself.
+    const auto waiting = ReviewQueue::waiting(ledger);
+    context.out << (waiting.groups == 0 ? std::string(ReviewText::kAllCaughtUp)
+                                        : ReviewText::waitingCount(waiting))
                 << '\n';
 }
 

@@ -11,6 +11,10 @@ std::string waitingCount(const std::vector<ReviewGroup>& groups) {
     return ReviewQueue::waitingText(groups);
 }
 
+std::string waitingCount(ReviewQueue::Waiting waiting) {
+    return ReviewQueue::waitingText(waiting);
+}
+
 std::string transactionCount(std::size_t count) {
     return fmt::format("{} transaction{}", count, count == 1 ? "" : "s");
 }

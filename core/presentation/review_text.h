@@ -30,6 +30,7 @@ inline constexpr std::string_view kSuggestedRulesDetail =
 
 // "3 transactions in 2 groups need you."
 [[nodiscard]] std::string waitingCount(const std::vector<ReviewGroup>& groups);
+[[nodiscard]] std::string waitingCount(ReviewQueue::Waiting waiting);
 
 // "1 transaction", "3 transactions".
 [[nodiscard]] std::string transactionCount(std::size_t count);

@@ -83,21 +83,19 @@ ReviewGroup makeGroup(std::string id, std::vector<const LedgerTransaction*>& lin
     return group;
 }
 
-}  // namespace
-
-namespace ReviewQueue {
-
-std::vector<ReviewGroup> groups(const Ledger& ledger) {
+// Every waiting line of the ledger.
+std::vector<const LedgerTransaction*> waitingLines(const Ledger& ledger) {
     std::vector<const LedgerTransaction*> waiting;
     for (const auto& transaction : ledger.transactions) {
         if (transaction.needsReview())
             waiting.push_back(&transaction);
     }
-    return makeGroups(waiting, ledger);
+    return waiting;
 }
 
-std::vector<ReviewGroup> makeGroups(const std::vector<const LedgerTransaction*>& transactions,
-                                    const Ledger& ledger) {
+// The lines of each group by the group's id, in the order the groups were met.
+std::vector<std::pair<std::string, std::vector<const LedgerTransaction*>>> partition(
+    const std::vector<const LedgerTransaction*>& transactions) {
     // Far fewer texts than lines: each distinct text is keyed once, and the
     // lines of a text go to its group by number.
     std::unordered_map<std::string_view, std::size_t> textNumbers;
@@ -129,13 +127,31 @@ std::vector<ReviewGroup> makeGroups(const std::vector<const LedgerTransaction*>&
         }
         byID[group].second.push_back(transactions[i]);
     }
+    return byID;
+}
 
+}  // namespace
+
+namespace ReviewQueue {
+
+std::vector<ReviewGroup> groups(const Ledger& ledger) {
+    return makeGroups(waitingLines(ledger), ledger);
+}
+
+std::vector<ReviewGroup> makeGroups(const std::vector<const LedgerTransaction*>& transactions,
+                                    const Ledger& ledger) {
     std::vector<ReviewGroup> result;
+    auto byID = partition(transactions);
     result.reserve(byID.size());
     for (auto& [id, lines] : byID)
         result.push_back(makeGroup(std::move(id), lines, ledger));
     std::sort(result.begin(), result.end(), listedBefore);
     return result;
+}
+
+Waiting waiting(const Ledger& ledger) {
+    const auto lines = waitingLines(ledger);
+    return Waiting{.lines = lines.size(), .groups = partition(lines).size()};
 }
 
 std::optional<ReviewGroup> group(const Ledger& ledger, std::string_view id) {
@@ -218,8 +234,13 @@ std::string waitingText(const std::vector<ReviewGroup>& groups) {
     std::size_t lines = 0;
     for (const auto& group : groups)
         lines += group.transactionIDs.size();
+    return waitingText(Waiting{.lines = lines, .groups = groups.size()});
+}
+
+std::string waitingText(Waiting waiting) {
+    const auto [lines, groups] = waiting;
     return std::to_string(lines) + " transaction" + (lines == 1 ? "" : "s") + " in " +
-           std::to_string(groups.size()) + " group" + (groups.size() == 1 ? "" : "s") + " need" +
+           std::to_string(groups) + " group" + (groups == 1 ? "" : "s") + " need" +
            (lines == 1 ? "s" : "") + " you.";
 }
 

@@ -51,9 +51,20 @@ namespace ReviewQueue {
 // from a newer file of their account. Oldest first.
 [[nodiscard]] std::vector<LedgerTransaction> stalePending(const Ledger& ledger, LocalDate today);
 
+// How many lines wait and in how many of `groups`' groups, without making
+// the groups: a command that has just decided one needs only the count.
+struct Waiting {
+    std::size_t lines = 0;
+    std::size_t groups = 0;
+
+    friend bool operator==(const Waiting&, const Waiting&) = default;
+};
+[[nodiscard]] Waiting waiting(const Ledger& ledger);
+
 // What waits, counted as the top of the Review screen says it: "3
 // transactions in 2 groups need you." or "1 transaction in 1 group needs you."
 [[nodiscard]] std::string waitingText(const std::vector<ReviewGroup>& groups);
+[[nodiscard]] std::string waitingText(Waiting waiting);
 
 }  // namespace ReviewQueue
 
