@@ -29,6 +29,17 @@ class ReviewQueueTest : public ::testing::Test {
         return result;
     }
 
+    // Three groups of four waiting lines: two texts sharing a key, money in
+    // apart from money out, and a filed line left out.
+    void addMixedQueue() {
+        builder.transaction(checking, "BLUE BOTTLE COFFEE #12", -450, day(2026, 3, 2));
+        builder.transaction(card, "BLUE BOTTLE COFFEE #97", -300, day(2026, 3, 4));
+        builder.transaction(card, "BLUE BOTTLE COFFEE", 450, day(2026, 3, 3));
+        builder.transaction(checking, "RENT", -100000, day(2026, 3, 1));
+        const auto filed = builder.transaction(checking, "RENT", -100000, day(2026, 4, 1));
+        builder.change(filed, [](LedgerTransaction& t) { t.review = ReviewState::automatic; });
+    }
+
     LedgerBuilder builder;
     Uuid checking = builder.account("Joint Checking");
     Uuid card = builder.account("Card", AccountType::creditCard);
@@ -56,12 +67,7 @@ TEST_F(ReviewQueueTest, RefundsGroupApartFromPurchasesAndZeroCountsAsOut) {
 // very group the queue lists, whatever spelling of its id was typed, and
 // texts that differ but share a key belong to it together.
 TEST_F(ReviewQueueTest, OneGroupLookedUpIsTheGroupTheQueueLists) {
-    builder.transaction(checking, "BLUE BOTTLE COFFEE #12", -450, day(2026, 3, 2));
-    builder.transaction(card, "BLUE BOTTLE COFFEE #97", -300, day(2026, 3, 4));
-    builder.transaction(card, "BLUE BOTTLE COFFEE", 450, day(2026, 3, 3));
-    builder.transaction(checking, "RENT", -100000, day(2026, 3, 1));
-    const auto filed = builder.transaction(checking, "RENT", -100000, day(2026, 4, 1));
-    builder.change(filed, [](LedgerTransaction& t) { t.review = ReviewState::automatic; });
+    addMixedQueue();
     const auto groups = ReviewQueue::groups(ledger());
     ASSERT_EQ(groups.size(), 3u);
     for (const auto& listed : groups) {
@@ -82,12 +88,7 @@ TEST_F(ReviewQueueTest, OneGroupLookedUpIsTheGroupTheQueueLists) {
 // lines left out.
 TEST_F(ReviewQueueTest, WaitingCountIsTheCountOfTheGroups) {
     EXPECT_EQ(ReviewQueue::waiting(ledger()), ReviewQueue::Waiting{});
-    builder.transaction(checking, "BLUE BOTTLE COFFEE #12", -450, day(2026, 3, 2));
-    builder.transaction(card, "BLUE BOTTLE COFFEE #97", -300, day(2026, 3, 4));
-    builder.transaction(card, "BLUE BOTTLE COFFEE", 450, day(2026, 3, 3));
-    builder.transaction(checking, "RENT", -100000, day(2026, 3, 1));
-    const auto filed = builder.transaction(checking, "RENT", -100000, day(2026, 4, 1));
-    builder.change(filed, [](LedgerTransaction& t) { t.review = ReviewState::automatic; });
+    addMixedQueue();
 
     const auto groups = ReviewQueue::groups(ledger());
     const auto waiting = ReviewQueue::waiting(ledger());
