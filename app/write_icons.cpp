@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include <QBuffer>
 #include <QFile>
 #include <QString>
 
@@ -43,8 +44,10 @@ int main(int argc, char** argv) {
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512}) {
         const auto side = std::to_string(size);
         const std::filesystem::path path = out / (side + "x" + side) / "apps" / "copperwick.png";
-        std::filesystem::create_directories(path.parent_path());
-        if (!app::drawAppIcon(colors, size).save(QString::fromStdString(path.string()), "PNG")) {
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        if (!app::drawAppIcon(colors, size).save(&buffer, "PNG") || !writeFile(path, png)) {
             std::cerr << "Couldn't write " << path << '\n';
             return 1;
         }
