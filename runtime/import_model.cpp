@@ -814,20 +814,15 @@ std::string unreadableFileMessage(const std::filesystem::path& file,
 }
 
 ObserverID ImportModel::observe(std::function<void()> callback) {
-    const ObserverID id = m_nextObserver++;
-    m_observers.emplace(id, std::move(callback));
-    return id;
+    return m_observers.add(std::move(callback));
 }
 
 void ImportModel::removeObserver(ObserverID id) {
-    m_observers.erase(id);
+    m_observers.remove(id);
 }
 
 void ImportModel::notify() {
-    // Copied: an observer may remove itself.
-    const auto observers = m_observers;
-    for (const auto& [id, callback] : observers)
-        callback();
+    m_observers.notify();
 }
 
 }  // namespace copperwick

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -26,6 +25,7 @@
 #include "core/model/uuid.h"
 #include "runtime/ledger_runtime.h"
 #include "runtime/main_queue.h"
+#include "runtime/observer_list.h"
 
 namespace copperwick {
 
@@ -225,8 +225,7 @@ class ImportModel {
     std::vector<ImportBatch> m_lastBatches;
     IntelligenceController* m_intelligence = nullptr;
     bool m_setsUpLayoutsItself = false;
-    std::map<ObserverID, std::function<void()>> m_observers;
-    ObserverID m_nextObserver = 1;
+    ObserverList m_observers;
     // Tells an import finishing in the background whether the model is still there.
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
     // Made on first use, on the runtime's queue. Last, so that analyses

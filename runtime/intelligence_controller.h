@@ -40,6 +40,7 @@
 #include "runtime/ledger_runtime.h"
 #include "runtime/main_queue.h"
 #include "runtime/observable.h"
+#include "runtime/observer_list.h"
 #include "runtime/on_device_model.h"
 #include "runtime/preferences.h"
 
@@ -217,8 +218,7 @@ class IntelligenceController {
     std::unique_ptr<TidyRun> m_tidy;
     // Model calls and layout readings on their way back.
     int m_inFlight = 0;
-    std::map<ObserverID, std::function<void()>> m_observers;
-    ObserverID m_nextObserver = 1;
+    ObserverList m_observers;
     ObserverID m_savedChanges = 0;
     // Set when the controller goes: every call in flight stops at once.
     std::shared_ptr<std::atomic<bool>> m_closing = std::make_shared<std::atomic<bool>>(false);

@@ -350,20 +350,15 @@ Instant UpdateController::now() const {
 }
 
 ObserverID UpdateController::observe(std::function<void()> callback) {
-    const ObserverID id = m_nextObserver++;
-    m_observers.emplace(id, std::move(callback));
-    return id;
+    return m_observers.add(std::move(callback));
 }
 
 void UpdateController::removeObserver(ObserverID id) {
-    m_observers.erase(id);
+    m_observers.remove(id);
 }
 
 void UpdateController::notify() {
-    // An observer may remove observers; work on a copy.
-    const auto observers = m_observers;
-    for (const auto& [id, callback] : observers)
-        callback();
+    m_observers.notify();
 }
 
 }  // namespace copperwick

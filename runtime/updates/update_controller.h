@@ -27,7 +27,6 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +36,7 @@
 #include "runtime/ledger_runtime.h"
 #include "runtime/main_queue.h"
 #include "runtime/observable.h"
+#include "runtime/observer_list.h"
 #include "runtime/update_policy.h"
 #include "runtime/updates/alarm_clock.h"
 #include "runtime/updates/appcast.h"
@@ -163,8 +163,7 @@ class UpdateController {
     std::function<void()> m_pendingInstall;
     std::unique_ptr<Alarm> m_installWait;
     std::unique_ptr<Alarm> m_dailyCheck;
-    std::map<ObserverID, std::function<void()>> m_observers;
-    ObserverID m_nextObserver = 1;
+    ObserverList m_observers;
     // For answers that come back after the controller has gone.
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
     // Set when the controller goes, so that a transfer under way stops.
