@@ -178,6 +178,26 @@ void LedgerRuntime::close() {
     std::filesystem::remove_all(m_dataFolder, ignored);
 }
 
+void LedgerRuntime::warmAfterChange(Ledger replaced) {
+    if (!m_warmMerchantKeys)
+        return;
+    // Only the chunks the change wrote are new to the indexes, so the next
+    // decision finds them ready. The ledger it replaced goes here too: most
+    // of its records are still shared, but freeing the thousands it alone
+    // held would otherwise hold up the change's return.
+    m_keyWarmer = std::jthread(
+        [ledger = m_ledger, replaced = std::move(replaced)](const std::stop_token& stop) mutable {
+            replaced = Ledger();
+            if (stop.stop_requested())
+                return;
+            try {
+                MerchantKeyIndex::warm(ledger.transactions);
+                warmTransferPairing(ledger);
+            } catch (const std::exception&) {
+            }
+        });
+}
+
 void LedgerRuntime::warmMerchantKeys() {
     if (!m_warmMerchantKeys)
         return;
@@ -384,9 +404,10 @@ LedgerRuntime::Outcome LedgerRuntime::take(ChangeAttempt tried, EntryRoad entry)
         case ChangeAttempt::Kind::saved:
             break;
     }
-    m_ledger = std::move(*tried.ledger);
+    Ledger replaced = std::exchange(m_ledger, std::move(*tried.ledger));
     m_magnitude = tried.magnitude;
     m_lastDelta = std::move(tried.delta);
+    warmAfterChange(std::move(replaced));
     bumpRevision(&m_lastDelta);
     return Outcome::saved;
 }

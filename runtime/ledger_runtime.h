@@ -311,6 +311,7 @@ class LedgerRuntime {
     // means everything was read afresh.
     void bumpRevision(const LedgerDelta* delta = nullptr);
     void warmMerchantKeys();
+    void warmAfterChange(Ledger replaced);
     // Starts the background change's next attempt on a thread of its own.
     void launchBackgroundChange();
     // Takes in the finished attempt: makes it live, tries again after

@@ -21,7 +21,6 @@
 #include <functional>
 #include <iterator>
 #include <memory>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -195,12 +194,16 @@ class SharedVector {
     std::shared_ptr<Storage> m_items;
 };
 
-// A hash table of records by key, in no set order.
+// A table of records by key. The hash picks a record's chunk; within its
+// chunk the records sit in a short array in key order. An array is one
+// allocation to clone, free or read straight through, where a node per
+// record costs an allocation each and scatters a chunk over the heap.
 template <typename K, typename V, typename Hash = std::hash<K>>
 class SharedMap {
     static constexpr std::size_t kChunkCount = 4096;
     using Element = std::shared_ptr<const V>;
-    using Chunk = std::unordered_map<K, Element, Hash>;
+    using Entry = std::pair<K, Element>;
+    using Chunk = std::vector<Entry>;  // in key order, each key once
     struct Table {
         std::array<std::shared_ptr<Chunk>, kChunkCount> chunks;
         std::size_t size = 0;
@@ -209,8 +212,8 @@ class SharedMap {
   public:
     using ChunkTable = Chunk;
 
-    // Visits records chunk by chunk. The order is arbitrary but the same for
-    // equal contents built the same way; callers that show an order sort.
+    // Visits records chunk by chunk, and within a chunk in key order. The
+    // chunks' order is the hash's; callers that show an order sort.
     class const_iterator {
       public:
         using iterator_category = std::forward_iterator_tag;
@@ -287,26 +290,58 @@ class SharedMap {
         const auto& chunk = m_table->chunks[chunkOf(key)];
         if (!chunk)
             return nullptr;
-        const auto it = chunk->find(key);
-        return it == chunk->end() ? nullptr : it->second.get();
+        const auto it = position(*chunk, key);
+        return it != chunk->end() && it->first == key ? it->second.get() : nullptr;
     }
     [[nodiscard]] bool contains(const K& key) const { return find(key) != nullptr; }
 
     // Inserts or replaces the record under `key`.
-    void set(const K& key, V value) {
-        auto& chunk = writableChunk(key);
-        auto [it, inserted] =
-            chunk.insert_or_assign(key, std::make_shared<const V>(std::move(value)));
-        if (inserted)
-            ++m_table->size;
-    }
+    void set(const K& key, V value) { setShared(key, std::make_shared<const V>(std::move(value))); }
     // Inserts or replaces with a record already made shared, such as one
     // decoded on another thread.
     void setShared(const K& key, std::shared_ptr<const V> value) {
         auto& chunk = writableChunk(key);
-        auto [it, inserted] = chunk.insert_or_assign(key, std::move(value));
-        if (inserted)
+        const auto it = position(chunk, key);
+        if (it != chunk.end() && it->first == key) {
+            it->second = std::move(value);
+        } else {
+            chunk.emplace(it, key, std::move(value));
             ++m_table->size;
+        }
+    }
+    // setShared for many records at once, as an import adds them: each chunk
+    // they reach is merged once rather than shifted for every record. A later
+    // record replaces an earlier one under the same key.
+    void setShared(std::vector<Entry> records) {
+        Builder arriving(std::move(records));
+        arriving.fill(0, kChunkCount);
+        for (std::size_t c = 0; c < kChunkCount; ++c) {
+            auto& added = arriving.m_table.chunks[c];
+            if (!added)
+                continue;
+            Chunk& chunk = writableChunkAt(c);
+            const std::size_t before = chunk.size();
+            if (before == 0) {
+                chunk = std::move(*added);
+                added.reset();
+                m_table->size += chunk.size();
+                continue;
+            }
+            Chunk merged;
+            merged.reserve(before + added->size());
+            auto old = chunk.begin();
+            for (auto& entry : *added) {
+                for (; old != chunk.end() && old->first < entry.first; ++old)
+                    merged.push_back(std::move(*old));
+                if (old != chunk.end() && old->first == entry.first)
+                    ++old;
+                merged.push_back(std::move(entry));
+            }
+            std::move(old, chunk.end(), std::back_inserter(merged));
+            added.reset();
+            m_table->size += merged.size() - before;
+            chunk = std::move(merged);
+        }
     }
     // Changes the record under `key` through `change(V&)`; false when there is none.
     template <typename F>
@@ -322,7 +357,8 @@ class SharedMap {
     bool erase(const K& key) {
         if (!contains(key))
             return false;
-        writableChunk(key).erase(key);
+        auto& chunk = writableChunk(key);
+        chunk.erase(position(chunk, key));
         --m_table->size;
         return true;
     }
@@ -365,10 +401,20 @@ class SharedMap {
                     continue;
                 auto chunk = std::make_shared<Chunk>();
                 chunk->reserve(m_starts[c + 1] - m_starts[c]);
-                for (std::size_t k = m_starts[c]; k < m_starts[c + 1]; ++k) {
-                    auto& [key, value] = m_records[m_order[k]];
-                    chunk->insert_or_assign(key, std::move(value));
+                for (std::size_t k = m_starts[c]; k < m_starts[c + 1]; ++k)
+                    chunk->push_back(std::move(m_records[m_order[k]]));
+                std::stable_sort(chunk->begin(), chunk->end(), byKey);
+                // Of records under one key, the last stands.
+                auto kept = chunk->begin();
+                for (auto it = chunk->begin(); it != chunk->end(); ++it) {
+                    const auto next = std::next(it);
+                    if (next != chunk->end() && next->first == it->first)
+                        continue;
+                    if (kept != it)
+                        *kept = std::move(*it);
+                    ++kept;
                 }
+                chunk->erase(kept, chunk->end());
                 m_table.chunks[c] = std::move(chunk);
             }
         }
@@ -387,6 +433,7 @@ class SharedMap {
         }
 
       private:
+        friend class SharedMap;
         std::vector<std::pair<K, std::shared_ptr<const V>>> m_records;
         std::vector<std::size_t> m_order;  // indices of m_records, chunk by chunk
         std::array<std::size_t, kChunkCount + 1> m_starts{};  // of each chunk in m_order
@@ -408,6 +455,13 @@ class SharedMap {
     }
 
   private:
+    static bool byKey(const Entry& a, const Entry& b) { return a.first < b.first; }
+    // Where `key` is, or would go, in a chunk.
+    template <typename C>
+    static auto position(C& chunk, const K& key) {
+        return std::lower_bound(chunk.begin(), chunk.end(), key,
+                                [](const Entry& entry, const K& k) { return entry.first < k; });
+    }
     static std::size_t chunkOf(const K& key) {
         // Mix before taking the low bits: the chunk and the chunk's own buckets
         // must not both depend on the same few bits of a weak hash.

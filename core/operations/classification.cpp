@@ -26,14 +26,20 @@ std::optional<Uuid> categoryToApply(TransactionKind kind, const std::optional<Uu
 }
 
 // The transactions matching could still change whose key a learned or
-// rejected key covers.
-std::vector<Uuid> unprotectedCoveredBy(const Ledger& ledger, const std::vector<std::string>& keys,
+// rejected key covers. They are looked up in `before`, the ledger as the
+// decision found it, whose chunks are the live ledger's and already in the key
+// index; a decision changes no bank text, so both cover the same lines. What
+// each line holds now is read from `ledger`.
+std::vector<Uuid> unprotectedCoveredBy(const Ledger& before, const Ledger& ledger,
+                                       const std::vector<std::string>& keys,
                                        const std::unordered_set<Uuid>& excluded,
                                        bool onlyModelFiled) {
     std::vector<Uuid> ids;
-    for (const LedgerTransaction* transaction :
-         MerchantKeyIndex::covered(ledger.transactions, keys)) {
-        if (!transaction->isActive() || excluded.contains(transaction->id))
+    for (const LedgerTransaction* found : MerchantKeyIndex::covered(before.transactions, keys)) {
+        if (excluded.contains(found->id))
+            continue;
+        const LedgerTransaction* transaction = ledger.transaction(found->id);
+        if (!transaction || !transaction->isActive())
             continue;
         if (onlyModelFiled) {
             if (transaction->method != MatchMethod::ai ||
@@ -204,15 +210,14 @@ LedgerDelta addMatched(Ledger& ledger, std::vector<std::shared_ptr<LedgerTransac
         file(*lines[order[line]], std::move(result));
     });
     delta.changed[RecordKind::transaction].reserve(lines.size());
-    // Lines enough to touch every chunk of the map grow each chunk once,
-    // not by doubling as they arrive.
-    if (lines.size() >= SharedMap<Uuid, LedgerTransaction>::chunkCount())
-        ledger.transactions.reserve(ledger.transactions.size() + lines.size());
+    std::vector<std::pair<Uuid, std::shared_ptr<const LedgerTransaction>>> records;
+    records.reserve(lines.size());
     for (auto& transaction : lines) {
         const Uuid id = transaction->id;
-        ledger.transactions.setShared(id, std::move(transaction));
+        records.emplace_back(id, std::move(transaction));
         delta.change(RecordKind::transaction, id);
     }
+    ledger.transactions.setShared(std::move(records));
     delta.merge(pairTransfers(ledger));
     return delta;
 }
@@ -328,7 +333,7 @@ LedgerDelta classify(Ledger& ledger, const Classification& decision, Instant now
             }
         });
         delta.change(RecordKind::merchant, *merchantID);
-        delta.merge(rematch(ledger, unprotectedCoveredBy(ledger, keys, chosen, false)));
+        delta.merge(rematch(ledger, unprotectedCoveredBy(original, ledger, keys, chosen, false)));
         rematchedLast = true;
     }
 
@@ -343,7 +348,8 @@ LedgerDelta classify(Ledger& ledger, const Classification& decision, Instant now
         }
         // One correction withdraws the model's filing everywhere it was used.
         const std::vector<std::string> withdrawn(rejectedKeys.begin(), rejectedKeys.end());
-        delta.merge(rematch(ledger, unprotectedCoveredBy(ledger, withdrawn, chosen, true)));
+        delta.merge(
+            rematch(ledger, unprotectedCoveredBy(original, ledger, withdrawn, chosen, true)));
         rematchedLast = true;
     }
 

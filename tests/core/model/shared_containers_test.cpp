@@ -110,6 +110,48 @@ TEST(SharedMapBuilder, BuiltMapIsCopiedOnWriteLikeAnyOther) {
     EXPECT_EQ(copy.find(7), built.find(7));
 }
 
+// Many records at once must land as a setShared each, in order, would land
+// them: new keys added, held keys replaced, the later of two arrivals under
+// one key standing, and a copy made before untouched.
+TEST(SharedMap, SettingManyAtOnceIsSettingEachInTurn) {
+    using Map = SharedMap<std::string, int>;
+    Map held;
+    for (int i = 0; i < 5000; i += 2)
+        held.set("k" + std::to_string(i), -i);
+    const Map before = held;
+
+    std::vector<std::pair<std::string, std::shared_ptr<const int>>> arriving;
+    Map expected = held;
+    for (int i = 0; i < 9000; i += 3) {
+        // Every fourth key arrives twice, the second time far later.
+        const std::string key = "k" + std::to_string(i % 4 == 0 ? i / 2 : i);
+        auto value = std::make_shared<const int>(i);
+        arriving.emplace_back(key, value);
+        expected.setShared(key, value);
+    }
+    held.setShared(std::move(arriving));
+
+    EXPECT_EQ(held.size(), expected.size());
+    EXPECT_EQ(held, expected);
+    for (auto it = expected.begin(); it != expected.end(); ++it)
+        ASSERT_EQ(held.find(it.key()), &*it) << it.key();
+    EXPECT_EQ(before.size(), 2500u);
+    EXPECT_EQ(*before.find("k6"), -6);
+
+    // Lookups search each chunk in key order, so every chunk must keep it.
+    for (std::size_t c = 0; c < Map::chunkCount(); ++c) {
+        if (const auto chunk = held.chunk(c)) {
+            ASSERT_TRUE(
+                std::is_sorted(chunk->begin(), chunk->end(),
+                               [](const auto& a, const auto& b) { return a.first < b.first; }))
+                << c;
+        }
+    }
+    EXPECT_FALSE(held.contains("k1"));
+    EXPECT_FALSE(held.contains("k"));
+    EXPECT_FALSE(held.contains("k99999"));
+}
+
 TEST(SharedVector, WritesToACopyStayInTheCopy) {
     SharedVector<std::string> a{"one", "two", "three"};
     auto b = a;
