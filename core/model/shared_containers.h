@@ -463,8 +463,8 @@ class SharedMap {
                                 [](const Entry& entry, const K& k) { return entry.first < k; });
     }
     static std::size_t chunkOf(const K& key) {
-        // Mix before taking the low bits: the chunk and the chunk's own buckets
-        // must not both depend on the same few bits of a weak hash.
+        // Mix before taking the low bits: a weak hash's low bits alone could
+        // crowd a few chunks and leave the rest empty.
         uint64_t h = static_cast<uint64_t>(Hash{}(key));
         h ^= h >> 33;
         h *= 0xFF51AFD7ED558CCDull;
