@@ -178,6 +178,21 @@ void LedgerRuntime::close() {
     std::filesystem::remove_all(m_dataFolder, ignored);
 }
 
+namespace {
+
+// The indexes a remembered decision and transfer pairing read, brought up to
+// date with `ledger`. Only a head start: whatever stops it here is met again,
+// and reported, where the indexes are really needed.
+void warmIndexes(const Ledger& ledger) {
+    try {
+        MerchantKeyIndex::warm(ledger.transactions);
+        warmTransferPairing(ledger);
+    } catch (const std::exception&) {
+    }
+}
+
+}  // namespace
+
 void LedgerRuntime::warmAfterChange(Ledger replaced) {
     if (!m_warmMerchantKeys)
         return;
@@ -188,13 +203,8 @@ void LedgerRuntime::warmAfterChange(Ledger replaced) {
     m_keyWarmer = std::jthread(
         [ledger = m_ledger, replaced = std::move(replaced)](const std::stop_token& stop) mutable {
             replaced = Ledger();
-            if (stop.stop_requested())
-                return;
-            try {
-                MerchantKeyIndex::warm(ledger.transactions);
-                warmTransferPairing(ledger);
-            } catch (const std::exception&) {
-            }
+            if (!stop.stop_requested())
+                warmIndexes(ledger);
         });
 }
 
@@ -206,18 +216,16 @@ void LedgerRuntime::warmMerchantKeys() {
     // the whole history. The thread reads its own copy of the ledger, and
     // stops early when the runtime goes away first.
     m_keyWarmer = std::jthread([ledger = m_ledger](const std::stop_token& stop) {
-        // Only a head start: whatever stops it here is met again, and
-        // reported, where the keys are really needed.
         try {
             for (const auto& transaction : ledger.transactions) {
                 if (stop.stop_requested())
                     return;
                 (void)MerchantKeys::of(transaction.rawDescription);
             }
-            MerchantKeyIndex::warm(ledger.transactions);
-            warmTransferPairing(ledger);
         } catch (const std::exception&) {
+            return;
         }
+        warmIndexes(ledger);
     });
 }
 
