@@ -11,8 +11,8 @@ namespace copperwick::MerchantKeyIndex {
 namespace {
 
 using Transactions = SharedMap<Uuid, LedgerTransaction>;
-// A chunk's transactions by merchant key.
-using SortedKeys = std::vector<std::pair<std::string, const LedgerTransaction*>>;
+// A chunk's transactions by merchant key, the keys as the key cache holds them.
+using SortedKeys = std::vector<std::pair<const std::string*, const LedgerTransaction*>>;
 
 ChunkSummaries<Transactions, SortedKeys>& index() {
     static ChunkSummaries<Transactions, SortedKeys> shared(
@@ -20,9 +20,9 @@ ChunkSummaries<Transactions, SortedKeys>& index() {
             SortedKeys keys;
             keys.reserve(chunk.size());
             for (const auto& [id, record] : chunk)
-                keys.emplace_back(MerchantKeys::of(record->rawDescription), record.get());
+                keys.emplace_back(&MerchantKeys::held(record->rawDescription), record.get());
             std::sort(keys.begin(), keys.end(),
-                      [](const auto& a, const auto& b) { return a.first < b.first; });
+                      [](const auto& a, const auto& b) { return *a.first < *b.first; });
             return keys;
         });
     return shared;
@@ -43,9 +43,9 @@ std::vector<const LedgerTransaction*> covered(const Transactions& transactions,
             // those that begin with it, among others sharing its first bytes.
             auto it = std::lower_bound(
                 chunk.begin(), chunk.end(), learned,
-                [](const auto& entry, const std::string& key) { return entry.first < key; });
-            for (; it != chunk.end() && it->first.starts_with(learned); ++it) {
-                if (MerchantKeys::isCoveredBy(it->first, learned))
+                [](const auto& entry, const std::string& key) { return *entry.first < key; });
+            for (; it != chunk.end() && it->first->starts_with(learned); ++it) {
+                if (MerchantKeys::isCoveredBy(*it->first, learned))
                     found.push_back(it->second);
             }
         }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <deque>
 #include <memory>
 #include <unordered_map>
 #include <unordered_set>
@@ -49,19 +48,6 @@ uint64_t idPrefix(const Uuid& id) {
     return prefix;
 }
 
-// The key of a bank text with its hash worked out once.
-struct TextKey {
-    std::string_view text;
-    std::size_t hash;
-
-    friend bool operator==(const TextKey& a, const TextKey& b) {
-        return a.hash == b.hash && a.text == b.text;
-    }
-};
-struct TextKeyHash {
-    std::size_t operator()(const TextKey& key) const noexcept { return key.hash; }
-};
-
 // What a report reads of one active transaction. The records lie all over
 // the heap and a report of all time reads every one twice (once to scope it,
 // once in date order); these compact copies are read instead, and the record
@@ -78,7 +64,7 @@ struct alignas(64) ReportLine {
     bool hasSplits : 1;
     int32_t month;  // year * 12 + month
     // What scoping reads, and what few lines need.
-    const TextKey* key;  // of the bank text, for a line without a merchant id
+    const std::string* key;  // of the bank text, as the key cache holds it, without a merchant id
     const LedgerTransaction* record;
     IDWords accountID;
     int64_t day;  // dateKey
@@ -88,8 +74,6 @@ struct alignas(64) ReportLine {
 
 struct ChunkLines {
     std::vector<ReportLine> lines;
-    std::vector<std::string> keyTexts;
-    std::vector<TextKey> keys;
 };
 
 // Held shared so that a report keeps its chunks' lines after the visit,
@@ -101,7 +85,6 @@ ChunkSummaries<Transactions, SharedChunkLines>& reportLines() {
         [](const Transactions::ChunkTable& chunk) {
             auto summary = std::make_shared<ChunkLines>();
             summary->lines.reserve(chunk.size());
-            std::vector<std::size_t> keyOf;
             for (const auto& [id, record] : chunk) {
                 const LedgerTransaction& t = *record;
                 if (!t.isActive())
@@ -116,23 +99,13 @@ ChunkSummaries<Transactions, SharedChunkLines>& reportLines() {
                     .aiFiled = t.method == MatchMethod::ai && t.review == ReviewState::automatic,
                     .hasSplits = t.splits && !t.splits->empty(),
                     .month = static_cast<int32_t>(int64_t{t.date.year} * 12 + t.date.month),
-                    .key = nullptr,
+                    .key = t.merchantID ? nullptr : &MerchantKeys::held(t.rawDescription),
                     .record = &t,
                     .accountID = idWords(t.accountID),
                     .day = dateKey(t.date),
                     .idPrefix = idPrefix(t.id),
                     .date = t.date});
-                if (!t.merchantID) {
-                    keyOf.push_back(summary->lines.size() - 1);
-                    summary->keyTexts.push_back(MerchantKeys::of(t.rawDescription));
-                }
             }
-            // The texts are in place now; their views and hashes can be taken.
-            summary->keys.reserve(summary->keyTexts.size());
-            for (const auto& text : summary->keyTexts)
-                summary->keys.push_back({text, std::hash<std::string_view>{}(text)});
-            for (std::size_t i = 0; i < keyOf.size(); ++i)
-                summary->lines[keyOf[i]].key = &summary->keys[i];
             return SharedChunkLines(std::move(summary));
         });
     return shared;
@@ -142,13 +115,14 @@ ChunkSummaries<Transactions, SharedChunkLines>& reportLines() {
 // are made once per line of the report rather than once per transaction.
 struct Payee {
     const Merchant* merchant = nullptr;
-    TextKey key{};  // the bank text's key when there is no merchant
+    const std::string* key = nullptr;  // the bank text's held key when there is no merchant
 };
 
 // Filed merchants by id, unfiled texts by key.
 struct MerchantTable {
     std::unordered_map<const Merchant*, MerchantLine> filed;
-    std::unordered_map<TextKey, MerchantLine, TextKeyHash> unfiled;
+    // Held keys: one address per key.
+    std::unordered_map<const std::string*, MerchantLine> unfiled;
 
     void add(const Payee& payee, const Uuid& transactionID, int64_t amount) {
         MerchantLine* line;
@@ -164,8 +138,8 @@ struct MerchantTable {
             line = &it->second;
             if (inserted) {
                 line->id = "key:";
-                line->id += payee.key.text;
-                line->name = MerchantText::titleCase(payee.key.text);
+                line->id += *payee.key;
+                line->name = MerchantText::titleCase(*payee.key);
             }
         }
         line->amount = checked::add(line->amount, amount);
@@ -376,23 +350,18 @@ Report build(const Ledger& ledger, const ReportFilter& filter, LocalDate today) 
     };
 
     // A household files its lines under a few hundred merchants: each id is
-    // looked up in the ledger once. Keys of lines whose merchant is gone are
-    // kept here for the length of the report.
+    // looked up in the ledger once.
     std::unordered_map<Uuid, const Merchant*> merchantIndex;
-    std::deque<std::string> strayKeyTexts;
-    std::deque<TextKey> strayKeys;
     const auto payeeOf = [&](const ReportLine& line) -> Payee {
         if (line.key)
-            return {nullptr, *line.key};
+            return {nullptr, line.key};
         auto [it, inserted] = merchantIndex.try_emplace(*line.merchantID, nullptr);
         if (inserted)
             it->second = ledger.merchants.find(*line.merchantID);
         if (it->second)
-            return {it->second, {}};
-        const std::string& text =
-            strayKeyTexts.emplace_back(MerchantKeys::of(line.record->rawDescription));
-        return {nullptr,
-                strayKeys.emplace_back(TextKey{text, std::hash<std::string_view>{}(text)})};
+            return {it->second, nullptr};
+        // The merchant is gone: the line is paid to its bank text's key.
+        return {nullptr, &MerchantKeys::held(line.record->rawDescription)};
     };
 
     // Keyed by the category, or by nullptr for "uncategorized".

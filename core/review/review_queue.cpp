@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <set>
 #include <string_view>
 #include <unordered_map>
@@ -10,6 +9,7 @@
 #include "core/matching/merchant_keys.h"
 #include "core/matching/merchant_text.h"
 #include "core/model/checked.h"
+#include "core/model/chunk_summaries.h"
 #include "core/model/text.h"
 
 namespace copperwick {
@@ -36,13 +36,26 @@ bool listedBefore(const ReviewGroup& a, const ReviewGroup& b) {
     return a.id < b.id;
 }
 
-ReviewGroup makeGroup(std::string id, std::vector<const LedgerTransaction*>& lines,
-                      const Ledger& ledger) {
+// A line that waits, with what grouping reads of it.
+struct WaitingLine {
+    const LedgerTransaction* record;
+    const std::string* key;  // as the key cache holds it: one address per key
+    bool isIn;
+};
+
+WaitingLine waitingLine(const LedgerTransaction& transaction) {
+    return WaitingLine{.record = &transaction,
+                       .key = &MerchantKeys::held(transaction.rawDescription),
+                       .isIn = transaction.amount > 0};
+}
+
+ReviewGroup makeGroup(std::string id, const std::string& key,
+                      std::vector<const LedgerTransaction*>& lines, const Ledger& ledger) {
     std::sort(lines.begin(), lines.end(), earlier);
     const LedgerTransaction& oldest = *lines.front();
     ReviewGroup group;
     group.id = std::move(id);
-    group.key = MerchantKeys::of(oldest.rawDescription);
+    group.key = key;
     group.example = lines.back()->rawDescription;
 
     std::vector<Suggestion> suggestions;
@@ -83,51 +96,68 @@ ReviewGroup makeGroup(std::string id, std::vector<const LedgerTransaction*>& lin
     return group;
 }
 
+using Transactions = SharedMap<Uuid, LedgerTransaction>;
+
+// The waiting lines of each chunk. Nearly every command and every screen
+// refresh asks what waits; in a large ledger most lines don't, and those
+// that do are found, and their texts keyed, once per chunk write.
+ChunkSummaries<Transactions, std::vector<WaitingLine>>& waitingSummaries() {
+    static ChunkSummaries<Transactions, std::vector<WaitingLine>> shared(
+        [](const Transactions::ChunkTable& chunk) {
+            std::vector<WaitingLine> lines;
+            for (const auto& [id, record] : chunk) {
+                if (record->needsReview())
+                    lines.push_back(waitingLine(*record));
+            }
+            return lines;
+        });
+    return shared;
+}
+
 // Every waiting line of the ledger.
-std::vector<const LedgerTransaction*> waitingLines(const Ledger& ledger) {
-    std::vector<const LedgerTransaction*> waiting;
-    for (const auto& transaction : ledger.transactions) {
-        if (transaction.needsReview())
-            waiting.push_back(&transaction);
-    }
+std::vector<WaitingLine> waitingLines(const Ledger& ledger) {
+    std::vector<WaitingLine> waiting;
+    waitingSummaries().each(ledger.transactions, [&](const std::vector<WaitingLine>& chunk) {
+        waiting.insert(waiting.end(), chunk.begin(), chunk.end());
+    });
     return waiting;
 }
 
-// The lines of each group by the group's id, in the order the groups were met.
-std::vector<std::pair<std::string, std::vector<const LedgerTransaction*>>> partition(
-    const std::vector<const LedgerTransaction*>& transactions) {
-    // Far fewer texts than lines: each distinct text is keyed once, and the
-    // lines of a text go to its group by number.
-    std::unordered_map<std::string_view, std::size_t> textNumbers;
-    std::vector<const std::string*> texts;
-    std::vector<std::size_t> textOf(transactions.size());
-    for (std::size_t i = 0; i < transactions.size(); ++i) {
-        const std::string& text = transactions[i]->rawDescription;
-        const auto [it, fresh] = textNumbers.try_emplace(text, texts.size());
-        if (fresh)
-            texts.push_back(&text);
-        textOf[i] = it->second;
-    }
-    std::vector<std::string> keys(texts.size());
-    MerchantKeys::visit(texts, [&](std::size_t i, std::string_view key) { keys[i] = key; });
+struct Partition {
+    const std::string* key;
+    bool isIn;
+    std::vector<const LedgerTransaction*> lines;
+};
 
+// The lines of each group, in the order the groups were met.
+std::vector<Partition> partition(const std::vector<WaitingLine>& lines) {
     constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-    std::vector<std::array<std::size_t, 2>> groupOf(texts.size(), {kNone, kNone});
-    std::unordered_map<std::string, std::size_t> groupNumbers;
-    std::vector<std::pair<std::string, std::vector<const LedgerTransaction*>>> byID;
-    for (std::size_t i = 0; i < transactions.size(); ++i) {
-        const bool isIn = transactions[i]->amount > 0;
-        std::size_t& group = groupOf[textOf[i]][isIn ? 1 : 0];
+    std::unordered_map<const std::string*, std::array<std::size_t, 2>> groupOf;
+    std::vector<Partition> groups;
+    for (const WaitingLine& line : lines) {
+        auto [it, fresh] = groupOf.try_emplace(line.key, std::array{kNone, kNone});
+        std::size_t& group = it->second[line.isIn ? 1 : 0];
         if (group == kNone) {
-            std::string id = (isIn ? "in|" : "out|") + keys[textOf[i]];
-            const auto [it, fresh] = groupNumbers.try_emplace(id, byID.size());
-            if (fresh)
-                byID.emplace_back(std::move(id), std::vector<const LedgerTransaction*>{});
-            group = it->second;
+            group = groups.size();
+            groups.push_back(Partition{.key = line.key, .isIn = line.isIn, .lines = {}});
         }
-        byID[group].second.push_back(transactions[i]);
+        groups[group].lines.push_back(line.record);
     }
-    return byID;
+    return groups;
+}
+
+std::string groupID(bool isIn, const std::string& key) {
+    return (isIn ? "in|" : "out|") + key;
+}
+
+std::vector<ReviewGroup> groupsOf(const std::vector<WaitingLine>& lines, const Ledger& ledger) {
+    std::vector<ReviewGroup> result;
+    auto byKey = partition(lines);
+    result.reserve(byKey.size());
+    for (auto& group : byKey)
+        result.push_back(makeGroup(groupID(group.isIn, *group.key), *group.key, group.lines, ledger));
+    std::sort(result.begin(), result.end(), listedBefore);
+    return result;
 }
 
 }  // namespace
@@ -135,18 +165,16 @@ std::vector<std::pair<std::string, std::vector<const LedgerTransaction*>>> parti
 namespace ReviewQueue {
 
 std::vector<ReviewGroup> groups(const Ledger& ledger) {
-    return makeGroups(waitingLines(ledger), ledger);
+    return groupsOf(waitingLines(ledger), ledger);
 }
 
 std::vector<ReviewGroup> makeGroups(const std::vector<const LedgerTransaction*>& transactions,
                                     const Ledger& ledger) {
-    std::vector<ReviewGroup> result;
-    auto byID = partition(transactions);
-    result.reserve(byID.size());
-    for (auto& [id, lines] : byID)
-        result.push_back(makeGroup(std::move(id), lines, ledger));
-    std::sort(result.begin(), result.end(), listedBefore);
-    return result;
+    std::vector<WaitingLine> lines;
+    lines.reserve(transactions.size());
+    for (const LedgerTransaction* transaction : transactions)
+        lines.push_back(waitingLine(*transaction));
+    return groupsOf(lines, ledger);
 }
 
 Waiting waiting(const Ledger& ledger) {
@@ -164,33 +192,23 @@ std::optional<ReviewGroup> group(const Ledger& ledger, std::string_view id) {
         return std::nullopt;
     const std::string_view key = id.substr(bar + 1);
 
-    // Which of the keys that match each distinct text has, worked out once per
-    // text. Keys that differ only in case are groups of their own, and the one
-    // the queue lists first is the one meant.
-    constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-    std::unordered_map<std::string_view, std::size_t> keyNumbers;
-    std::vector<std::pair<std::string, std::vector<const LedgerTransaction*>>> matching;
-    for (const auto& transaction : ledger.transactions) {
-        if (!transaction.needsReview() || (transaction.amount > 0) != isIn)
+    // Whether each distinct key matches is worked out once. Keys that differ
+    // only in case are groups of their own, and the one the queue lists first
+    // is the one meant.
+    std::unordered_map<const std::string*, bool> matches;
+    std::vector<WaitingLine> lines;
+    for (const WaitingLine& line : waitingLines(ledger)) {
+        if (line.isIn != isIn)
             continue;
-        auto [it, fresh] = keyNumbers.try_emplace(transaction.rawDescription, kNone);
-        if (fresh) {
-            std::string own = MerchantKeys::of(it->first);
-            if (text::equalsIgnoringCase(own, key)) {
-                const auto same =
-                    std::find_if(matching.begin(), matching.end(),
-                                 [&](const auto& entry) { return entry.first == own; });
-                it->second = static_cast<std::size_t>(same - matching.begin());
-                if (same == matching.end())
-                    matching.emplace_back(std::move(own), std::vector<const LedgerTransaction*>{});
-            }
-        }
-        if (it->second != kNone)
-            matching[it->second].second.push_back(&transaction);
+        auto [it, fresh] = matches.try_emplace(line.key, false);
+        if (fresh)
+            it->second = text::equalsIgnoringCase(*line.key, key);
+        if (it->second)
+            lines.push_back(line);
     }
     std::vector<ReviewGroup> found;
-    for (auto& [own, lines] : matching)
-        found.push_back(makeGroup((isIn ? "in|" : "out|") + own, lines, ledger));
+    for (auto& group : partition(lines))
+        found.push_back(makeGroup(groupID(isIn, *group.key), *group.key, group.lines, ledger));
     if (found.empty())
         return std::nullopt;
     return *std::min_element(found.begin(), found.end(), listedBefore);
