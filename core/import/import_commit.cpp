@@ -19,7 +19,7 @@ std::optional<std::string> owned(std::optional<std::string_view> text) {
 
 LedgerTransaction makeTransaction(const Ledger& ledger, const Account& account, const Uuid& batchID,
                                   const ParsedRow& row) {
-    LedgerTransaction transaction{.id = Uuid::random(),
+    LedgerTransaction transaction{.id = Uuid::timeOrdered(),
                                   .accountID = account.id,
                                   .batchID = batchID,
                                   .sourceLine = row.line,

@@ -62,9 +62,33 @@ class Planner {
   public:
     Planner(const FileAnalysis& analysis, const Uuid& accountID, const Ledger& ledger)
         : m_analysis(analysis) {
+        // A file reaches a few months or years of an account that may hold
+        // twenty: only lines a row could match are kept. The fuzzy passes
+        // look from a week before the file's first row to a day after its
+        // last, by the line's date; a fingerprint begins with the date of
+        // the row it came from, which a person's edit of the line's date
+        // leaves as it was, so those are picked by the fingerprint's own.
+        std::unordered_set<std::string> rowDays;
+        std::optional<LocalDate> first, last;
+        for (const auto& row : analysis.rows) {
+            rowDays.insert(row.date.iso());
+            first = first ? std::min(*first, row.date) : row.date;
+            last = last ? std::max(*last, row.date) : row.date;
+        }
+        if (!first)
+            return;
+        const LocalDate from = first->addingDays(-kPostsAfterAtMost);
+        const LocalDate to = last->addingDays(kPostsBeforeAtMost);
         for (const auto& transaction : ledger.transactions) {
-            if (transaction.accountID == accountID && transaction.isActive())
+            if (transaction.accountID != accountID || !transaction.isActive())
+                continue;
+            if (transaction.date >= from && transaction.date <= to)
                 m_existing.push_back(&transaction);
+            const std::string_view fingerprint = transaction.fingerprint;
+            if (rowDays.contains(std::string(fingerprint.substr(0, fingerprint.find('|')))))
+                m_byFingerprint[fingerprint].push_back(&transaction);
+            if (transaction.externalID)
+                m_byExternalID[*transaction.externalID].push_back(&transaction);
         }
         for (const auto& batch : ledger.batches)
             m_fileHashOfBatch.emplace(batch.id, batch.fileHash);
@@ -73,7 +97,6 @@ class Planner {
     std::vector<RowDisposition> run() {
         std::vector<RowDisposition> dispositions(m_analysis.rows.size());
         std::vector<std::size_t> deferred;
-        indexExisting();
         for (std::size_t i = 0; i < m_analysis.rows.size(); ++i) {
             if (auto settled = exactMatch(m_analysis.rows[i]))
                 dispositions[i] = *settled;
@@ -95,14 +118,6 @@ class Planner {
     }
 
   private:
-    void indexExisting() {
-        for (const LedgerTransaction* transaction : m_existing) {
-            m_byFingerprint[transaction->fingerprint].push_back(transaction);
-            if (transaction->externalID)
-                m_byExternalID[*transaction->externalID].push_back(transaction);
-        }
-    }
-
     bool claim(const LedgerTransaction* transaction) {
         return m_claimed.insert(transaction->id).second;
     }

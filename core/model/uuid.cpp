@@ -2,8 +2,10 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
@@ -69,6 +71,31 @@ Uuid Uuid::random() {
     std::array<uint8_t, 16> bytes{};
     randomBytes(bytes.data(), bytes.size());
     bytes[6] = static_cast<uint8_t>((bytes[6] & 0x0F) | 0x40);
+    bytes[8] = static_cast<uint8_t>((bytes[8] & 0x3F) | 0x80);
+    return Uuid(bytes);
+}
+
+Uuid Uuid::timeOrdered() {
+    // Within a millisecond the twelve bits of count keep the order; past
+    // 4,096 ids, or when the clock steps back, the time is carried forward.
+    thread_local uint64_t lastMillis = 0;
+    thread_local uint32_t count = 0;
+    const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::system_clock::now().time_since_epoch());
+    const auto millis = static_cast<uint64_t>(std::max<int64_t>(0, now.count()));
+    if (millis > lastMillis) {
+        lastMillis = millis;
+        count = 0;
+    } else if (++count > 0xFFF) {
+        ++lastMillis;
+        count = 0;
+    }
+    std::array<uint8_t, 16> bytes{};
+    for (int i = 0; i < 6; ++i)
+        bytes[static_cast<std::size_t>(i)] = static_cast<uint8_t>(lastMillis >> (40 - 8 * i));
+    bytes[6] = static_cast<uint8_t>(0x70 | (count >> 8));
+    bytes[7] = static_cast<uint8_t>(count & 0xFF);
+    randomBytes(bytes.data() + 8, 8);
     bytes[8] = static_cast<uint8_t>((bytes[8] & 0x3F) | 0x80);
     return Uuid(bytes);
 }

@@ -155,7 +155,8 @@ std::vector<ReviewGroup> groupsOf(const std::vector<WaitingLine>& lines, const L
     auto byKey = partition(lines);
     result.reserve(byKey.size());
     for (auto& group : byKey)
-        result.push_back(makeGroup(groupID(group.isIn, *group.key), *group.key, group.lines, ledger));
+        result.push_back(
+            makeGroup(groupID(group.isIn, *group.key), *group.key, group.lines, ledger));
     std::sort(result.begin(), result.end(), listedBefore);
     return result;
 }

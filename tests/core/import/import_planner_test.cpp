@@ -95,6 +95,33 @@ TEST_F(ImportPlannerTest, OverlapAddsOnlyTheNewLines) {
     EXPECT_EQ(plan.firstDate(), day(2026, 3, 2));
 }
 
+TEST_F(ImportPlannerTest, ALineIsFoundByItsFileEvenAfterItsDateWasChangedOrFarFromTheFile) {
+    const auto march =
+        file({{day(2026, 3, 1), -450, "BLUE BOTTLE"},
+              {day(2026, 3, 2), -1200, "SAFEWAY"},
+              {day(2026, 3, 9), -2000, "CORNER BISTRO", TransactionStatus::pending}});
+    (void)importFile(march);
+    // A person moves the coffee to another year; the file still holds it.
+    std::optional<Uuid> coffee;
+    for (const auto& t : ledger().transactions) {
+        if (t.rawDescription == "BLUE BOTTLE")
+            coffee = t.id;
+    }
+    ASSERT_TRUE(coffee);
+    ledger().transactions.update(*coffee,
+                                 [](LedgerTransaction& edited) { edited.date = day(2019, 7, 4); });
+    const auto again = ImportPlanner::plan(march, account, ledger());
+    EXPECT_EQ(kinds(again), std::vector(3, Kind::duplicate));
+
+    // A later file: the pending charge, a full week before its first row,
+    // still posts; the coffee that was moved away is new to it.
+    const auto april = ImportPlanner::plan(
+        file({{day(2026, 3, 16), -2000, "CORNER BISTRO"}, {day(2026, 3, 17), -450, "BLUE BOTTLE"}},
+             "hash-2"),
+        account, ledger());
+    EXPECT_EQ(kinds(april), (std::vector{Kind::replacesPending, Kind::newRow}));
+}
+
 TEST_F(ImportPlannerTest, SecondIdenticalLineMeetsOnlyAClaimedTwin) {
     (void)importFile(file({{day(2026, 3, 1), -450, "BLUE BOTTLE"}}));
     const auto plan = ImportPlanner::plan(

@@ -44,8 +44,7 @@ TEST(MerchantKeysTest, HeldKeysAgreeWithTheParseAndShareAnAddressExactlyWhenEqua
 TEST(MerchantKeysTest, HeldKeysAreTheSameFromManyThreadsAtOnce) {
     std::vector<std::string> texts;
     for (int i = 0; i < 2000; ++i)
-        texts.push_back("THREADED SHOP #" + std::to_string(i % 97) + " STORE " +
-                        std::to_string(i));
+        texts.push_back("THREADED SHOP #" + std::to_string(i % 97) + " STORE " + std::to_string(i));
     std::vector<std::vector<const std::string*>> seen(4);
     {
         std::vector<std::jthread> threads;

@@ -58,7 +58,8 @@ struct Counting {
 TEST(ChunkSummaries, AFirstVisitOfEveryChunkGivesEachChunkItsOwnSummaryInChunkOrder) {
     const Map map = mapOf(50'000);
     Counting counting;
-    ChunkSummaries<Map, long> summaries([&](const Map::ChunkTable& chunk) { return counting(chunk); });
+    ChunkSummaries<Map, long> summaries(
+        [&](const Map::ChunkTable& chunk) { return counting(chunk); });
 
     std::vector<long> visited;
     summaries.each(map, [&](long sum) { visited.push_back(sum); });

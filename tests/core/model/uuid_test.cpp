@@ -3,8 +3,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -35,6 +38,31 @@ TEST(Uuid, RandomIdsAreVersionFourAndDistinct) {
         seen.insert(id);
     }
     EXPECT_EQ(seen.size(), 1000u);
+}
+
+// Far more than one millisecond's 4,096: the count carries into the time.
+TEST(Uuid, TimeOrderedIdsAreVersionSevenAndRiseInTheOrderTheyWereMade) {
+    const auto before = std::chrono::duration_cast<std::chrono::milliseconds>(
+                            std::chrono::system_clock::now().time_since_epoch())
+                            .count();
+    std::vector<Uuid> ids;
+    for (int i = 0; i < 20'000; ++i)
+        ids.push_back(Uuid::timeOrdered());
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        const std::string text = ids[i].text();
+        ASSERT_EQ(text[14], '7') << text;
+        ASSERT_NE(std::string("89AB").find(text[19]), std::string::npos) << text;
+        ASSERT_EQ(Uuid::parse(text), ids[i]);
+        if (i > 0) {
+            ASSERT_LT(ids[i - 1].text(), text);
+        }
+    }
+    // The first six bytes are the time the first id was made.
+    int64_t millis = 0;
+    for (int i = 0; i < 6; ++i)
+        millis = (millis << 8) | ids.front().bytes()[static_cast<std::size_t>(i)];
+    EXPECT_GE(millis, before);
+    EXPECT_LT(millis, before + 60'000);
 }
 
 // Ids are drawn from a pool of random bytes; a child made by fork() must not
