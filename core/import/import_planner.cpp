@@ -193,16 +193,21 @@ class Planner {
         }
     }
 
-    const std::string& keyOf(const LedgerTransaction& transaction) {
-        auto [it, fresh] = m_keys.try_emplace(transaction.id);
-        if (fresh)
-            it->second = MerchantKeys::of(transaction.rawDescription);
-        return it->second;
+    static const std::string& keyOf(const LedgerTransaction& transaction) {
+        return MerchantKeys::held(transaction.rawDescription);
     }
 
     RowDisposition fuzzyMatch(const ParsedRow& row, std::optional<LocalDate> firstDate,
                               std::optional<LocalDate> lastDate) {
-        const auto rowKey = MerchantKeys::of(row.description());
+        // Worked out only for a line that gets as far as the likeness test:
+        // a file of new dates meets none, and parsing every row's text would
+        // cost more than the rest of the plan.
+        const std::string* rowKeyHeld = nullptr;
+        const auto rowKey = [&]() -> const std::string& {
+            if (!rowKeyHeld)
+                rowKeyHeld = &MerchantKeys::held(row.description());
+            return *rowKeyHeld;
+        };
         const auto rowCard = row.cardIdentifier();
 
         if (!isPending(row.status)) {
@@ -213,7 +218,7 @@ class Planner {
                      if (!isPending(t.status) || m_claimed.contains(t.id) ||
                          !cardsMayAgree(t.cardIdentifier.optional(), rowCard) ||
                          !postsAs(t.amount, row.amount) ||
-                         KeySimilarity::score(keyOf(t), rowKey, 0) < kPendingKeyScore)
+                         KeySimilarity::score(keyOf(t), rowKey(), 0) < kPendingKeyScore)
                          return true;
                      only = &t;
                      return ++count < 2;
@@ -235,7 +240,7 @@ class Planner {
                 return true;
             const bool needsLikeness = isPending(t.status) || !isPending(row.status);
             if (needsLikeness && t.date != row.date &&
-                KeySimilarity::score(keyOf(t), rowKey, 0) < kDuplicateKeyScore)
+                KeySimilarity::score(keyOf(t), rowKey(), 0) < kDuplicateKeyScore)
                 return true;
             found = &t;
             return false;
@@ -260,7 +265,6 @@ class Planner {
     std::unordered_map<std::string_view, std::vector<const LedgerTransaction*>> m_byFingerprint;
     std::unordered_map<std::string_view, std::vector<const LedgerTransaction*>> m_byExternalID;
     std::unordered_set<Uuid> m_claimed;
-    std::unordered_map<Uuid, std::string> m_keys;
 };
 
 int64_t countOf(const std::vector<PlannedRow>& rows, Kind kind) {
