@@ -597,6 +597,36 @@ TEST_F(LargeLedger, DamagedPageHalfwayThroughFailsTheLoadCleanly) {
     }
 }
 
+// The copy is read where no log can be kept (a read-only folder, a copy
+// handed to someone), and must hold what the live file holds, log and all.
+TEST(LedgerStore, ABackupKeepsNoLogAndHoldsWhatTheLogHeld) {
+    TempFolder temp;
+    LedgerStore store(temp / "Copperwick.sqlite");
+    store.saveAll(Ledger::starter());
+    Ledger changed = store.load();
+    changed.settings.update(
+        [](LedgerSettings& settings) { settings.timeZoneID = "Europe/Berlin"; });
+    store.saveAll(changed);
+
+    store.backup(temp / "copy.sqlite");
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open_v2((temp / "copy.sqlite").c_str(), &db, SQLITE_OPEN_READONLY, nullptr),
+              SQLITE_OK);
+    sqlite3_stmt* statement = nullptr;
+    ASSERT_EQ(sqlite3_prepare_v2(db, "PRAGMA journal_mode", -1, &statement, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_step(statement), SQLITE_ROW);
+    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)), "delete");
+    sqlite3_finalize(statement);
+    sqlite3_close(db);
+    EXPECT_FALSE(std::filesystem::exists(temp / "copy.sqlite-wal"));
+    EXPECT_EQ(std::filesystem::status(temp / "copy.sqlite").permissions() &
+                  (std::filesystem::perms::group_all | std::filesystem::perms::others_all),
+              std::filesystem::perms::none);
+
+    LedgerStore copy(temp / "copy.sqlite");
+    EXPECT_EQ(copy.load(), changed);
+}
+
 TEST(LedgerStore, VerifyAcceptsOnlyDataFiles) {
     TempFolder temp;
     const auto text = temp / "notes.sqlite";
