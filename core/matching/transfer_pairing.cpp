@@ -89,23 +89,6 @@ void unpair(Ledger& ledger, const Uuid& id, LedgerDelta& delta) {
 namespace {
 
 using Transactions = SharedMap<Uuid, LedgerTransaction>;
-using PairingLines = std::vector<const LedgerTransaction*>;
-
-// The lines of each chunk that pairing looks at: linked ones, whose links it
-// checks, and candidates. Most of a ledger is neither, and pairing runs after
-// nearly every change, so it reads these short lists rather than every record.
-ChunkSummaries<Transactions, PairingLines>& pairingLines() {
-    static ChunkSummaries<Transactions, PairingLines> shared(
-        [](const Transactions::ChunkTable& chunk) {
-            PairingLines lines;
-            for (const auto& [id, record] : chunk) {
-                if (record->transferPairID || isCandidate(*record))
-                    lines.push_back(record.get());
-            }
-            return lines;
-        });
-    return shared;
-}
 
 Candidate candidateOf(const LedgerTransaction& transaction) {
     return Candidate{.id = transaction.id,
@@ -114,6 +97,32 @@ Candidate candidateOf(const LedgerTransaction& transaction) {
                      .amount = transaction.amount,
                      .isTransfer = transaction.kind == TransactionKind::transfer,
                      .description = &transaction.rawDescription};
+}
+
+// The lines of each chunk that pairing looks at: linked ones, whose links it
+// checks, and candidates, already copied as pairing reads them. Most of a
+// ledger is neither, and pairing runs after nearly every change, so it reads
+// these short lists rather than every record. A ledger of unfiled lines is
+// nearly all candidates, and reading each record again for its copy would
+// cost more than the pairing.
+struct PairingLines {
+    std::vector<Candidate> candidates;
+    std::vector<const LedgerTransaction*> linked;
+};
+
+ChunkSummaries<Transactions, PairingLines>& pairingLines() {
+    static ChunkSummaries<Transactions, PairingLines> shared(
+        [](const Transactions::ChunkTable& chunk) {
+            PairingLines lines;
+            for (const auto& [id, record] : chunk) {
+                if (record->transferPairID)
+                    lines.linked.push_back(record.get());
+                else if (isCandidate(*record))
+                    lines.candidates.push_back(candidateOf(*record));
+            }
+            return lines;
+        });
+    return shared;
 }
 
 // One pass over the unpaired candidates, which loses those it pairs. True when
@@ -218,11 +227,12 @@ LedgerDelta pairTransfers(Ledger& ledger) {
     // that could pair.
     std::vector<Uuid> broken;
     std::vector<Candidate> candidates;
+    // At most every line; only what is used is ever touched.
+    candidates.reserve(ledger.transactions.size());
     pairingLines().each(ledger.transactions, [&](const PairingLines& lines) {
-        for (const LedgerTransaction* transaction : lines) {
-            if (!transaction->transferPairID)
-                candidates.push_back(candidateOf(*transaction));
-            else if (!isLinkIntact(ledger, *transaction))
+        candidates.insert(candidates.end(), lines.candidates.begin(), lines.candidates.end());
+        for (const LedgerTransaction* transaction : lines.linked) {
+            if (!isLinkIntact(ledger, *transaction))
                 broken.push_back(transaction->id);
         }
     });
