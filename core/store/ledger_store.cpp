@@ -1,7 +1,6 @@
 #include "core/store/ledger_store.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -1104,54 +1103,6 @@ bool LedgerStore::replaceContents(const std::filesystem::path& file,
     return true;
 }
 
-namespace {
-
-// Copies of files up to this size are assembled in memory and written in one
-// go; larger ones page by page, so a very long history never needs its whole
-// size in memory at once.
-constexpr int64_t kBackupInMemoryAtMost = 256 * 1024 * 1024;
-
-int64_t pragmaNumber(sqlite3* db, const char* pragma) {
-    Statement statement(db, pragma);
-    return statement.step() ? sqlite3_column_int64(statement.get(), 0) : 0;
-}
-
-// Every page of `from` in one step: one read transaction, so the copy is of
-// one moment.
-void copyPages(sqlite3* to, sqlite3* from) {
-    sqlite3_backup* copy = sqlite3_backup_init(to, "main", from, "main");
-    if (!copy)
-        throw StoreError::sql(sqlite3_errmsg(to));
-    const int stepped = sqlite3_backup_step(copy, -1);
-    const int finished = sqlite3_backup_finish(copy);
-    if (stepped != SQLITE_DONE || finished != SQLITE_OK)
-        throw StoreError::sql(sqlite3_errmsg(to));
-}
-
-void writeWhole(const std::filesystem::path& target, const unsigned char* bytes, int64_t size) {
-    const int fd =
-        ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (fd < 0)
-        throw StoreError::open(std::generic_category().message(errno));
-    int64_t written = 0;
-    while (written < size) {
-        const auto chunk = static_cast<std::size_t>(std::min<int64_t>(size - written, 1 << 22));
-        const ssize_t n = ::write(fd, bytes + written, chunk);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0) {
-            const int error = n < 0 ? errno : ENOSPC;
-            ::close(fd);
-            throw StoreError::sql(std::generic_category().message(error));
-        }
-        written += n;
-    }
-    if (::close(fd) != 0)
-        throw StoreError::sql(std::generic_category().message(errno));
-}
-
-}  // namespace
-
 void LedgerStore::backup(const std::filesystem::path& target) {
     std::lock_guard lock(m_mutex);
     // Pages copied as they stand rather than a rebuilt file (VACUUM INTO):
@@ -1159,37 +1110,20 @@ void LedgerStore::backup(const std::filesystem::path& target) {
     // copy keeps no journal of its own and isn't synced page by page; it is
     // a new file nobody reads until the caller has synced it whole and
     // named it.
-    const int64_t bytes = pragmaNumber(connection(), "PRAGMA page_count") *
-                          pragmaNumber(connection(), "PRAGMA page_size");
-    if (bytes > 0 && bytes <= kBackupInMemoryAtMost) {
-        // Written page by page, a copy of a long history is tens of thousands
-        // of small writes; assembled in memory first, it is a few large ones.
-        const Connection memory("file:copperwick-backup?vfs=memdb",
-                                SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI);
-        if (!memory.get())
-            throw StoreError::open(memory.detail());
-        execute(memory.get(), "PRAGMA journal_mode = OFF");
-        copyPages(memory.get(), connection());
-        sqlite3_int64 size = 0;
-        unsigned char* image =
-            sqlite3_serialize(memory.get(), "main", &size, SQLITE_SERIALIZE_NOCOPY);
-        if (!image || size < 100)
-            throw StoreError::sql("the backup copy came out incomplete");
-        // The live file's header says it keeps a log; a copy on its own
-        // doesn't (format numbers 1, as a rollback journal sets them), so
-        // that it opens read-only anywhere, as a copy made by VACUUM does.
-        image[18] = 1;
-        image[19] = 1;
-        writeWhole(target, image, size);
-        return;
-    }
     const Connection to(target, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW);
     if (!to.get())
         throw StoreError::open(to.detail());
     execute(to.get(), "PRAGMA journal_mode = OFF");
     execute(to.get(), "PRAGMA synchronous = OFF");
-    copyPages(to.get(), connection());
-    // As above: the copy keeps no log.
+    sqlite3_backup* copy = sqlite3_backup_init(to.get(), "main", connection(), "main");
+    if (!copy)
+        throw StoreError::sql(sqlite3_errmsg(to.get()));
+    const int stepped = sqlite3_backup_step(copy, -1);
+    const int finished = sqlite3_backup_finish(copy);
+    if (stepped != SQLITE_DONE || finished != SQLITE_OK)
+        throw StoreError::sql(sqlite3_errmsg(to.get()));
+    // The live file's header says it keeps a log; a copy on its own doesn't,
+    // so that it opens read-only anywhere, as a copy made by VACUUM does.
     execute(to.get(), "PRAGMA journal_mode = DELETE");
 }
 
