@@ -175,8 +175,9 @@ Worked workOut(Ledger ledger, std::vector<ImportFile>& ready, Instant now) {
             delta.merge(upsertAccount(ledger, std::move(account)));
         }
 
-        auto result = commitImport(
-            ledger, {ImportCommitItem{file.analysis, std::move(*plan), file.forcedLines}}, now);
+        std::vector<ImportCommitItem> items;
+        items.push_back(ImportCommitItem{file.analysis, std::move(*plan), file.forcedLines});
+        auto result = commitImport(ledger, items, now);
         delta.merge(std::move(result.delta));
         for (auto& batch : result.batches)
             worked.committed.emplace_back(file.id, std::move(batch));

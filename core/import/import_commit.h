@@ -20,8 +20,10 @@
 
 namespace copperwick {
 
+// The analysis is the caller's, read during the commit: a file of a hundred
+// thousand rows is worth not copying.
 struct ImportCommitItem {
-    FileAnalysis analysis;
+    const FileAnalysis& analysis;
     ImportPlan plan;
     std::set<int64_t> forcedLines;  // held rows the person imports all the same
 };
