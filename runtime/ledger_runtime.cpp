@@ -220,7 +220,7 @@ void LedgerRuntime::warmMerchantKeys() {
             for (const auto& transaction : ledger.transactions) {
                 if (stop.stop_requested())
                     return;
-                (void)MerchantKeys::of(transaction.rawDescription);
+                (void)MerchantKeys::held(transaction.rawDescription);
             }
         } catch (const std::exception&) {
             return;

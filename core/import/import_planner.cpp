@@ -68,15 +68,13 @@ class Planner {
         // last, by the line's date; a fingerprint begins with the date of
         // the row it came from, which a person's edit of the line's date
         // leaves as it was, so those are picked by the fingerprint's own.
-        std::unordered_set<std::string> rowDays;
-        std::optional<LocalDate> first, last;
-        for (const auto& row : analysis.rows) {
-            rowDays.insert(row.date.iso());
-            first = first ? std::min(*first, row.date) : row.date;
-            last = last ? std::max(*last, row.date) : row.date;
-        }
-        if (!first)
+        const auto first = analysis.firstDate();
+        const auto last = analysis.lastDate();
+        if (!first || !last)
             return;
+        std::unordered_set<std::string> rowDays;
+        for (const auto& row : analysis.rows)
+            rowDays.insert(row.date.iso());
         const LocalDate from = first->addingDays(-kPostsAfterAtMost);
         const LocalDate to = last->addingDays(kPostsBeforeAtMost);
         for (const auto& transaction : ledger.transactions) {

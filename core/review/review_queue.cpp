@@ -146,17 +146,13 @@ std::vector<Partition> partition(const std::vector<WaitingLine>& lines) {
     return groups;
 }
 
-std::string groupID(bool isIn, const std::string& key) {
-    return (isIn ? "in|" : "out|") + key;
-}
-
 std::vector<ReviewGroup> groupsOf(const std::vector<WaitingLine>& lines, const Ledger& ledger) {
     std::vector<ReviewGroup> result;
     auto byKey = partition(lines);
     result.reserve(byKey.size());
     for (auto& group : byKey)
         result.push_back(
-            makeGroup(groupID(group.isIn, *group.key), *group.key, group.lines, ledger));
+            makeGroup((group.isIn ? "in|" : "out|") + *group.key, *group.key, group.lines, ledger));
     std::sort(result.begin(), result.end(), listedBefore);
     return result;
 }
@@ -207,12 +203,10 @@ std::optional<ReviewGroup> group(const Ledger& ledger, std::string_view id) {
         if (it->second)
             lines.push_back(line);
     }
-    std::vector<ReviewGroup> found;
-    for (auto& group : partition(lines))
-        found.push_back(makeGroup(groupID(isIn, *group.key), *group.key, group.lines, ledger));
+    auto found = groupsOf(lines, ledger);
     if (found.empty())
         return std::nullopt;
-    return *std::min_element(found.begin(), found.end(), listedBefore);
+    return std::move(found.front());
 }
 
 std::vector<LedgerTransaction> stalePending(const Ledger& ledger, LocalDate today) {
