@@ -12,13 +12,13 @@
 
 #include "cli/commands.h"
 #include "cli/ledger_lookup.h"
+#include "cli/pdf_writer.h"
 #include "cli/report_options.h"
 #include "cli/runtime_session.h"
 #include "core/model/file_output.h"
 #include "core/presentation/pdf_report_content.h"
 #include "core/reports/csv_export.h"
 #include "core/reports/transaction_query.h"
-#include "pdf/report_pdf.h"
 #include "runtime/skin_preference.h"
 
 namespace copperwick::cli {
@@ -124,6 +124,11 @@ void runExportPDF(CommandContext& context, const ExportOptions& options) {
     const Skin skin =
         enumFromRaw<Skin>(options.skin).value_or(SkinPreference::load(runtime->defaults()).skin);
 
+    if (const std::string failure = PDFWriter::openFailure(); !failure.empty()) {
+        context.err << "Couldn't save the PDF: " << failure << '\n';
+        context.exitCode = kExitFailure;
+        return;
+    }
     const ActivityCount building = runtime->countPDFBuild();
     const ReportBundle bundle = runtime->buildReportBundle(*filter);
     const PDFReportContent content =
@@ -131,7 +136,7 @@ void runExportPDF(CommandContext& context, const ExportOptions& options) {
     const fs::path target = savedPath(options.file);
     std::size_t pages = 0;
     try {
-        pages = ReportPDF::write(content, style, skin, target);
+        pages = PDFWriter::write(content, style, skin, target);
     } catch (const PDFExportError& error) {
         context.err << "Couldn't save the PDF: " << error.what() << '\n';
         context.exitCode = kExitFailure;

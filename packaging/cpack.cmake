@@ -1,6 +1,6 @@
 # The Debian package, made by `cpack -G DEB` from the install rules. Its
 # dependencies are worked out from the programs' own libraries by
-# dpkg-shlibdeps, never written by hand.
+# dpkg-shlibdeps; only what the programs open themselves is named by hand.
 set(CPACK_PACKAGE_NAME copperwick)
 set(CPACK_PACKAGE_VENDOR "The Copperwick developers")
 set(CPACK_PACKAGE_CONTACT "${COPPERWICK_MAINTAINER}")
@@ -18,7 +18,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # No library names a font: the window and the PDF report are set in DejaVu
 # when the desktop has nothing better. The section symbols come from an icon
 # theme, Breeze's names first.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-dejavu-core")
+# libcurl is opened when the local model or an update is first reached, so
+# dpkg-shlibdeps can't see it; 7.85 is the first with the protocol lists the
+# clients set.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-dejavu-core, libcurl4 (>= 7.85.0)")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "breeze-icon-theme")
 # The long description; cpack puts the summary above it and indents it.
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION

@@ -50,9 +50,13 @@ curl_socket_t openSocket(void* context, curlsocktype, curl_sockaddr* address) {
 }  // namespace
 
 Reply send(const Request& request) {
-    curl_support::initialiseOnce();
     Reply reply;
-    Handle handle(curl_easy_init());
+    const curl_support::Library* library = curl_support::library();
+    if (!library) {
+        reply.detail = curl_support::kNotLoaded;
+        return reply;
+    }
+    Handle handle(library->easyInit());
     if (!handle) {
         reply.detail = "the connection couldn't be set up";
         return reply;
@@ -62,11 +66,11 @@ Reply send(const Request& request) {
     const std::string url = request.endpoint.url(request.route);
 
     const List resolve = curl_support::pinToLoopback(request.endpoint);
-    List headers(curl_slist_append(nullptr, "Accept: application/json"));
+    List headers = curl_support::appended(nullptr, "Accept: application/json");
     if (request.body) {
-        headers.reset(curl_slist_append(headers.release(), "Content-Type: application/json"));
+        headers = curl_support::appended(std::move(headers), "Content-Type: application/json");
         // Without this curl waits a second for a "100 Continue" on longer bodies.
-        headers.reset(curl_slist_append(headers.release(), "Expect:"));
+        headers = curl_support::appended(std::move(headers), "Expect:");
     }
     const long limit = static_cast<long>(request.timeLimit.count());
     const long connectLimit = static_cast<long>(std::min(request.timeLimit, kConnectLimit).count());
@@ -99,7 +103,7 @@ Reply send(const Request& request) {
         return reply;
     }
 
-    const CURLcode code = curl_easy_perform(curl);
+    const CURLcode code = library->easyPerform(curl);
     using Outcome = Reply::Outcome;
     if (exchange.refusedAddress) {
         reply.outcome = Outcome::refused;
@@ -107,7 +111,7 @@ Reply send(const Request& request) {
         reply.outcome = Outcome::tooLarge;
     } else if (code == CURLE_OK) {
         reply.outcome = Outcome::answered;
-        curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);
+        library->easyGetinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);
         reply.body = std::move(exchange.body);
     } else if (code == CURLE_ABORTED_BY_CALLBACK) {
         reply.outcome = Outcome::cancelled;
@@ -117,7 +121,7 @@ Reply send(const Request& request) {
         reply.outcome = Outcome::unreachable;
     } else {
         reply.outcome = Outcome::failed;
-        reply.detail = curl_easy_strerror(code);
+        reply.detail = library->easyStrerror(code);
     }
     return reply;
 }

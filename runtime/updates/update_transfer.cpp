@@ -92,13 +92,17 @@ curl_socket_t openLoopbackSocket(void* context, curlsocktype, curl_sockaddr* add
 }
 
 Outcome transfer(const Request& request, Sink& sink) {
-    curl_support::initialiseOnce();
     Outcome outcome;
     if (!isAllowedAddress(request.url)) {
         outcome.kind = Outcome::Kind::refused;
         return outcome;
     }
-    const curl_support::Handle handle(curl_easy_init());
+    const curl_support::Library* library = curl_support::library();
+    if (!library) {
+        outcome.detail = curl_support::kNotLoaded;
+        return outcome;
+    }
+    const curl_support::Handle handle(library->easyInit());
     if (!handle) {
         outcome.detail = "the connection couldn't be set up";
         return outcome;
@@ -144,9 +148,9 @@ Outcome transfer(const Request& request, Sink& sink) {
         return outcome;
     }
 
-    const CURLcode code = curl_easy_perform(curl);
+    const CURLcode code = library->easyPerform(curl);
     using Kind = Outcome::Kind;
-    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &outcome.status);
+    library->easyGetinfo(curl, CURLINFO_RESPONSE_CODE, &outcome.status);
     if (sink.refusedAddress || code == CURLE_UNSUPPORTED_PROTOCOL) {
         // A redirect to plain http lands here too.
         outcome.kind = Kind::refused;
@@ -164,7 +168,7 @@ Outcome transfer(const Request& request, Sink& sink) {
     } else {
         outcome.kind = Kind::failed;
         outcome.detail =
-            sink.writeFailed ? "the file couldn't be written" : curl_easy_strerror(code);
+            sink.writeFailed ? "the file couldn't be written" : library->easyStrerror(code);
     }
     return outcome;
 }

@@ -153,5 +153,24 @@ TEST_F(ExportPDFTest, APlaceThatCantBeWrittenIsSaidInPlainWords) {
     EXPECT_FALSE(std::filesystem::exists(folder / "x.pdf"));
 }
 
+// The program itself opens its PDF writer beside it, and only for a PDF: a
+// command that never draws or connects doesn't load Pango, Cairo or libcurl.
+TEST_F(ExportPDFTest, TheProgramOpensItsWriterOnlyWhenAskedForAPDF) {
+    const auto loaded = testing::runCopperwick({"--version"}, folder.path(),
+                                               {.environment = {{"LD_TRACE_LOADED_OBJECTS", "1"}}});
+    ASSERT_EQ(loaded.code, 0) << loaded.err;
+    EXPECT_NE(loaded.out.find("libsqlite3"), std::string::npos) << loaded.out;
+    for (const char* library : {"libcairo", "libpango", "libcurl"})
+        EXPECT_EQ(loaded.out.find(library), std::string::npos) << library << " in\n" << loaded.out;
+
+    const auto data = (folder / "data").string();
+    const auto file = folder / "process.pdf";
+    const auto saved = testing::runCopperwick(
+        {"--data-dir", data, "--json", "export", "pdf", file.string()}, folder.path());
+    ASSERT_EQ(saved.code, 0) << saved.err;
+    EXPECT_EQ(boost::json::parse(saved.out).at("pages").as_int64(), 3);
+    EXPECT_EQ(testing::readFile(file).substr(0, 5), "%PDF-");
+}
+
 }  // namespace
 }  // namespace copperwick::cli
