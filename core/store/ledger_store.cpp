@@ -39,6 +39,14 @@ constexpr const char* kSchema =
     "PRAGMA user_version = 1;";
 
 constexpr const char* kClosed = "database is closed";
+// A save finds the pages it changes through a mapping of the file, straight
+// from the kernel's cache, rather than copying each into SQLite's small page
+// cache: a tenth of a large review decision's time. A load reads every page
+// once, so it copies them; mapped, the whole file would count against the
+// program's memory. (A disk that fails under a mapping stops the program
+// rather than failing the save, which loses nothing the log doesn't hold.)
+constexpr const char* kMappedReads = "PRAGMA mmap_size = 1073741824";
+constexpr const char* kCopiedReads = "PRAGMA mmap_size = 0";
 constexpr const char* kNotUTF8 =
     "some of its text isn't valid UTF-8, and it couldn't be read back. Nothing was saved.";
 
@@ -774,14 +782,17 @@ Ledger LedgerStore::load() {
     sqlite3* db = connection();
     // One read transaction: every kind comes from the same committed state,
     // whatever another program saves meanwhile, and data_version names it.
+    execute(db, kCopiedReads);
     execute(db, "BEGIN");
     try {
         Ledger ledger = loadRecords(db);
         m_knownVersion = dataVersion(db);
         execute(db, "COMMIT");
+        execute(db, kMappedReads);
         return ledger;
     } catch (...) {
         sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_exec(db, kMappedReads, nullptr, nullptr, nullptr);
         throw;
     }
 }
