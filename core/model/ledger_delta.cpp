@@ -16,6 +16,21 @@ RecordID::RecordID(std::string text) {
 }
 
 std::vector<RecordID> RecordIDs::sorted() const {
+    // Nearly every set is all UUIDs, a large import's 100,000 of them among
+    // them: sorting the 16-byte values and making the ids afterwards moves a
+    // fraction of what sorting the ids themselves would.
+    std::vector<Uuid> uuids;
+    uuids.reserve(m_ids.size());
+    for (const auto& id : m_ids) {
+        const auto uuid = id.uuid();
+        if (!uuid)
+            break;
+        uuids.push_back(*uuid);
+    }
+    if (uuids.size() == m_ids.size()) {
+        std::sort(uuids.begin(), uuids.end());
+        return {uuids.begin(), uuids.end()};
+    }
     std::vector<RecordID> ids(m_ids.begin(), m_ids.end());
     std::sort(ids.begin(), ids.end());
     return ids;

@@ -67,9 +67,11 @@ class Statement {
                                 SQLITE_TRANSIENT));
         return *this;
     }
-    Statement& bindBlob(int index, std::string_view bytes) {
+    // Without SQLite's own copy (a whole ledger's records, on a large import):
+    // `bytes` must stay as they are until run().
+    Statement& bindBlobInPlace(int index, std::string_view bytes) {
         check(sqlite3_bind_blob(m_statement, index, bytes.data(), static_cast<int>(bytes.size()),
-                                SQLITE_TRANSIENT));
+                                SQLITE_STATIC));
         return *this;
     }
     Statement& bind(int index, int64_t value) {
@@ -885,7 +887,7 @@ void LedgerStore::save(const LedgerDelta& delta, const Ledger& ledger) {
                                 throw StoreError::sql(kNotUTF8);
                             insert.bind(1, rawValue(kind))
                                 .bind(2, id.text())
-                                .bindBlob(3, *data)
+                                .bindBlobInPlace(3, *data)
                                 .run();
                         } else {
                             removeRow(kind, id);  // changed, then removed within one operation
