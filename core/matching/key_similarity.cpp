@@ -29,11 +29,19 @@ std::size_t characterCount(std::string_view text) {
     }));
 }
 
-std::size_t editDistance(std::string_view a, std::string_view b) {
+// The edit distance if it is at most `limit`, otherwise limit + 1. Only the
+// cells within `limit` of the diagonal can lie on a path that cheap, so each
+// row is worked out over that band alone, and the work stops at the first row
+// whose every cell is already over the limit: most keys a directory holds
+// differ from a given one within a few characters.
+std::size_t editDistanceWithin(std::string_view a, std::string_view b, std::size_t limit) {
     // One row over the shorter text; the cell to the upper left is carried
     // along in `diagonal`.
     if (a.size() < b.size())
         std::swap(a, b);
+    if (a.size() - b.size() > limit)
+        return limit + 1;
+    const std::size_t over = limit + 1;
     std::array<std::size_t, kStackRow> stackRow;
     std::vector<std::size_t> heapRow;
     std::size_t* row = stackRow.data();
@@ -41,17 +49,24 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
         heapRow.resize(b.size() + 1);
         row = heapRow.data();
     }
+    // Cells right of the band keep `over` until the band reaches them.
     for (std::size_t j = 0; j <= b.size(); ++j)
-        row[j] = j;
+        row[j] = std::min(j, over);
     for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i;
-        for (std::size_t j = 1; j <= b.size(); ++j) {
+        const std::size_t first = i > limit ? i - limit : 1;
+        const std::size_t last = std::min(b.size(), i + limit);
+        std::size_t diagonal = row[first - 1];
+        row[first - 1] = first == 1 ? std::min(i, over) : over;
+        std::size_t rowBest = row[first - 1];
+        for (std::size_t j = first; j <= last; ++j) {
             const std::size_t above = row[j];
             const std::size_t substitution = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            row[j] = std::min({above + 1, row[j - 1] + 1, substitution});
+            row[j] = std::min({above + 1, row[j - 1] + 1, substitution, over});
             diagonal = above;
+            rowBest = std::min(rowBest, row[j]);
         }
+        if (rowBest >= over)
+            return over;
     }
     return row[b.size()];
 }
@@ -66,16 +81,24 @@ int score(std::string_view a, std::string_view b, int floor) {
 
     const auto longer = static_cast<std::int64_t>(std::max(a.size(), b.size()));
     const auto shorter = static_cast<std::int64_t>(std::min(a.size(), b.size()));
+    // The most edits that still score `floor`: the rounded score below is at
+    // least the floor exactly when 100 * distance <= 100 * longer + longer / 2
+    // - floor * longer. The lengths alone take longer - shorter edits.
+    auto limit = longer;
     if (floor >= 1) {
+        limit = std::clamp<std::int64_t>(
+            (100 * longer + longer / 2 - std::int64_t{floor} * longer) / 100, 0, longer);
         // A word prefix is lifted to 90 below, whatever the lengths say.
         const bool wordPrefix = shorter >= static_cast<std::int64_t>(kWordPrefixMinimum) &&
                                 (beginsWithWord(a, b) || beginsWithWord(b, a));
-        if (!wordPrefix && (longer - shorter) * 100 > (100 - std::int64_t{floor}) * longer)
+        if (!wordPrefix && longer - shorter > limit)
             return 0;
     }
 
-    const auto distance = static_cast<std::int64_t>(editDistance(a, b));
-    int result = static_cast<int>(((longer - distance) * 100 + longer / 2) / longer);
+    const auto distance =
+        static_cast<std::int64_t>(editDistanceWithin(a, b, static_cast<std::size_t>(limit)));
+    int result =
+        distance > limit ? 0 : static_cast<int>(((longer - distance) * 100 + longer / 2) / longer);
 
     const bool bShorter = characterCount(b) < characterCount(a);
     const std::string_view shortKey = bShorter ? b : a;

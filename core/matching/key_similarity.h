@@ -10,9 +10,11 @@
 
 namespace copperwick::KeySimilarity {
 
-// `floor` only permits stopping early: from 1 up, a pair whose lengths alone
-// rule out reaching it scores 0 without the edit distance being computed. A
-// score under the floor can still come back; callers compare for themselves.
+// `floor` only permits stopping early: from 1 up, a pair whose lengths or
+// edit distance rule out reaching it scores 0 (or 90, for a whole word
+// prefix) without the distance being worked out in full. A score at or over
+// the floor is always exact; one under it can still come back, and callers
+// compare for themselves.
 [[nodiscard]] int score(std::string_view a, std::string_view b, int floor);
 
 }  // namespace copperwick::KeySimilarity

@@ -1,5 +1,7 @@
 #include "core/matching/key_similarity.h"
 
+#include <random>
+#include <string>
 #include <string_view>
 
 #include <gtest/gtest.h>
@@ -60,20 +62,51 @@ TEST(KeySimilarity, WholeWordPrefixOfFourCharactersIsLiftedTo90) {
     });
 }
 
-TEST(KeySimilarity, FloorStopsEarlyOnlyWhenLengthsRuleItOut) {
+TEST(KeySimilarity, FloorStopsEarlyWhenLengthsOrEditsRuleItOut) {
     expectScores({
         {"AB", "AB CD", 0, 40},
         {"AB", "AB CD", 80, 0},
         // Lengths 10 and 8 can reach 80 and no more.
         {"ABCDEFGHIJ", "ABCDEFGH", 80, 80},
         {"ABCDEFGHIJ", "ABCDEFGH", 81, 0},
-        // A result under the floor still comes back when the lengths allow it.
-        {"ABCDEFGHIJ", "ABCDEFGHXY", 90, 80},
-        // A word prefix is never cut short, but only from four bytes on.
+        // Two edits in ten reach 80 exactly, and not 81; 85 rounds from 84.5.
+        {"ABCDEFGHIJ", "ABCDEFGHXY", 80, 80},
+        {"ABCDEFGHIJ", "ABCDEFGHXY", 81, 0},
+        {"ABCDEFGHIJKLMNOPQRST", "ABCDEFGHIJKLMNOPQXYZ", 85, 85},
+        {"ABCDEFGHIJKLMNOPQRST", "ABCDEFGHIJKLMNOPQXYZ", 86, 0},
+        // A word prefix keeps its 90 when the edits are cut short, but only
+        // from four characters on.
         {"ABCD", "ABCD EFGHIJKLMNOP", 83, 90},
         {"ABC", "ABC DEFGHIJ", 83, 0},
-        {"\xC3\x80\xC3\x89\xC3\x8E", "\xC3\x80\xC3\x89\xC3\x8E XYZ", 83, 60},
+        {"\xC3\x80\xC3\x89\xC3\x8E", "\xC3\x80\xC3\x89\xC3\x8E XYZ", 83, 0},
     });
+}
+
+// The floor may only change scores under it: over random keys of a few
+// letters, so that near and far pairs both come up, a score at or over the
+// floor is the one worked out without a floor, and no score under the floor
+// rises to it.
+TEST(KeySimilarity, AFloorNeverChangesAScoreThatReachesIt) {
+    std::mt19937 random(20261125);
+    const std::string letters = "ABCDE ";
+    const auto key = [&] {
+        std::string text(1 + random() % 24, 'A');
+        for (char& c : text)
+            c = letters[random() % letters.size()];
+        return text;
+    };
+    for (int i = 0; i < 20000; ++i) {
+        const std::string a = key();
+        const std::string b = random() % 4 == 0 ? a + key() : key();
+        const int full = KeySimilarity::score(a, b, 0);
+        for (const int floor : {1, 50, 83, 88, 90, 95, 100}) {
+            const int cut = KeySimilarity::score(a, b, floor);
+            if (full >= floor)
+                ASSERT_EQ(cut, full) << '"' << a << "\" / \"" << b << "\" floor " << floor;
+            else
+                ASSERT_LT(cut, floor) << '"' << a << "\" / \"" << b << "\" floor " << floor;
+        }
+    }
 }
 
 }  // namespace
