@@ -1,6 +1,7 @@
 #include "core/model/date_layout.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -14,6 +15,25 @@ struct Piece {
     std::string_view text;
     int value;
 };
+
+// The date's three pieces between "/", "-" and ".", empty ones dropped, as
+// text::splitDroppingEmpty would give them; false when there aren't exactly
+// three. Every row of a file passes here, so nothing is allocated.
+bool splitIntoThree(std::string_view date, std::array<std::string_view, 3>& pieces) {
+    std::size_t count = 0;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i <= date.size(); ++i) {
+        if (i < date.size() && date[i] != '/' && date[i] != '-' && date[i] != '.')
+            continue;
+        if (i > start) {
+            if (count == pieces.size())
+                return false;
+            pieces[count++] = date.substr(start, i - start);
+        }
+        start = i + 1;
+    }
+    return count == pieces.size();
+}
 
 std::optional<Piece> readPiece(std::string_view text) {
     const auto value = detail::readInteger(text);
@@ -156,9 +176,9 @@ std::optional<LocalDate> parseDate(DateLayout layout, std::string_view text) {
             return compact;
     }
 
-    const auto texts = text::splitDroppingEmpty(date, "/-.");
+    std::array<std::string_view, 3> texts;
     std::optional<Piece> pieces[3];
-    bool numeric = texts.size() == 3;
+    bool numeric = splitIntoThree(date, texts);
     for (std::size_t i = 0; i < 3 && numeric; ++i) {
         pieces[i] = readPiece(texts[i]);
         numeric = pieces[i].has_value();

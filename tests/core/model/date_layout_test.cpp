@@ -56,6 +56,10 @@ TEST(DateLayout, ParsePutsEachPieceInItsField) {
     EXPECT_EQ(parseDate(DateLayout::monthDayYear, "3-14.2026"), date(2026, 3, 14));
     EXPECT_EQ(parseDate(DateLayout::monthDayYear, "3//14//2026"), date(2026, 3, 14));
     EXPECT_EQ(parseDate(DateLayout::monthDayYear, "/3/14/2026/"), date(2026, 3, 14));
+    // Two pieces or four are no date, whatever the separators.
+    EXPECT_EQ(parseDate(DateLayout::monthDayYear, "3/14/2026/1"), std::nullopt);
+    EXPECT_EQ(parseDate(DateLayout::yearMonthDay, "2026-03"), std::nullopt);
+    EXPECT_EQ(parseDate(DateLayout::yearMonthDay, "--"), std::nullopt);
     // The standard integer reader tolerates a leading plus.
     EXPECT_EQ(parseDate(DateLayout::monthDayYear, "+3/14/2026"), date(2026, 3, 14));
 }
