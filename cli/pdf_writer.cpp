@@ -1,6 +1,7 @@
 #include "cli/pdf_writer.h"
 
 #include <cstring>
+#include <stdexcept>
 #include <system_error>
 
 #include <dlfcn.h>
@@ -14,6 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace entry = pdf_writer_entry;
+
+// Thrown for a failure that came back without words, so that the command
+// ends as it does for any exception it doesn't know.
+struct Unrecognised {};
 
 struct Opened {
     entry::Write write = nullptr;
@@ -60,10 +65,23 @@ std::string openFailure() {
 
 std::size_t write(const PDFReportContent& content, PDFReportStyle style, Skin skin,
                   const std::filesystem::path& file) {
-    std::size_t pages = 0;
-    if (!opened().write || !opened().write(content, style, skin, file, pages))
+    if (!opened().write)
         throw PDFExportError();
-    return pages;
+    std::size_t pages = 0;
+    std::string failure;
+    switch (opened().write(content, style, skin, file, pages, failure)) {
+        case entry::Written::saved:
+            return pages;
+        case entry::Written::notSaved:
+            throw PDFExportError();
+        case entry::Written::interrupted:
+            break;
+    }
+    // As the writer linked in would have ended the command: in the
+    // exception's own words, or as an error nobody recognises.
+    if (failure.empty())
+        throw Unrecognised{};
+    throw std::runtime_error(failure);
 }
 
 }  // namespace copperwick::cli::PDFWriter

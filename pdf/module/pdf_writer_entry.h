@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <string>
 
 #include "core/presentation/pdf_report_content.h"
 #include "core/presentation/skin.h"
@@ -19,9 +20,16 @@ inline constexpr const char* kWriteSymbol = "copperwick_pdf_writer_write";
 // The version the module was built as (COPPERWICK_VERSION).
 using Version = const char* (*)();
 
-// ReportPDF::write: true with `pages` set when the file was saved whole,
-// false when it wasn't (PDFExportError's case, and any other failure).
-using Write = bool (*)(const PDFReportContent& content, PDFReportStyle style, Skin skin,
-                       const std::filesystem::path& file, std::size_t& pages);
+// What became of a write.
+enum class Written : int {
+    saved,        // `pages` is set
+    notSaved,     // ReportPDF::write threw PDFExportError
+    interrupted,  // anything else was thrown; `failure` holds its what(), if it had one
+};
+
+// ReportPDF::write, its outcome as a value rather than thrown.
+using Write = Written (*)(const PDFReportContent& content, PDFReportStyle style, Skin skin,
+                          const std::filesystem::path& file, std::size_t& pages,
+                          std::string& failure);
 
 }  // namespace copperwick::pdf_writer_entry

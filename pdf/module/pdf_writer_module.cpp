@@ -1,3 +1,5 @@
+#include <exception>
+#include <string>
 #include <type_traits>
 
 #include "copperwick_version.h"
@@ -12,17 +14,23 @@ extern "C" {
     return COPPERWICK_VERSION;
 }
 
-[[gnu::visibility("default")]] bool copperwick_pdf_writer_write(
+[[gnu::visibility("default")]] entry::Written copperwick_pdf_writer_write(
     const copperwick::PDFReportContent& content, copperwick::PDFReportStyle style,
-    copperwick::Skin skin, const std::filesystem::path& file, std::size_t& pages) {
+    copperwick::Skin skin, const std::filesystem::path& file, std::size_t& pages,
+    std::string& failure) {
     // An exception's type is matched by name across a module's edge only
     // when both sides agree on how; a plain answer needs no agreement.
     try {
         pages = copperwick::ReportPDF::write(content, style, skin, file);
-        return true;
+        return entry::Written::saved;
+    } catch (const copperwick::PDFExportError&) {
+        return entry::Written::notSaved;
+    } catch (const std::exception& error) {
+        failure = error.what();
     } catch (...) {
-        return false;
+        failure.clear();  // nothing to say what it was
     }
+    return entry::Written::interrupted;
 }
 
 }  // extern "C"
