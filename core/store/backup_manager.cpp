@@ -207,9 +207,10 @@ void BackupManager::restore(const fs::path& backup, const fs::path& dataFile) {
     if (LedgerStore::replaceContents(dataFile, copy.path()))
         return;
     // Nothing there that SQLite can write to: the copy takes the name. A
-    // stale log must not be replayed into it.
+    // stale log or journal must not be replayed into it.
     std::error_code ignored;
     fs::remove(dataFile.string() + "-wal", ignored);
+    fs::remove(dataFile.string() + "-journal", ignored);
     fs::remove(dataFile.string() + "-shm", ignored);
     copy.replace(dataFile);
 }

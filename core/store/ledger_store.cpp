@@ -535,6 +535,21 @@ class EncodedBlocks {
 // Pages in the log past which it is copied back: SQLite's own default.
 constexpr int kCopyBackPages = 1000;
 
+// Sets the connection's journal mode and says the one it has after: the old
+// one when SQLite couldn't change it.
+std::string journalMode(sqlite3* db, const char* mode) {
+    sqlite3_stmt* statement = nullptr;
+    const std::string sql = std::string("PRAGMA journal_mode = ") + mode;
+    std::string result;
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW) {
+        if (const unsigned char* text = sqlite3_column_text(statement, 0))
+            result = reinterpret_cast<const char*>(text);
+    }
+    sqlite3_finalize(statement);
+    return result;
+}
+
 }  // namespace
 
 // Copies the write-ahead log back into the data file, on request, on a thread
@@ -575,6 +590,15 @@ class detail::LogCopier {
         m_wake.notify_one();
         if (m_thread.joinable())
             m_thread.join();
+    }
+
+    // Waits for a copy under way and closes the copier's connection, so that
+    // the store's own is the only one; the next request starts it again.
+    void pause() {
+        stop();
+        std::lock_guard lock(m_mutex);
+        m_stopping = false;
+        m_requested = false;
     }
 
   private:
@@ -659,6 +683,17 @@ void createPrivateFile(const std::filesystem::path& file) {
         ::close(descriptor);
 }
 
+// A save that wrote straight into the file and stopped short of returning it
+// to its log leaves an empty journal behind. Once the file is on its log again
+// nobody writes a journal, and an empty one holds nothing to roll back; one
+// that isn't empty was rolled back by SQLite before the log was opened.
+void removeEmptiedJournal(const std::filesystem::path& file) {
+    const std::string journal = file.string() + "-journal";
+    struct stat status {};
+    if (::stat(journal.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0)
+        ::unlink(journal.c_str());
+}
+
 void beginWriting(sqlite3* db) {
     const int result = sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
     if (result == SQLITE_BUSY || result == SQLITE_LOCKED)
@@ -709,6 +744,7 @@ LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
             }
         }
+        removeEmptiedJournal(m_file);
         m_logCopier = std::make_unique<detail::LogCopier>(m_file);
         sqlite3_wal_hook(m_db, afterCommit, m_logCopier.get());
         m_knownVersion = dataVersion(m_db);
@@ -862,6 +898,64 @@ void LedgerStore::save(const LedgerDelta& delta, const Ledger& ledger) {
         return;
     std::lock_guard lock(m_mutex);
     sqlite3* db = connection();
+    if (delta.sourceLines.size() < kDirectWriteLines || !leaveLog(db)) {
+        write(db, delta, ledger);
+        return;
+    }
+    try {
+        write(db, delta, ledger);
+    } catch (...) {
+        returnToLog(db);
+        throw;
+    }
+    returnToLog(db);
+}
+
+bool LedgerStore::leaveLog(sqlite3* db) {
+    m_logCopier->pause();
+    // Asked once, not waited for: a program that has the file open keeps it
+    // on its log, and this save goes there too.
+    sqlite3_busy_timeout(db, 0);
+    execute(db, "PRAGMA locking_mode = EXCLUSIVE");
+    // In exclusive locking, the first write transaction takes the whole file
+    // and keeps it; it fails at once while any other connection has it open.
+    bool alone = sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
+    if (alone) {
+        // Checked while the file is held: SQLite counts the switch below as
+        // a change, and from here on nobody else can make one. A file that
+        // changed goes through the log, whose own check turns the save away.
+        alone = dataVersion(db) == m_knownVersion && !replaced();
+        if (sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+            sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+            alone = false;
+        }
+    }
+    // TRUNCATE: the commit empties the journal and syncs it, rather than
+    // deleting it, which a power cut could undo.
+    alone = alone && journalMode(db, "TRUNCATE") == "truncate";
+    if (alone)
+        m_knownVersion = dataVersion(db);
+    sqlite3_busy_timeout(db, kLockWaitMilliseconds);
+    if (!alone)
+        sqlite3_exec(db, "PRAGMA locking_mode = NORMAL", nullptr, nullptr, nullptr);
+    return alone;
+}
+
+void LedgerStore::returnToLog(sqlite3* db) {
+    // Normal locking from the next statement on; the file stays this
+    // connection's alone until the log is back.
+    sqlite3_exec(db, "PRAGMA locking_mode = NORMAL", nullptr, nullptr, nullptr);
+    // Through DELETE, which removes the emptied journal; WAL alone would leave it.
+    (void)journalMode(db, "DELETE");
+    (void)journalMode(db, "WAL");
+    // SQLite counts its own return to the log as a change by another
+    // connection, and can't tell it from a save by a program that opened the
+    // file the moment it was let go. So the file counts as changed: the next
+    // save, or the next look, reads it again.
+    m_knownVersion = kVersionUnknown;
+}
+
+void LedgerStore::write(sqlite3* db, const LedgerDelta& delta, const Ledger& ledger) {
     beginWriting(db);
     try {
         // Under the write lock, so nobody can slip in between check and write.

@@ -33,7 +33,9 @@
 // back into the file (the checkpoint) is left to a thread of the store's own,
 // on a connection of its own, once the log passes a thousand pages: a save of
 // thousands of records returns when it is durable, not after writing every
-// page a second time. close() waits for that thread.
+// page a second time. close() waits for that thread. An import's save, when
+// nobody else has the file open, goes straight into the file instead, through
+// a rollback journal (kDirectWriteLines).
 
 #include <filesystem>
 #include <memory>
@@ -60,6 +62,15 @@ class LedgerStore {
 
     // How long a save waits for another program's write lock.
     static constexpr int kLockWaitMilliseconds = 10000;
+
+    // Raw lines past which a save, an import's, writes straight into the
+    // file rather than through the log, when no other program has it open.
+    // Its records are new, and they go in at the ends of both tables: through
+    // the log each of their pages would be written twice, once to the log and
+    // once when the log is copied back; through a rollback journal a page that
+    // is new needs no journal at all. Afterwards the file counts as changed
+    // (changedOnDisk() is true, and the next save throws changedElsewhere).
+    static constexpr std::size_t kDirectWriteLines = 2000;
 
     // Opens or creates the file (mode 0600, in a folder made private with
     // mode 0700) and migrates it. A file that is missing, or empty, while the
@@ -134,6 +145,15 @@ class LedgerStore {
     [[nodiscard]] sqlite3* connection() const;
     // SQLite's count of commits by other connections, as this one last saw it.
     [[nodiscard]] int64_t dataVersion(sqlite3* db) const;
+    void write(sqlite3* db, const LedgerDelta& delta, const Ledger& ledger);
+    // Takes the file for this connection alone, holding it, and moves it off
+    // its log to a rollback journal. False, still on the log, when another
+    // connection has it open.
+    [[nodiscard]] bool leaveLog(sqlite3* db);
+    // Puts the file back on its log and lets it go.
+    void returnToLog(sqlite3* db);
+
+    static constexpr int64_t kVersionUnknown = -1;
 
     std::filesystem::path m_file;
     sqlite3* m_db = nullptr;

@@ -70,6 +70,7 @@ class Folders {
         }
         EXPECT_FALSE(m_backup.empty());
         m_before = digest(base);
+        writeLongStatement();
     }
 
     [[nodiscard]] fs::path base() const { return m_temp / "base"; }
@@ -78,6 +79,8 @@ class Folders {
     [[nodiscard]] std::vector<Command> commands() const {
         return {
             {"import", {"import", std::string(COPPERWICK_SAMPLES) + "/chase-card.csv"}},
+            // Long enough to be written straight into the file.
+            {"import-long", {"import", longStatement().string()}},
             {"classify", {"classify", "--ids", m_laterGroup, "--category", "Dining"}},
             {"add",
              {"add", "--account", m_account, "--date", "2026-10-28", "--amount", "-12.34",
@@ -127,6 +130,22 @@ class Folders {
     }
 
   private:
+    [[nodiscard]] fs::path longStatement() const { return m_temp / "long-card.csv"; }
+
+    // A card statement of a few thousand lines, in the sample's layout.
+    void writeLongStatement() const {
+        std::string text = "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n";
+        for (std::size_t i = 0; i < LedgerStore::kDirectWriteLines + 500; ++i) {
+            const auto month = 1 + (i / 28) % 12;
+            const auto day = 1 + i % 28;
+            const auto date = std::to_string(month) + "/" + std::to_string(day) + "/2025";
+            text += date + "," + date + ",CORNER MARKET " + std::to_string(i % 300) +
+                    ",Groceries,Sale,-" + std::to_string(1 + i % 90) + "." +
+                    std::to_string(10 + i % 89) + ",\n";
+        }
+        testing::writeFile(longStatement(), text);
+    }
+
     static std::string idsOf(const boost::json::value& group) {
         std::string ids;
         for (const auto& id : group.at("transactionIDs").as_array())

@@ -91,13 +91,16 @@ int main(int argc, char** argv) {
     if (argc != 2)
         return 2;
     const std::filesystem::path file = std::filesystem::path(argv[1]) / "Copperwick.sqlite";
-    if (!LedgerStore::verify(file)) {
-        std::printf("DAMAGED: %s fails the check\n", file.c_str());
-        return 3;
-    }
     try {
+        // Opened to write first, as any command opens it: a journal that a
+        // killed save left behind is rolled back then, and a read-only check
+        // before that would call the file damaged.
         LedgerStore store(file);
         const Ledger ledger = store.load();
+        if (!LedgerStore::verify(file)) {
+            std::printf("DAMAGED: %s fails the check\n", file.c_str());
+            return 3;
+        }
         if (store.unreadableRecords() > 0)
             std::printf("unreadable %d\n", store.unreadableRecords());
         std::fputs(digest(ledger).c_str(), stdout);

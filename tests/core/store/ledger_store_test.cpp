@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <random>
 #include <thread>
@@ -441,6 +442,109 @@ TEST(LedgerStore, LargeSaveIsCopiedBackWhileOpenAndCloseLeavesNoLog) {
     EXPECT_FALSE(std::filesystem::exists(log));
     LedgerStore reopened(file);
     EXPECT_TRUE(reopened.load().transactions == ledger.transactions);
+}
+
+// `lines` imported rows, each with its raw line, added to `ledger`.
+LedgerDelta importing(Ledger& ledger, std::size_t lines, const std::string& note = "") {
+    LedgerDelta delta;
+    const Uuid batch = Uuid::timeOrdered();
+    for (std::size_t line = 1; line <= lines; ++line) {
+        auto t = transaction(note);
+        t.id = Uuid::timeOrdered();
+        t.batchID = batch;
+        delta.change(RecordKind::transaction, t.id);
+        ledger.transactions.set(t.id, t);
+        delta.sourceLines.push_back({batch, static_cast<int64_t>(line), "line"});
+    }
+    return delta;
+}
+
+// Bytes 18 and 19 of the header: 2 for a file on its log, 1 for a journal.
+int fileFormatBytes(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    char header[20] = {};
+    in.read(header, sizeof(header));
+    return header[18] * 10 + header[19];
+}
+
+bool changedElsewhere(const std::function<void()>& save) {
+    try {
+        save();
+    } catch (const StoreError& error) {
+        return error.kind() == StoreError::Case::changedElsewhere;
+    }
+    return false;
+}
+
+TEST(LedgerStore, AnImportAloneWithTheFileGoesStraightInAndBackOnItsLog) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    LedgerStore store(file);
+    Ledger ledger = store.load();
+    const auto lines = LedgerStore::kDirectWriteLines;
+    store.save(importing(ledger, lines), ledger);
+
+    // Straight in: the rows are in the file itself, not waiting in a log.
+    const auto log = temp / "Copperwick.sqlite-wal";
+    EXPECT_TRUE(!std::filesystem::exists(log) || std::filesystem::file_size(log) < 65536);
+    EXPECT_GT(std::filesystem::file_size(file), lines * 100);
+    EXPECT_FALSE(std::filesystem::exists(temp / "Copperwick.sqlite-journal"));
+    EXPECT_EQ(fileFormatBytes(file), 22) << "the file is on its log again";
+    EXPECT_EQ(Peek(file).integer("SELECT COUNT(*) FROM source_lines"), static_cast<int64_t>(lines));
+
+    // The store reads the file again before it writes on top of it.
+    EXPECT_TRUE(store.changedOnDisk());
+    const Uuid first = ledger.transactions.begin().key();
+    ledger.transactions.update(first, [](LedgerTransaction& t) { t.note = "later"; });
+    EXPECT_TRUE(changedElsewhere(
+        [&] { store.save(changing(RecordKind::transaction, first.text()), ledger); }));
+    Ledger loaded = store.load();
+    EXPECT_FALSE(store.changedOnDisk());
+    loaded.transactions.update(first, [](LedgerTransaction& t) { t.note = "later"; });
+    store.save(changing(RecordKind::transaction, first.text()), loaded);
+    store.close();
+    EXPECT_TRUE(LedgerStore(file).load().transactions == ledger.transactions);
+}
+
+TEST(LedgerStore, AnImportGoesThroughTheLogWhileAnotherProgramHasTheFileOpen) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    LedgerStore store(file);
+    LedgerStore other(file);
+    (void)other.load();
+    Ledger ledger = store.load();
+    store.save(importing(ledger, LedgerStore::kDirectWriteLines), ledger);
+    EXPECT_FALSE(store.changedOnDisk()) << "a save through the log knows itself";
+    EXPECT_TRUE(other.changedOnDisk());
+
+    // Not held: the other program reads the import and saves on top of it.
+    Ledger seen = other.load();
+    EXPECT_TRUE(seen.transactions == ledger.transactions);
+    const Uuid first = seen.transactions.begin().key();
+    seen.transactions.update(first, [](LedgerTransaction& t) { t.note = "other"; });
+    other.save(changing(RecordKind::transaction, first.text()), seen);
+    EXPECT_TRUE(store.changedOnDisk());
+}
+
+TEST(LedgerStore, AFailedImportStraightIntoTheFileLeavesItAsItWasAndLetsItGo) {
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    LedgerStore store(file);
+    Ledger ledger = store.load();
+    store.saveAll(ledger);
+    const auto before = Peek(file).integer("SELECT COUNT(*) FROM records");
+    // Text that could never be read back stops the save partway.
+    auto delta = importing(ledger, LedgerStore::kDirectWriteLines, "caf\xe9");
+    EXPECT_THROW(store.save(delta, ledger), StoreError);
+
+    EXPECT_EQ(Peek(file).integer("SELECT COUNT(*) FROM records"), before);
+    EXPECT_EQ(Peek(file).integer("SELECT COUNT(*) FROM source_lines"), 0);
+    EXPECT_EQ(fileFormatBytes(file), 22);
+    EXPECT_FALSE(std::filesystem::exists(temp / "Copperwick.sqlite-journal"));
+    // Another program can open the file and save at once.
+    LedgerStore other(file);
+    Ledger seen = other.load();
+    other.saveAll(seen);
 }
 
 TEST(LedgerStore, ClosedStoreRefusesEverythingButEmptyDeltasAndLookups) {
