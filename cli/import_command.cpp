@@ -342,7 +342,8 @@ void runImport(CommandContext& context, ImportOptions options) {
     if (reportUnavailable(*runtime, context))
         return;
     runtime->setErrorMessage(std::nullopt);
-    ImportModel model;
+    const HeldForCommand<ImportModel> held(new ImportModel, CommandMemory{context.processEnds});
+    ImportModel& model = *held;
 
     std::vector<std::filesystem::path> urls;
     for (const auto& file : options.files)

@@ -352,17 +352,21 @@ void LedgerRuntime::openDemo() {
     bumpRevision();
 }
 
-void LedgerRuntime::bumpRevision(const LedgerDelta* delta) {
+void LedgerRuntime::bumpRevision(LedgerDelta* delta) {
     m_revision.set(m_revision.get() + 1);
     if (m_savedChangeObservers.empty())
         return;
+    // Lent to the observers rather than copied: an import's delta names
+    // every line it added, and holds each line's raw text.
     SavedChange change{.revision = m_revision.get()};
     if (delta)
-        change.delta = *delta;
+        change.delta = std::move(*delta);
     // An observer may remove observers; work on a copy.
     const auto observers = m_savedChangeObservers;
     for (const auto& [id, callback] : observers)
         callback(change);
+    if (delta)
+        *delta = std::move(*change.delta);
 }
 
 int LedgerRuntime::unreadableRecords() const {

@@ -309,7 +309,7 @@ class LedgerRuntime {
     Outcome fail(std::string message);
     // Bumps the revision and tells the saved-change observers; no delta
     // means everything was read afresh.
-    void bumpRevision(const LedgerDelta* delta = nullptr);
+    void bumpRevision(LedgerDelta* delta = nullptr);
     void warmMerchantKeys();
     void warmAfterChange(Ledger replaced);
     // Starts the background change's next attempt on a thread of its own.

@@ -41,7 +41,16 @@ int64_t magnitudeAfter(int64_t before, const Ledger& old, const Ledger& updated,
                        const LedgerDelta& delta) {
     // A sum that already stopped counting can't be corrected by differences.
     if (before == std::numeric_limits<int64_t>::max())
-        return narrowed(magnitude(updated));
+        return magnitude(updated);
+    // Two lookups per changed line cost more than one pass over every line
+    // once a change touches a good part of the ledger, as an import does.
+    std::size_t touched = 0;
+    for (const auto* ids : {&delta.changed, &delta.deleted}) {
+        if (const auto it = ids->find(RecordKind::transaction); it != ids->end())
+            touched += it->second.size();
+    }
+    if (touched * 4 >= updated.transactions.size())
+        return magnitude(updated);
     Wide sum = before;
     const auto account = [&](const std::map<RecordKind, RecordIDs>& ids) {
         const auto it = ids.find(RecordKind::transaction);
