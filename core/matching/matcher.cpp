@@ -1,6 +1,8 @@
 #include "core/matching/matcher.h"
 
 #include <algorithm>
+#include <array>
+#include <bitset>
 #include <climits>
 #include <cstdlib>
 #include <map>
@@ -17,15 +19,45 @@
 
 namespace copperwick {
 
+namespace {
+
+// Finds a text by view, so that a lookup copies nothing.
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const noexcept {
+        return std::hash<std::string_view>{}(text);
+    }
+};
+
+}  // namespace
+
 struct Matcher::Memo {
     std::unordered_map<std::string, MerchantText> texts;
-    std::unordered_map<std::string, std::optional<MerchantDirectory::Hit>> directoryHits;
     std::unordered_map<std::string, std::optional<MerchantDirectory::Closest>> closest;
     std::unordered_map<std::string, std::optional<SimilarMerchant>> similar;
-    // A bank file repeats its texts: a year of a card holds a few hundred
-    // shops. The built-in rules' answer hangs on the text, the direction of
-    // the money and the account's type alone, so each is asked once.
-    std::unordered_map<std::string, const BuiltInRule*> builtInRules;
+
+    // What the built-in rules and the merchant list make of one normalized
+    // text. A bank file repeats its texts: a year of a card holds a few
+    // hundred shops, and each is asked once. The built-in rules' answer hangs
+    // on the text, the direction of the money and the account's type alone.
+    // Both answers hang from one entry, found without copying the text: a
+    // large import asks for every line.
+    struct TextAnswers {
+        static constexpr std::size_t kAccountTypes = EnumTraits<AccountType>::cases.size();
+        // Money out, in or neither, each without an account type or with one.
+        static constexpr std::size_t kBuiltInSlots = 3 * (kAccountTypes + 1);
+        std::array<const BuiltInRule*, kBuiltInSlots> builtIn{};
+        std::bitset<kBuiltInSlots> builtInAsked;
+        std::optional<std::optional<MerchantDirectory::Hit>> directory;
+    };
+    std::unordered_map<std::string, TextAnswers, TextHash, std::equal_to<>> answers;
+
+    TextAnswers& answersFor(std::string_view normalized) {
+        auto it = answers.find(normalized);
+        if (it == answers.end())
+            it = answers.emplace(std::string(normalized), TextAnswers{}).first;
+        return it->second;
+    }
 };
 
 namespace {
@@ -46,11 +78,6 @@ bool longerKeyFirst(std::string_view a, std::string_view b) {
     if (lengthA != lengthB)
         return lengthA > lengthB;
     return a < b;
-}
-
-// Which way money went, as the built-in rules tell it apart.
-char directionOf(int64_t amount) {
-    return amount < 0 ? '-' : amount > 0 ? '+' : '0';
 }
 
 // `prefix` followed by one blank begins `key`: a learned key applies to a
@@ -335,10 +362,10 @@ std::optional<Uuid> Matcher::categoryIDNamed(std::string_view name) const {
 
 const std::optional<MerchantDirectory::Hit>& Matcher::directoryMatch(
     const std::string& normalized) const {
-    auto it = m_memo->directoryHits.find(normalized);
-    if (it == m_memo->directoryHits.end())
-        it = m_memo->directoryHits.emplace(normalized, m_directory->match(normalized)).first;
-    return it->second;
+    auto& answers = m_memo->answersFor(normalized);
+    if (!answers.directory)
+        answers.directory = m_directory->match(normalized);
+    return *answers.directory;
 }
 
 const std::optional<MerchantDirectory::Closest>& Matcher::closest(const std::string& key) const {
@@ -350,20 +377,16 @@ const std::optional<MerchantDirectory::Closest>& Matcher::closest(const std::str
 
 const BuiltInRule* Matcher::builtInRule(std::string_view normalized, int64_t amount,
                                         std::optional<AccountType> accountType) const {
-    std::string key;
-    key.reserve(normalized.size() + 3);
-    key.append(normalized);
-    key.push_back('\0');
-    key.push_back(directionOf(amount));
-    key.push_back(accountType ? static_cast<char>('a' + static_cast<int>(*accountType)) : '-');
-    auto it = m_memo->builtInRules.find(key);
-    if (it == m_memo->builtInRules.end()) {
-        it = m_memo->builtInRules
-                 .emplace(std::move(key), BuiltInRuleSet::match(normalized, amount, accountType,
-                                                                m_disabledBuiltIns))
-                 .first;
+    const std::size_t direction = amount < 0 ? 0 : amount > 0 ? 1 : 2;
+    const std::size_t slot = direction * (Memo::TextAnswers::kAccountTypes + 1) +
+                             (accountType ? 1 + static_cast<std::size_t>(*accountType) : 0);
+    auto& answers = m_memo->answersFor(normalized);
+    if (!answers.builtInAsked[slot]) {
+        answers.builtIn[slot] =
+            BuiltInRuleSet::match(normalized, amount, accountType, m_disabledBuiltIns);
+        answers.builtInAsked[slot] = true;
     }
-    return it->second;
+    return answers.builtIn[slot];
 }
 
 std::optional<Matcher::SimilarMerchant> Matcher::similarLearned(const std::string& key) const {
