@@ -31,25 +31,34 @@ struct TextHash {
 
 }  // namespace
 
+// What the built-in rules and the merchant list make of one normalized text.
+// A bank file repeats its texts: a year of a card holds a few hundred shops,
+// and each is asked once. The built-in rules' answer hangs on the text, the
+// direction of the money and the account's type alone.
+struct Matcher::TextAnswers {
+    static constexpr std::size_t kAccountTypes = EnumTraits<AccountType>::cases.size();
+    // Money out, in or neither, each without an account type or with one.
+    static constexpr std::size_t kBuiltInSlots = 3 * (kAccountTypes + 1);
+    std::array<const BuiltInRule*, kBuiltInSlots> builtIn{};
+    std::bitset<kBuiltInSlots> builtInAsked;
+    std::optional<std::optional<MerchantDirectory::Hit>> directory;
+};
+
+// A description as read, with the answers for its text beside it: a line
+// finds them in the entry it already holds rather than by looking its text up
+// again, which for a large import, whose texts outgrow the processor's
+// caches, was most of the matching.
+struct Matcher::ReadText : MerchantText {
+    ReadText() = default;
+    explicit ReadText(MerchantText read) : MerchantText(std::move(read)) {}
+    mutable TextAnswers answers;
+};
+
 struct Matcher::Memo {
-    std::unordered_map<std::string, MerchantText> texts;
+    std::unordered_map<std::string, ReadText> texts;
     std::unordered_map<std::string, std::optional<MerchantDirectory::Closest>> closest;
     std::unordered_map<std::string, std::optional<SimilarMerchant>> similar;
-
-    // What the built-in rules and the merchant list make of one normalized
-    // text. A bank file repeats its texts: a year of a card holds a few
-    // hundred shops, and each is asked once. The built-in rules' answer hangs
-    // on the text, the direction of the money and the account's type alone.
-    // Both answers hang from one entry, found without copying the text: a
-    // large import asks for every line.
-    struct TextAnswers {
-        static constexpr std::size_t kAccountTypes = EnumTraits<AccountType>::cases.size();
-        // Money out, in or neither, each without an account type or with one.
-        static constexpr std::size_t kBuiltInSlots = 3 * (kAccountTypes + 1);
-        std::array<const BuiltInRule*, kBuiltInSlots> builtIn{};
-        std::bitset<kBuiltInSlots> builtInAsked;
-        std::optional<std::optional<MerchantDirectory::Hit>> directory;
-    };
+    // Answers for texts read some other way: a bank's merchant column.
     std::unordered_map<std::string, TextAnswers, TextHash, std::equal_to<>> answers;
 
     TextAnswers& answersFor(std::string_view normalized) {
@@ -240,7 +249,7 @@ Matcher::Matcher(const Ledger& ledger, const MerchantDirectory& directory)
 const MerchantText& Matcher::text(const std::string& raw) const {
     auto it = m_memo->texts.find(raw);
     if (it == m_memo->texts.end())
-        it = m_memo->texts.emplace(raw, MerchantText(raw)).first;
+        it = m_memo->texts.emplace(raw, ReadText(MerchantText(raw))).first;
     return it->second;
 }
 
@@ -248,7 +257,7 @@ std::vector<const MerchantText*> Matcher::prepareTexts(
     const std::vector<const std::string*>& raws) const {
     std::vector<const MerchantText*> prepared(raws.size());
     // Slots in the memo first (its nodes never move), then the reading.
-    std::vector<std::pair<const std::string*, MerchantText*>> missing;
+    std::vector<std::pair<const std::string*, ReadText*>> missing;
     for (std::size_t i = 0; i < raws.size(); ++i) {
         auto [it, fresh] = m_memo->texts.try_emplace(*raws[i]);
         prepared[i] = &it->second;
@@ -262,7 +271,7 @@ std::vector<const MerchantText*> Matcher::prepareTexts(
                                 std::max<std::size_t>(1, std::thread::hardware_concurrency()));
     const auto work = [&](std::size_t first) {
         for (std::size_t i = first; i < missing.size(); i += threads)
-            *missing[i].second = MerchantText(*missing[i].first);
+            static_cast<MerchantText&>(*missing[i].second) = MerchantText(*missing[i].first);
     };
     std::vector<std::thread> helpers;
     for (std::size_t t = 1; t < threads; ++t)
@@ -362,7 +371,11 @@ std::optional<Uuid> Matcher::categoryIDNamed(std::string_view name) const {
 
 const std::optional<MerchantDirectory::Hit>& Matcher::directoryMatch(
     const std::string& normalized) const {
-    auto& answers = m_memo->answersFor(normalized);
+    return directoryMatch(m_memo->answersFor(normalized), normalized);
+}
+
+const std::optional<MerchantDirectory::Hit>& Matcher::directoryMatch(
+    TextAnswers& answers, const std::string& normalized) const {
     if (!answers.directory)
         answers.directory = m_directory->match(normalized);
     return *answers.directory;
@@ -375,12 +388,12 @@ const std::optional<MerchantDirectory::Closest>& Matcher::closest(const std::str
     return it->second;
 }
 
-const BuiltInRule* Matcher::builtInRule(std::string_view normalized, int64_t amount,
+const BuiltInRule* Matcher::builtInRule(TextAnswers& answers, std::string_view normalized,
+                                        int64_t amount,
                                         std::optional<AccountType> accountType) const {
     const std::size_t direction = amount < 0 ? 0 : amount > 0 ? 1 : 2;
-    const std::size_t slot = direction * (Memo::TextAnswers::kAccountTypes + 1) +
+    const std::size_t slot = direction * (TextAnswers::kAccountTypes + 1) +
                              (accountType ? 1 + static_cast<std::size_t>(*accountType) : 0);
-    auto& answers = m_memo->answersFor(normalized);
     if (!answers.builtInAsked[slot]) {
         answers.builtIn[slot] =
             BuiltInRuleSet::match(normalized, amount, accountType, m_disabledBuiltIns);
@@ -428,6 +441,8 @@ MatchResult Matcher::match(const LedgerTransaction& transaction) const {
 
 MatchResult Matcher::match(const LedgerTransaction& transaction, const MerchantText& words) const {
     const std::string& normalized = words.normalized;
+    // Every text this matcher hands out is one of its own.
+    TextAnswers& answers = static_cast<const ReadText&>(words).answers;
     std::optional<MerchantPick> merchant;
     std::optional<ClassPick> filing;
 
@@ -497,7 +512,8 @@ MatchResult Matcher::match(const LedgerTransaction& transaction, const MerchantT
         std::optional<AccountType> accountType;
         if (const auto it = m_accountsByID.find(transaction.accountID); it != m_accountsByID.end())
             accountType = it->second.type;
-        if (const BuiltInRule* rule = builtInRule(normalized, transaction.amount, accountType)) {
+        if (const BuiltInRule* rule =
+                builtInRule(answers, normalized, transaction.amount, accountType)) {
             filing =
                 ClassPick{.kind = rule->kind,
                           .categoryID = rule->categoryName ? categoryIDNamed(*rule->categoryName)
@@ -509,7 +525,7 @@ MatchResult Matcher::match(const LedgerTransaction& transaction, const MerchantT
 
     // 6. The built-in merchant list, on the description or else the bank's merchant column.
     if (!merchant || !filing) {
-        const auto* hit = &directoryMatch(normalized);
+        const auto* hit = &directoryMatch(answers, normalized);
         if (!*hit && transaction.bankMerchant && !transaction.bankMerchant->empty())
             hit = &directoryMatch(MerchantText::normalize(*transaction.bankMerchant));
         if (*hit) {

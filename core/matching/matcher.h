@@ -76,7 +76,9 @@ class Matcher {
     // results line up with `raws` and live as long as the matcher.
     [[nodiscard]] std::vector<const MerchantText*> prepareTexts(
         const std::vector<const std::string*>& raws) const;
-    // `match` with the description already read by `text` or `prepareTexts`.
+    // `match` with the description already read by this matcher's `text` or
+    // `prepareTexts`, and by nothing else: what it makes of the text is kept
+    // beside it.
     [[nodiscard]] MatchResult match(const LedgerTransaction& transaction,
                                     const MerchantText& text) const;
     [[nodiscard]] const Rule* firstMatchingRule(const LedgerTransaction& transaction,
@@ -101,6 +103,8 @@ class Matcher {
         std::size_t person = 0;  // index into m_people
     };
     struct Memo;
+    struct TextAnswers;
+    struct ReadText;
 
     [[nodiscard]] bool ruleMatches(const CompiledRule& compiled,
                                    const LedgerTransaction& transaction,
@@ -109,8 +113,11 @@ class Matcher {
         const std::string& key) const;
     // BuiltInRuleSet::match with this matcher's disabled rules, asked once
     // per text, direction and account type.
-    [[nodiscard]] const BuiltInRule* builtInRule(std::string_view normalized, int64_t amount,
+    [[nodiscard]] const BuiltInRule* builtInRule(TextAnswers& answers, std::string_view normalized,
+                                                 int64_t amount,
                                                  std::optional<AccountType> accountType) const;
+    [[nodiscard]] const std::optional<MerchantDirectory::Hit>& directoryMatch(
+        TextAnswers& answers, const std::string& normalized) const;
     [[nodiscard]] std::optional<Uuid> merchantIDNamed(std::string_view name) const;
     [[nodiscard]] std::optional<Uuid> categoryIDNamed(std::string_view name) const;
 
