@@ -21,6 +21,8 @@ OpenRuntime openRuntime(const CommandContext& context) {
     RuntimeOptions options;
     // A command asks for the keys it needs when it needs them.
     options.warmMerchantKeys = false;
+    // And ends before it would read the file again.
+    options.directImportWrites = true;
     const RuntimeCloser closer{context.processEnds};
     if (!context.demo) {
         options.dataFolder = context.dataDir;

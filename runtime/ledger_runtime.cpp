@@ -57,6 +57,7 @@ LedgerRuntime::LedgerRuntime(RuntimeOptions options)
     : m_ledger(Ledger::starter()),
       m_isDemo(options.demo),
       m_warmMerchantKeys(options.warmMerchantKeys),
+      m_directImportWrites(options.directImportWrites),
       m_dataFolder(chooseDataFolder(options)),
       m_backups(data_folders::backupsFolder(m_dataFolder)),
       m_defaults(preferencesFile(options)),
@@ -258,6 +259,7 @@ void LedgerRuntime::openStore() {
         removeAbandonedFiles(m_dataFolder);
         removeAbandonedFiles(m_backups.folder());
         auto store = std::make_unique<LedgerStore>(dataFile());
+        store->allowDirectWrites(m_directImportWrites);
         Ledger loaded = store->load();
         // Counting the rows of a file of twenty years reads all of it again;
         // one whose load met records can't be empty.

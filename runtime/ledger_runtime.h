@@ -61,6 +61,10 @@ struct RuntimeOptions {
     // that head start; a command that runs once and ends only pays for it,
     // on the core its own work needs.
     bool warmMerchantKeys = true;
+    // Whether a large import's save may go straight into the data file
+    // (LedgerStore::allowDirectWrites). The file then counts as changed, and
+    // a window would read it all again on its next look; a command ends first.
+    bool directImportWrites = false;
 };
 
 // What a change came to.
@@ -340,6 +344,7 @@ class LedgerRuntime {
     Observable<std::optional<TransactionsFocus>> m_transactionsFocus;
     bool m_isDemo;
     bool m_warmMerchantKeys;
+    bool m_directImportWrites;
     std::filesystem::path m_dataFolder;
     std::unique_ptr<LedgerStore> m_store;
     BackupManager m_backups;

@@ -898,7 +898,7 @@ void LedgerStore::save(const LedgerDelta& delta, const Ledger& ledger) {
         return;
     std::lock_guard lock(m_mutex);
     sqlite3* db = connection();
-    if (delta.sourceLines.size() < kDirectWriteLines || !leaveLog(db)) {
+    if (!m_directWrites || delta.sourceLines.size() < kDirectWriteLines || !leaveLog(db)) {
         write(db, delta, ledger);
         return;
     }

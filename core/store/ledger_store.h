@@ -34,8 +34,8 @@
 // on a connection of its own, once the log passes a thousand pages: a save of
 // thousands of records returns when it is durable, not after writing every
 // page a second time. close() waits for that thread. An import's save, when
-// nobody else has the file open, goes straight into the file instead, through
-// a rollback journal (kDirectWriteLines).
+// allowed and nobody else has the file open, goes straight into the file
+// instead, through a rollback journal (kDirectWriteLines).
 
 #include <filesystem>
 #include <memory>
@@ -64,12 +64,15 @@ class LedgerStore {
     static constexpr int kLockWaitMilliseconds = 10000;
 
     // Raw lines past which a save, an import's, writes straight into the
-    // file rather than through the log, when no other program has it open.
-    // Its records are new, and they go in at the ends of both tables: through
-    // the log each of their pages would be written twice, once to the log and
-    // once when the log is copied back; through a rollback journal a page that
-    // is new needs no journal at all. Afterwards the file counts as changed
-    // (changedOnDisk() is true, and the next save throws changedElsewhere).
+    // file rather than through the log, when the store allows it
+    // (allowDirectWrites) and no other program has the file open. Its records
+    // are new, and they go in at the ends of both tables: through the log each
+    // of their pages would be written twice, once to the log and once when
+    // the log is copied back; through a rollback journal a page that is new
+    // needs no journal at all. Afterwards the file counts as changed
+    // (changedOnDisk() is true, and the next save throws changedElsewhere),
+    // which suits a program that ends after the save better than one that
+    // would then read the whole file again.
     static constexpr std::size_t kDirectWriteLines = 2000;
 
     // Opens or creates the file (mode 0600, in a folder made private with
@@ -92,6 +95,8 @@ class LedgerStore {
     // outlasted kLockWaitMilliseconds; StoreError::sql when a record's text
     // isn't valid UTF-8, since it could never be read back.
     void save(const LedgerDelta& delta, const Ledger& ledger);
+    // Lets a large import's save go straight into the file; off at first.
+    void allowDirectWrites(bool allowed) { m_directWrites = allowed; }
     // Writes every record of `ledger`; rows of records it no longer has stay.
     void saveAll(const Ledger& ledger);
     [[nodiscard]] bool isEmpty();
@@ -158,6 +163,7 @@ class LedgerStore {
     std::filesystem::path m_file;
     sqlite3* m_db = nullptr;
     std::unique_ptr<detail::LogCopier> m_logCopier;
+    bool m_directWrites = false;
     mutable std::mutex m_mutex;
     int m_unreadableRecords = 0;
     bool m_loadFoundRecords = false;

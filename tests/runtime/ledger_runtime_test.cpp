@@ -427,6 +427,47 @@ TEST(LedgerRuntime, ChangeAfterAnotherProgramsSaveIsWorkedOutOnTopOfIt) {
     EXPECT_EQ(app->ledger().people.size(), 2u);
 }
 
+TEST(LedgerRuntime, AChangeAfterAnImportWrittenStraightInIsWorkedOutOnTheFileAsItStands) {
+    Fixture f;
+    RuntimeOptions options = f.options();
+    options.directImportWrites = true;
+    LedgerRuntime command(options);
+    const auto lines = LedgerStore::kDirectWriteLines;
+    const auto imported = command.apply([lines](Ledger& ledger) {
+        LedgerDelta delta;
+        const Uuid batch = Uuid::timeOrdered();
+        for (std::size_t line = 1; line <= lines; ++line) {
+            LedgerTransaction t{.id = Uuid::timeOrdered(),
+                                .accountID = batch,
+                                .date = *LocalDate::make(2026, 3, 9),
+                                .amount = -125,
+                                .rawDescription = "CORNER SHOP",
+                                .fingerprint = "f" + std::to_string(line)};
+            t.batchID = batch;
+            delta.change(RecordKind::transaction, t.id);
+            ledger.transactions.set(t.id, t);
+            delta.sourceLines.push_back({batch, static_cast<int64_t>(line), "CORNER SHOP"});
+        }
+        return delta;
+    });
+    ASSERT_TRUE(imported.saved);
+
+    // The store can't vouch for a file it wrote straight into, so the next
+    // change reads it first and is worked out again on what is there.
+    int runs = 0;
+    const auto next = command.apply([&runs](Ledger& l) {
+        ++runs;
+        return addPerson(l, "Dana");
+    });
+    EXPECT_TRUE(next.saved);
+    EXPECT_EQ(runs, 2);
+    EXPECT_EQ(command.ledger().transactions.size(), lines);
+    const auto reopened = f.launch();
+    EXPECT_EQ(reopened->ledger().transactions.size(), lines);
+    ASSERT_EQ(reopened->ledger().people.size(), 1u);
+    EXPECT_EQ(reopened->ledger().people[0].name, "Dana");
+}
+
 TEST(LedgerRuntime, RefreshShowsWhatTheCommandLineSaved) {
     Fixture f;
     auto app = f.launch();

@@ -84,6 +84,7 @@ int main(int argc, char** argv) {
         return 2;
     const bool imports = argc == 3;
     LedgerStore store(argv[1]);
+    store.allowDirectWrites(imports);
     Ledger ledger = store.load();
     for (long round = noteOf(ledger) + 1;; ++round) {
         if (imports)

@@ -480,6 +480,7 @@ TEST(LedgerStore, AnImportAloneWithTheFileGoesStraightInAndBackOnItsLog) {
     TempFolder temp;
     const auto file = temp / "Copperwick.sqlite";
     LedgerStore store(file);
+    store.allowDirectWrites(true);
     Ledger ledger = store.load();
     const auto lines = LedgerStore::kDirectWriteLines;
     store.save(importing(ledger, lines), ledger);
@@ -506,10 +507,21 @@ TEST(LedgerStore, AnImportAloneWithTheFileGoesStraightInAndBackOnItsLog) {
     EXPECT_TRUE(LedgerStore(file).load().transactions == ledger.transactions);
 }
 
+TEST(LedgerStore, AnImportGoesThroughTheLogUnlessAllowedStraightIn) {
+    TempFolder temp;
+    LedgerStore store(temp / "Copperwick.sqlite");
+    Ledger ledger = store.load();
+    store.save(importing(ledger, LedgerStore::kDirectWriteLines), ledger);
+    EXPECT_FALSE(store.changedOnDisk()) << "a save through the log knows itself";
+    EXPECT_GT(std::filesystem::file_size(temp / "Copperwick.sqlite-wal"),
+              LedgerStore::kDirectWriteLines * 100);
+}
+
 TEST(LedgerStore, AnImportGoesThroughTheLogWhileAnotherProgramHasTheFileOpen) {
     TempFolder temp;
     const auto file = temp / "Copperwick.sqlite";
     LedgerStore store(file);
+    store.allowDirectWrites(true);
     LedgerStore other(file);
     (void)other.load();
     Ledger ledger = store.load();
@@ -530,6 +542,7 @@ TEST(LedgerStore, AFailedImportStraightIntoTheFileLeavesItAsItWasAndLetsItGo) {
     TempFolder temp;
     const auto file = temp / "Copperwick.sqlite";
     LedgerStore store(file);
+    store.allowDirectWrites(true);
     Ledger ledger = store.load();
     store.saveAll(ledger);
     const auto before = Peek(file).integer("SELECT COUNT(*) FROM records");
