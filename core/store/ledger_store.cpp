@@ -913,32 +913,43 @@ void LedgerStore::save(const LedgerDelta& delta, const Ledger& ledger) {
 
 bool LedgerStore::leaveLog(sqlite3* db) {
     m_logCopier->pause();
+    if (sqlite3_exec(db, "PRAGMA locking_mode = EXCLUSIVE", nullptr, nullptr, nullptr) != SQLITE_OK)
+        return false;
     // Asked once, not waited for: a program that has the file open keeps it
     // on its log, and this save goes there too.
     sqlite3_busy_timeout(db, 0);
-    execute(db, "PRAGMA locking_mode = EXCLUSIVE");
-    // In exclusive locking, the first write transaction takes the whole file
-    // and keeps it; it fails at once while any other connection has it open.
-    bool alone = sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK;
-    if (alone) {
-        // Checked while the file is held: SQLite counts the switch below as
-        // a change, and from here on nobody else can make one. A file that
-        // changed goes through the log, whose own check turns the save away.
-        alone = dataVersion(db) == m_knownVersion && !replaced();
-        if (sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
-            sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
-            alone = false;
+    bool alone = false;
+    bool left = false;
+    try {
+        // In exclusive locking, the first write transaction takes the whole
+        // file and keeps it; it fails at once while any other connection has
+        // it open.
+        if (sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK) {
+            // Checked while the file is held: SQLite counts the switch below
+            // as a change, and from here on nobody else can make one. A file
+            // that changed goes through the log, whose own check turns the
+            // save away.
+            alone = dataVersion(db) == m_knownVersion && !replaced();
+            if (sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+                sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+                alone = false;
+            }
         }
+        // TRUNCATE: the commit empties the journal and syncs it, rather than
+        // deleting it, which a power cut could undo.
+        left = alone && journalMode(db, "TRUNCATE") == "truncate";
+        if (left)
+            m_knownVersion = dataVersion(db);
+    } catch (const StoreError&) {
+        sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+        if (left)
+            returnToLog(db);
+        left = false;
     }
-    // TRUNCATE: the commit empties the journal and syncs it, rather than
-    // deleting it, which a power cut could undo.
-    alone = alone && journalMode(db, "TRUNCATE") == "truncate";
-    if (alone)
-        m_knownVersion = dataVersion(db);
     sqlite3_busy_timeout(db, kLockWaitMilliseconds);
-    if (!alone)
+    if (!left)
         sqlite3_exec(db, "PRAGMA locking_mode = NORMAL", nullptr, nullptr, nullptr);
-    return alone;
+    return left;
 }
 
 void LedgerStore::returnToLog(sqlite3* db) {
