@@ -476,11 +476,17 @@ bool changedElsewhere(const std::function<void()>& save) {
     return false;
 }
 
-TEST(LedgerStore, AnImportAloneWithTheFileGoesStraightInAndBackOnItsLog) {
+// A store on a new file that may write an import straight in.
+struct StraightIn {
+    StraightIn() { store.allowDirectWrites(true); }
     TempFolder temp;
-    const auto file = temp / "Copperwick.sqlite";
-    LedgerStore store(file);
-    store.allowDirectWrites(true);
+    const std::filesystem::path file = temp / "Copperwick.sqlite";
+    LedgerStore store{file};
+};
+
+TEST(LedgerStore, AnImportAloneWithTheFileGoesStraightInAndBackOnItsLog) {
+    StraightIn f;
+    auto& [temp, file, store] = f;
     Ledger ledger = store.load();
     const auto lines = LedgerStore::kDirectWriteLines;
     store.save(importing(ledger, lines), ledger);
@@ -518,10 +524,8 @@ TEST(LedgerStore, AnImportGoesThroughTheLogUnlessAllowedStraightIn) {
 }
 
 TEST(LedgerStore, AnImportGoesThroughTheLogWhileAnotherProgramHasTheFileOpen) {
-    TempFolder temp;
-    const auto file = temp / "Copperwick.sqlite";
-    LedgerStore store(file);
-    store.allowDirectWrites(true);
+    StraightIn f;
+    auto& [temp, file, store] = f;
     LedgerStore other(file);
     (void)other.load();
     Ledger ledger = store.load();
@@ -539,10 +543,8 @@ TEST(LedgerStore, AnImportGoesThroughTheLogWhileAnotherProgramHasTheFileOpen) {
 }
 
 TEST(LedgerStore, AFailedImportStraightIntoTheFileLeavesItAsItWasAndLetsItGo) {
-    TempFolder temp;
-    const auto file = temp / "Copperwick.sqlite";
-    LedgerStore store(file);
-    store.allowDirectWrites(true);
+    StraightIn f;
+    auto& [temp, file, store] = f;
     Ledger ledger = store.load();
     store.saveAll(ledger);
     const auto before = Peek(file).integer("SELECT COUNT(*) FROM records");
