@@ -9,12 +9,9 @@
 namespace copperwick::cli {
 
 void RuntimeCloser::operator()(LedgerRuntime* runtime) const {
-    if (!processEnds) {
-        delete runtime;
-        return;
-    }
-    // The data file is closed properly; only the memory is left behind.
+    // The data file is closed properly either way; only the memory may be left behind.
     runtime->close();
+    CommandMemory{processEnds}(runtime);
 }
 
 OpenRuntime openRuntime(const CommandContext& context) {

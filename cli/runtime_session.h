@@ -12,14 +12,6 @@
 
 namespace copperwick::cli {
 
-// Closes the runtime when the command is done with it, and frees it unless
-// the process ends next anyway.
-struct RuntimeCloser {
-    bool processEnds = false;
-    void operator()(LedgerRuntime* runtime) const;
-};
-using OpenRuntime = std::unique_ptr<LedgerRuntime, RuntimeCloser>;
-
 // Frees what it holds unless the process ends next anyway: then the exit
 // takes the memory back whole. An import's rows, a million at the largest,
 // take a second to free one by one.
@@ -33,6 +25,14 @@ struct CommandMemory {
 };
 template <typename T>
 using HeldForCommand = std::unique_ptr<T, CommandMemory>;
+
+// Closes the runtime when the command is done with it, and frees it unless
+// the process ends next anyway.
+struct RuntimeCloser {
+    bool processEnds = false;
+    void operator()(LedgerRuntime* runtime) const;
+};
+using OpenRuntime = std::unique_ptr<LedgerRuntime, RuntimeCloser>;
 
 // The runtime for the command's data folder, or with --demo a fresh demo
 // workspace, whose folder is named on stderr. Preferences stay where they

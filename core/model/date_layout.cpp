@@ -16,25 +16,6 @@ struct Piece {
     int value;
 };
 
-// The date's three pieces between "/", "-" and ".", empty ones dropped, as
-// text::splitDroppingEmpty would give them; false when there aren't exactly
-// three. Every row of a file passes here, so nothing is allocated.
-bool splitIntoThree(std::string_view date, std::array<std::string_view, 3>& pieces) {
-    std::size_t count = 0;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i <= date.size(); ++i) {
-        if (i < date.size() && date[i] != '/' && date[i] != '-' && date[i] != '.')
-            continue;
-        if (i > start) {
-            if (count == pieces.size())
-                return false;
-            pieces[count++] = date.substr(start, i - start);
-        }
-        start = i + 1;
-    }
-    return count == pieces.size();
-}
-
 std::optional<Piece> readPiece(std::string_view text) {
     const auto value = detail::readInteger(text);
     if (!value || *value < std::numeric_limits<int>::min() ||
@@ -176,9 +157,10 @@ std::optional<LocalDate> parseDate(DateLayout layout, std::string_view text) {
             return compact;
     }
 
+    // Every row of a file passes here, so the pieces aren't allocated.
     std::array<std::string_view, 3> texts;
     std::optional<Piece> pieces[3];
-    bool numeric = splitIntoThree(date, texts);
+    bool numeric = text::splitDroppingEmpty(date, "/-.", texts) == texts.size();
     for (std::size_t i = 0; i < 3 && numeric; ++i) {
         pieces[i] = readPiece(texts[i]);
         numeric = pieces[i].has_value();

@@ -156,18 +156,45 @@ std::vector<std::string_view> splitKeepingEmpty(std::string_view text, char sepa
     }
 }
 
-std::vector<std::string_view> splitDroppingEmpty(std::string_view text,
-                                                 std::string_view separators) {
-    std::vector<std::string_view> pieces;
+namespace {
+
+// Calls `take` with each non-empty piece until it returns false.
+template <typename Take>
+void eachPieceDroppingEmpty(std::string_view text, std::string_view separators, Take&& take) {
     std::size_t start = 0;
     for (std::size_t i = 0; i <= text.size(); ++i) {
         if (i == text.size() || separators.find(text[i]) != std::string_view::npos) {
-            if (i > start)
-                pieces.push_back(text.substr(start, i - start));
+            if (i > start && !take(text.substr(start, i - start)))
+                return;
             start = i + 1;
         }
     }
+}
+
+}  // namespace
+
+std::vector<std::string_view> splitDroppingEmpty(std::string_view text,
+                                                 std::string_view separators) {
+    std::vector<std::string_view> pieces;
+    eachPieceDroppingEmpty(text, separators, [&](std::string_view piece) {
+        pieces.push_back(piece);
+        return true;
+    });
     return pieces;
+}
+
+std::size_t splitDroppingEmpty(std::string_view text, std::string_view separators,
+                               std::span<std::string_view> pieces) {
+    std::size_t count = 0;
+    eachPieceDroppingEmpty(text, separators, [&](std::string_view piece) {
+        if (count == pieces.size()) {
+            ++count;
+            return false;
+        }
+        pieces[count++] = piece;
+        return true;
+    });
+    return count;
 }
 
 std::string uppercased(std::string_view text) {

@@ -5,6 +5,7 @@
 // names and categories are looked up lower-cased.
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,10 @@ namespace copperwick::text {
 // The non-empty pieces between any of the `separators`: "3//14" is two pieces.
 [[nodiscard]] std::vector<std::string_view> splitDroppingEmpty(std::string_view text,
                                                                std::string_view separators);
+// The same pieces, into `pieces` without allocating; how many there are, or
+// pieces.size() + 1 as soon as there are more than fit.
+[[nodiscard]] std::size_t splitDroppingEmpty(std::string_view text, std::string_view separators,
+                                             std::span<std::string_view> pieces);
 
 // Full Unicode case mapping with no locale's special rules.
 [[nodiscard]] std::string uppercased(std::string_view text);

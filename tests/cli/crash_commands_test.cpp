@@ -17,12 +17,14 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <boost/json.hpp>
 
 #include "core/store/ledger_store.h"
+#include "tests/support/card_statement.h"
 #include "tests/support/process.h"
 #include "tests/support/temp_folder.h"
 
@@ -134,16 +136,14 @@ class Folders {
 
     // A card statement of a few thousand lines, in the sample's layout.
     void writeLongStatement() const {
-        std::string text = "Transaction Date,Post Date,Description,Category,Type,Amount,Memo\n";
+        std::vector<std::tuple<std::string, std::string, std::string>> lines;
         for (std::size_t i = 0; i < LedgerStore::kDirectWriteLines + 500; ++i) {
-            const auto month = 1 + (i / 28) % 12;
-            const auto day = 1 + i % 28;
-            const auto date = std::to_string(month) + "/" + std::to_string(day) + "/2025";
-            text += date + "," + date + ",CORNER MARKET " + std::to_string(i % 300) +
-                    ",Groceries,Sale,-" + std::to_string(1 + i % 90) + "." +
-                    std::to_string(10 + i % 89) + ",\n";
+            lines.emplace_back(
+                std::to_string(1 + (i / 28) % 12) + "/" + std::to_string(1 + i % 28) + "/2025",
+                "CORNER MARKET " + std::to_string(i % 300),
+                "-" + std::to_string(1 + i % 90) + "." + std::to_string(10 + i % 89));
         }
-        testing::writeFile(longStatement(), text);
+        testing::writeFile(longStatement(), testing::cardStatement(lines));
     }
 
     static std::string idsOf(const boost::json::value& group) {

@@ -16,6 +16,7 @@
 #include "core/operations/classification.h"
 #include "core/operations/entry_error.h"
 #include "core/store/ledger_store.h"
+#include "tests/support/imported_lines.h"
 #include "tests/support/temp_folder.h"
 
 namespace copperwick {
@@ -433,23 +434,8 @@ TEST(LedgerRuntime, AChangeAfterAnImportWrittenStraightInIsWorkedOutOnTheFileAsI
     options.directImportWrites = true;
     LedgerRuntime command(options);
     const auto lines = LedgerStore::kDirectWriteLines;
-    const auto imported = command.apply([lines](Ledger& ledger) {
-        LedgerDelta delta;
-        const Uuid batch = Uuid::timeOrdered();
-        for (std::size_t line = 1; line <= lines; ++line) {
-            LedgerTransaction t{.id = Uuid::timeOrdered(),
-                                .accountID = batch,
-                                .date = *LocalDate::make(2026, 3, 9),
-                                .amount = -125,
-                                .rawDescription = "CORNER SHOP",
-                                .fingerprint = "f" + std::to_string(line)};
-            t.batchID = batch;
-            delta.change(RecordKind::transaction, t.id);
-            ledger.transactions.set(t.id, t);
-            delta.sourceLines.push_back({batch, static_cast<int64_t>(line), "CORNER SHOP"});
-        }
-        return delta;
-    });
+    const auto imported =
+        command.apply([lines](Ledger& ledger) { return testing::importLines(ledger, lines); });
     ASSERT_TRUE(imported.saved);
 
     // The store can't vouch for a file it wrote straight into, so the next

@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "core/store/ledger_store.h"
+#include "tests/support/imported_lines.h"
 
 namespace {
 
@@ -56,22 +57,8 @@ void importInPlaceOfTheLast(LedgerStore& store, Ledger& ledger, long round) {
         ledger.transactions.erase(id);
         delta.remove(RecordKind::transaction, id);
     }
-    const Uuid batch = Uuid::timeOrdered();
     const std::string note = std::to_string(round);
-    for (std::size_t line = 1; line <= kImportedLines; ++line) {
-        LedgerTransaction t{.id = Uuid::timeOrdered(),
-                            .accountID = batch,
-                            .date = *LocalDate::make(2026, 1, 1 + static_cast<int>(line % 28)),
-                            .amount = -static_cast<int64_t>(100 + line),
-                            .rawDescription = "GROCER #" + std::to_string(line),
-                            .fingerprint = "f" + std::to_string(line)};
-        t.note = note;
-        t.batchID = batch;
-        delta.change(RecordKind::transaction, t.id);
-        ledger.transactions.set(t.id, std::move(t));
-        delta.sourceLines.push_back(
-            {.batchID = batch, .line = static_cast<int64_t>(line), .text = "round " + note});
-    }
+    delta.merge(testing::importLines(ledger, kImportedLines, note, "round " + note));
     store.save(delta, ledger);
     // A save straight into the file leaves it counted as changed.
     ledger = store.load();

@@ -19,6 +19,7 @@
 
 #include "core/model/record_json.h"
 #include "core/model/transaction_reader.h"
+#include "tests/support/imported_lines.h"
 #include "tests/support/random_records.h"
 #include "tests/support/temp_folder.h"
 
@@ -444,21 +445,6 @@ TEST(LedgerStore, LargeSaveIsCopiedBackWhileOpenAndCloseLeavesNoLog) {
     EXPECT_TRUE(reopened.load().transactions == ledger.transactions);
 }
 
-// `lines` imported rows, each with its raw line, added to `ledger`.
-LedgerDelta importing(Ledger& ledger, std::size_t lines, const std::string& note = "") {
-    LedgerDelta delta;
-    const Uuid batch = Uuid::timeOrdered();
-    for (std::size_t line = 1; line <= lines; ++line) {
-        auto t = transaction(note);
-        t.id = Uuid::timeOrdered();
-        t.batchID = batch;
-        delta.change(RecordKind::transaction, t.id);
-        ledger.transactions.set(t.id, t);
-        delta.sourceLines.push_back({batch, static_cast<int64_t>(line), "line"});
-    }
-    return delta;
-}
-
 // Bytes 18 and 19 of the header: 2 for a file on its log, 1 for a journal.
 int fileFormatBytes(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
@@ -489,7 +475,7 @@ TEST(LedgerStore, AnImportAloneWithTheFileGoesStraightInAndBackOnItsLog) {
     auto& [temp, file, store] = f;
     Ledger ledger = store.load();
     const auto lines = LedgerStore::kDirectWriteLines;
-    store.save(importing(ledger, lines), ledger);
+    store.save(testing::importLines(ledger, lines), ledger);
 
     // Straight in: the rows are in the file itself, not waiting in a log.
     const auto log = temp / "Copperwick.sqlite-wal";
@@ -517,7 +503,7 @@ TEST(LedgerStore, AnImportGoesThroughTheLogUnlessAllowedStraightIn) {
     TempFolder temp;
     LedgerStore store(temp / "Copperwick.sqlite");
     Ledger ledger = store.load();
-    store.save(importing(ledger, LedgerStore::kDirectWriteLines), ledger);
+    store.save(testing::importLines(ledger, LedgerStore::kDirectWriteLines), ledger);
     EXPECT_FALSE(store.changedOnDisk()) << "a save through the log knows itself";
     EXPECT_GT(std::filesystem::file_size(temp / "Copperwick.sqlite-wal"),
               LedgerStore::kDirectWriteLines * 100);
@@ -529,7 +515,7 @@ TEST(LedgerStore, AnImportGoesThroughTheLogWhileAnotherProgramHasTheFileOpen) {
     LedgerStore other(file);
     (void)other.load();
     Ledger ledger = store.load();
-    store.save(importing(ledger, LedgerStore::kDirectWriteLines), ledger);
+    store.save(testing::importLines(ledger, LedgerStore::kDirectWriteLines), ledger);
     EXPECT_FALSE(store.changedOnDisk()) << "a save through the log knows itself";
     EXPECT_TRUE(other.changedOnDisk());
 
@@ -549,7 +535,7 @@ TEST(LedgerStore, AFailedImportStraightIntoTheFileLeavesItAsItWasAndLetsItGo) {
     store.saveAll(ledger);
     const auto before = Peek(file).integer("SELECT COUNT(*) FROM records");
     // Text that could never be read back stops the save partway.
-    auto delta = importing(ledger, LedgerStore::kDirectWriteLines, "caf\xe9");
+    auto delta = testing::importLines(ledger, LedgerStore::kDirectWriteLines, "caf\xe9");
     EXPECT_THROW(store.save(delta, ledger), StoreError);
 
     EXPECT_EQ(Peek(file).integer("SELECT COUNT(*) FROM records"), before);
