@@ -683,14 +683,26 @@ void createPrivateFile(const std::filesystem::path& file) {
         ::close(descriptor);
 }
 
-// A save that wrote straight into the file and stopped short of returning it
-// to its log leaves an empty journal behind. Once the file is on its log again
-// nobody writes a journal, and an empty one holds nothing to roll back; one
-// that isn't empty was rolled back by SQLite before the log was opened.
-void removeEmptiedJournal(const std::filesystem::path& file) {
+// A save that wrote straight into the file and was stopped can leave a
+// journal that holds nothing to roll back: an empty one, when it stopped
+// between its commit and the return to the log, or one whose header was never
+// finished (SQLite writes its first byte last, after the pages beside it are
+// on the disk), when it stopped before its first sync. SQLite passes over
+// both and leaves them lying beside the file. Any other journal was rolled
+// back before the log was opened, and once the file is on its log, with this
+// connection reading it, nobody else can be writing one.
+void removeSpentJournal(const std::filesystem::path& file) {
     const std::string journal = file.string() + "-journal";
+    const int descriptor = ::open(journal.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (descriptor < 0)
+        return;
     struct stat status {};
-    if (::stat(journal.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0)
+    unsigned char first = 0;
+    const bool spent =
+        ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+        (status.st_size == 0 || (::pread(descriptor, &first, 1, 0) == 1 && first == 0));
+    ::close(descriptor);
+    if (spent)
         ::unlink(journal.c_str());
 }
 
@@ -744,7 +756,7 @@ LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
             }
         }
-        removeEmptiedJournal(m_file);
+        removeSpentJournal(m_file);
         m_logCopier = std::make_unique<detail::LogCopier>(m_file);
         sqlite3_wal_hook(m_db, afterCommit, m_logCopier.get());
         m_knownVersion = dataVersion(m_db);
