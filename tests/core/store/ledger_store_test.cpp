@@ -548,6 +548,36 @@ TEST(LedgerStore, AFailedImportStraightIntoTheFileLeavesItAsItWasAndLetsItGo) {
     other.saveAll(seen);
 }
 
+TEST(LedgerStore, AnotherProgramReadsEverySaveThroughTheLogWhole) {
+    // Saves that change lines spread over the whole file, as a review
+    // decision does: their log is written in gathered runs, and spills past
+    // SQLite's own cache before the commit.
+    TempFolder temp;
+    const auto file = temp / "Copperwick.sqlite";
+    LedgerStore store(file);
+    LedgerStore other(file);
+    Ledger ledger = store.load();
+    store.save(testing::importLines(ledger, 3000), ledger);
+    std::vector<Uuid> ids;
+    for (const auto& t : ledger.transactions)
+        ids.push_back(t.id);
+    for (int round = 1; round <= 6; ++round) {
+        LedgerDelta delta;
+        for (std::size_t i = static_cast<std::size_t>(round) % 3; i < ids.size(); i += 3) {
+            ledger.transactions.update(ids[i], [&](LedgerTransaction& t) {
+                t.note = "round " + std::to_string(round) + std::string(200, 'x');
+            });
+            delta.change(RecordKind::transaction, ids[i]);
+        }
+        store.save(delta, ledger);
+        ASSERT_TRUE(other.changedOnDisk()) << round;
+        EXPECT_TRUE(other.load().transactions == ledger.transactions) << round;
+    }
+    store.close();
+    other.close();
+    EXPECT_TRUE(LedgerStore(file).load().transactions == ledger.transactions);
+}
+
 TEST(LedgerStore, AJournalAKilledSaveLeftWithNothingToRollBackIsGoneOnOpen) {
     // Stopped after its commit (empty), or before its first sync (the header's
     // first byte is written last): SQLite passes over both and leaves them.
