@@ -23,7 +23,7 @@
 #include "core/model/text.h"
 #include "core/model/transaction_reader.h"
 #include "core/store/backup_manager.h"
-#include "core/store/gathered_log.h"
+#include "core/store/gathered_writes.h"
 #include "core/store/private_folder.h"
 
 namespace copperwick {
@@ -724,8 +724,9 @@ LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
 
     sqlite3* db = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
-    // Its log is gathered into large writes: a review decision writes thousands of pages there.
-    if (sqlite3_open_v2(m_file.c_str(), &db, flags, detail::gatheredLogVFS()) != SQLITE_OK) {
+    // Its writes are gathered into large ones: an import or a review
+    // decision writes thousands of pages.
+    if (sqlite3_open_v2(m_file.c_str(), &db, flags, detail::gatheredWritesVFS()) != SQLITE_OK) {
         std::string detail = db ? sqlite3_errmsg(db) : "unknown error";
         sqlite3_close(db);
         throw StoreError::open(std::move(detail));
@@ -744,7 +745,7 @@ LedgerStore::LedgerStore(std::filesystem::path file) : m_file(std::move(file)) {
         for (;;) {
             try {
                 // Durability over speed: a saved change must survive a power
-                // cut. The gathered log counts on it too.
+                // cut. Gathered writes count on it too.
                 execute(m_db, "PRAGMA synchronous = FULL");
                 execute(m_db, "PRAGMA journal_mode = WAL");
                 migrate();
