@@ -145,7 +145,6 @@ int openFile(sqlite3_vfs* vfs, sqlite3_filename name, sqlite3_file* file, int fl
     if ((flags & (SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_WAL)) == 0)
         return platform->xOpen(platform, name, file, flags, outFlags);
     auto* gathered = new (file) GatheredFile{};
-    gathered->base.pMethods = nullptr;
     gathered->file =
         reinterpret_cast<sqlite3_file*>(reinterpret_cast<unsigned char*>(file) + kFileOffset);
     std::memset(gathered->file, 0, static_cast<std::size_t>(platform->szOsFile));
